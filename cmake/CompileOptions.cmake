@@ -1,0 +1,24 @@
+# Warnings and sanitizers for every target of the project; link against halvo_options.
+add_library(halvo_options INTERFACE)
+target_include_directories(halvo_options INTERFACE ${PROJECT_SOURCE_DIR}/src)
+target_compile_options(
+    halvo_options
+    INTERFACE -Wall
+              -Wextra
+              -Wpedantic
+              -Wshadow
+              -Wconversion
+              -Wsign-conversion
+              -Wdouble-promotion
+              -Wold-style-cast
+              -Wnon-virtual-dtor
+              -Woverloaded-virtual
+              $<$<BOOL:${HALVO_WERROR}>:-Werror>)
+if(HALVO_SANITIZE)
+    target_compile_options(halvo_options INTERFACE -fsanitize=${HALVO_SANITIZE} -fno-omit-frame-pointer
+                                                   -fno-sanitize-recover=all)
+    target_link_options(halvo_options INTERFACE -fsanitize=${HALVO_SANITIZE})
+endif()
+
+# The render path: reproducible to the bit on every processor, vectorised, never "fast" mathematics.
+set(HALVO_AUDIO_FLAGS -O3 -ffp-contract=off -fno-trapping-math)

@@ -1,0 +1,62 @@
+#pragma once
+
+#include "base/Subscription.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <utility>
+
+namespace halvo {
+
+template <typename T> using Handler = std::function<void(const T&)>;
+
+/// A chain of operators between a published value and its subscriber, read from left to right:
+/// `value.pipe().removeDuplicates().dropFirst().subscribe(handler)`. The order matters.
+template <typename T> class Pipeline {
+  public:
+    using Source = std::function<Subscription(Handler<T>)>;
+
+    explicit Pipeline(Source source) : source_(std::move(source)) {}
+
+    /// Passes a value on only when it differs from the last one that passed here.
+    Pipeline removeDuplicates() && {
+        return Pipeline([source = std::move(source_)](Handler<T> next) {
+            auto last = std::make_shared<std::optional<T>>();
+            return source([last, next = std::move(next)](const T& value) {
+                if (*last == value) return;
+                *last = value;
+                next(value);
+            });
+        });
+    }
+
+    /// Swallows the first value, which is the one present at subscription time.
+    Pipeline dropFirst() && {
+        return Pipeline([source = std::move(source_)](Handler<T> next) {
+            auto dropped = std::make_shared<bool>(false);
+            return source([dropped, next = std::move(next)](const T& value) {
+                if (std::exchange(*dropped, true)) next(value);
+            });
+        });
+    }
+
+    /// For optionals: swallows absent values and passes the contents on. Duplicates are kept.
+    auto dropAbsent() &&
+        requires requires { typename T::value_type; }
+    {
+        using Value = typename T::value_type;
+        return Pipeline<Value>([source = std::move(source_)](Handler<Value> next) {
+            return source([next = std::move(next)](const T& value) {
+                if (value) next(*value);
+            });
+        });
+    }
+
+    Subscription subscribe(Handler<T> handler) && { return source_(std::move(handler)); }
+
+  private:
+    Source source_;
+};
+
+} // namespace halvo

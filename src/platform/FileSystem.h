@@ -1,0 +1,29 @@
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+
+namespace halvo {
+
+/// The user's files. Main thread only. Contents are bytes.
+class FileSystem {
+  public:
+    virtual ~FileSystem() = default;
+
+    /// Where the user's application data lives; nothing when the system names no such place.
+    virtual std::optional<std::filesystem::path> applicationSupportDirectory() = 0;
+    virtual std::filesystem::path temporaryDirectory() = 0;
+
+    virtual bool exists(const std::filesystem::path& path) = 0;
+    /// Creates the directory and what is missing above it.
+    virtual bool createDirectory(const std::filesystem::path& path) = 0;
+    virtual std::optional<std::string> read(const std::filesystem::path& path) = 0;
+    /// Replaces the file: afterwards it holds the old contents or the new ones, never a part.
+    virtual bool write(const std::filesystem::path& path, const std::string& contents) = 0;
+    /// Adds to the end of a file, creating it if need be. Never follows a symbolic link.
+    virtual bool append(const std::filesystem::path& path, const std::string& contents) = 0;
+    virtual bool rename(const std::filesystem::path& from, const std::filesystem::path& to) = 0;
+};
+
+} // namespace halvo

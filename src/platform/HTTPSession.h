@@ -1,0 +1,36 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <functional>
+#include <optional>
+#include <string>
+
+namespace halvo {
+
+struct HTTPRequest {
+    std::string url;
+    std::string userAgent;
+    /// The whole exchange must be over by then, however lively it is.
+    std::chrono::milliseconds timeout{0};
+    std::size_t maximumBytes = 0; ///< a longer body counts as a failure
+};
+
+struct HTTPResponse {
+    int status = 0;
+    std::string body;
+};
+
+/// Requests over the network. Main thread only; never blocks.
+class HTTPSession {
+  public:
+    /// Nothing when there was no answer: refused, timed out, too large, no trust.
+    using Completion = std::function<void(std::optional<HTTPResponse>)>;
+
+    virtual ~HTTPSession() = default;
+
+    /// Starts a GET; `completion` runs once, later, on the main thread.
+    virtual void get(const HTTPRequest& request, Completion completion) = 0;
+};
+
+} // namespace halvo

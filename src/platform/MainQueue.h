@@ -1,0 +1,31 @@
+#pragma once
+
+#include "base/Subscription.h"
+
+#include <chrono>
+#include <functional>
+
+namespace halvo {
+
+/// Runs work on the main thread, in the order in which it was handed over.
+class MainQueue {
+  public:
+    using Work = std::function<void()>;
+    using Duration = std::chrono::microseconds;
+
+    virtual ~MainQueue() = default;
+
+    /// Runs `work` at the next turn of the main loop, never inside this call. Any thread.
+    virtual void async(Work work) = 0;
+
+    /// Runs `work` once after `delay`; it cannot be taken back. Main thread.
+    virtual void after(Duration delay, Work work) = 0;
+
+    /// Runs `work` once after `delay` unless the subscription ends first. Main thread.
+    virtual Subscription afterCancellable(Duration delay, Work work) = 0;
+
+    /// Runs `work` every `period` until the subscription ends. Main thread.
+    virtual Subscription every(Duration period, Work work) = 0;
+};
+
+} // namespace halvo

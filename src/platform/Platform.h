@@ -1,0 +1,37 @@
+#pragma once
+
+#include <memory>
+
+namespace halvo {
+
+class AudioHardware;
+class OutputUnitFactory;
+class SharedMemory;
+class MainQueue;
+class UserDefaults;
+class FileSystem;
+class SystemLog;
+class StandardOutput;
+class Alert;
+class DriverInstallation;
+class TerminationSignal;
+class Application;
+
+/// Everything that the system asks of the machine, in one bundle. Each service lives as long as
+/// the bundle's owner and outlives the application delegate.
+struct Platform {
+    AudioHardware& audioHardware;
+    OutputUnitFactory& outputUnits;
+    SharedMemory& sharedMemory;
+    MainQueue& mainQueue;
+    UserDefaults& userDefaults;
+    FileSystem& fileSystem;
+    SystemLog& systemLog;
+    StandardOutput& standardOutput;
+    Alert& alert;
+    DriverInstallation& driverInstallation;
+    TerminationSignal& terminationSignal;
+    Application& application;
+};
+
+} // namespace halvo

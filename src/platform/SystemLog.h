@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string>
+
+namespace halvo {
+
+/// The system's log. The text is an argument, never a format. Any thread but the render thread.
+class SystemLog {
+  public:
+    virtual ~SystemLog() = default;
+    virtual void write(const std::string& line) = 0;
+};
+
+} // namespace halvo
