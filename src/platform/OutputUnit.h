@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Realtime.h"
 #include "platform/AudioHardware.h"
 
 #include <cstdint>
@@ -39,7 +40,8 @@ constexpr OSStatus kNoErr = 0;
 /// Fills the buffers with `inNumberFrames` frames. Render thread, real-time safe.
 using RenderCallback = OSStatus (*)(void* inRefCon, std::uint32_t* ioActionFlags,
                                     const RenderTimestamp* inTimestamp, std::uint32_t inBusNumber,
-                                    std::uint32_t inNumberFrames, RenderBufferList* ioData);
+                                    std::uint32_t inNumberFrames,
+                                    RenderBufferList* ioData) noexcept HALVO_REALTIME;
 
 /// A stream to one output device that pulls its sound from a render callback. Main thread.
 ///
