@@ -1,0 +1,36 @@
+#pragma once
+
+#include "platform/Platform.h"
+#include "platform/fake/FakeAudioHardware.h"
+#include "platform/fake/FakeMainQueue.h"
+#include "platform/fake/FakeOutputUnit.h"
+#include "platform/fake/FakeServices.h"
+#include "platform/fake/FakeSharedMemory.h"
+#include "platform/fake/FakeUserDefaults.h"
+
+namespace halvo {
+
+/// Every fake, wired together: a whole machine in memory and virtual time.
+struct FakePlatform {
+    CallLog log;
+    FakeMainQueue mainQueue;
+    FakeAudioHardware audioHardware{mainQueue, log};
+    FakeOutputUnitFactory outputUnits{log};
+    FakeSharedMemory sharedMemory;
+    FakeUserDefaults userDefaults;
+    FakeFileSystem fileSystem;
+    FakeSystemLog systemLog;
+    FakeStandardOutput standardOutput;
+    FakeAlert alert;
+    FakeDriverInstallation driverInstallation;
+    FakeTerminationSignal terminationSignal;
+    FakeApplication application;
+
+    Platform platform() {
+        return {audioHardware, outputUnits,        sharedMemory,      mainQueue,
+                userDefaults,  fileSystem,         systemLog,         standardOutput,
+                alert,         driverInstallation, terminationSignal, application};
+    }
+};
+
+} // namespace halvo
