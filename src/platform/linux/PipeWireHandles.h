@@ -1,0 +1,40 @@
+#pragma once
+
+#include <pipewire/pipewire.h>
+
+#include <memory>
+
+namespace halvo {
+
+/// A listener's place in an object's list; leaves it when destroyed.
+class PipeWireHook {
+  public:
+    PipeWireHook() = default;
+    ~PipeWireHook() { remove(); }
+    PipeWireHook(const PipeWireHook&) = delete;
+    PipeWireHook& operator=(const PipeWireHook&) = delete;
+
+    spa_hook* get() { return &hook_; }
+    void remove() {
+        spa_hook_remove(&hook_);
+        hook_ = {};
+    }
+
+  private:
+    spa_hook hook_{};
+};
+
+struct PipeWireProxyDeleter {
+    template <typename Object> void operator()(Object* object) const {
+        pw_proxy_destroy(reinterpret_cast<pw_proxy*>(object));
+    }
+};
+/// A server object that this side holds. To be declared before its hooks, so that they leave first.
+template <typename Object> using PipeWireProxy = std::unique_ptr<Object, PipeWireProxyDeleter>;
+
+struct PipeWirePropertiesDeleter {
+    void operator()(pw_properties* properties) const { pw_properties_free(properties); }
+};
+using PipeWireProperties = std::unique_ptr<pw_properties, PipeWirePropertiesDeleter>;
+
+} // namespace halvo
