@@ -1,0 +1,29 @@
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+namespace halvo::demo {
+
+constexpr int kSampleRate = 48000;
+
+/// A piece of stereo sound at 48000 frames per second: left and right interleaved.
+struct StereoSound {
+    std::vector<float> samples;
+
+    StereoSound() = default;
+    explicit StereoSound(std::size_t frameCount) : samples(frameCount * 2) {}
+
+    std::size_t frameCount() const { return samples.size() / 2; }
+    double seconds() const { return static_cast<double>(frameCount()) / kSampleRate; }
+    float left(std::size_t frame) const { return samples[frame * 2]; }
+    float right(std::size_t frame) const { return samples[frame * 2 + 1]; }
+    float at(std::size_t frame, std::size_t channel) const { return samples[frame * 2 + channel]; }
+
+    /// The largest magnitude of any sample; 0 for nothing.
+    float peak() const;
+    /// `length` frames from `first` on; frames before the beginning or after the end are silence.
+    StereoSound stretch(std::ptrdiff_t first, std::size_t length) const;
+};
+
+} // namespace halvo::demo
