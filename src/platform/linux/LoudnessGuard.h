@@ -1,0 +1,140 @@
+#pragma once
+
+#include "base/Lifetime.h"
+#include "platform/MainQueue.h"
+#include "platform/linux/AudioServer.h"
+#include "platform/linux/RaisedDevicesRecord.h"
+
+#include <atomic>
+#include <cstdint>
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace halvo {
+
+class OutputGate;
+class SystemLog;
+
+/// The hardware as the core sees it, made safe for ears: devices are raised to full scale only when
+/// nothing plays straight into them, and each gets its own level, balance and mute back at the end.
+/// Main thread, but for `silenceListeners`.
+class LoudnessGuard final : public AudioHardware {
+  public:
+    /// `record` is the file of what is raised; devices that an earlier process left in it are given
+    /// back as soon as they are there. Everything passed in must outlive the guard.
+    LoudnessGuard(AudioServer& server, OutputGate& gate, MainQueue& mainQueue, SystemLog& log,
+                  std::filesystem::path record);
+    ~LoudnessGuard() override;
+
+    /// A guard that raises nothing and goes by the record on disk alone: it gives all devices back
+    /// at once, and the default when it is told to. It leaves the record to the next start, which
+    /// repeats this. Any one thread, with a server connection of its own.
+    static std::unique_ptr<LoudnessGuard> forGiveBack(AudioServer& server,
+                                                      std::filesystem::path record);
+
+    std::optional<std::vector<AudioDeviceID>> deviceIDs() override;
+    bool hasOutputStreams(AudioDeviceID device) override;
+    std::optional<std::string> name(AudioDeviceID device) override;
+    std::optional<std::string> uid(AudioDeviceID device) override;
+    std::optional<AudioDeviceID> deviceForUID(const std::string& uid) override;
+
+    std::optional<AudioDeviceID> defaultOutput() override;
+    /// To the virtual device: it takes over level and mute of the present default first. To another
+    /// one: that device gets its own level back first, and a default that nobody had asked for is
+    /// not pinned.
+    bool setDefaultOutput(AudioDeviceID device) override;
+    bool setDefaultSystemOutput(AudioDeviceID device) override;
+
+    /// Of a raised device: its own volume, as it was found.
+    std::optional<float> volume(AudioDeviceID device, VolumeElement element) override;
+    /// Full scale on a real device raises it, now or when that is safe; true also when it is only
+    /// noted. Anything else on a device that was raised gives it back all that was found.
+    bool setVolume(AudioDeviceID device, VolumeElement element, float volume) override;
+    std::optional<bool> mute(AudioDeviceID device) override;
+    bool setMute(AudioDeviceID device, bool muted) override;
+
+    bool listenToDeviceList(Listener listener) override;
+    bool listenToDefaultOutput(Listener listener) override;
+    bool listenToVolume(AudioDeviceID device, VolumeElement element, Listener listener) override;
+    bool listenToMute(AudioDeviceID device, Listener listener) override;
+
+    /// Begins the give-back: nothing is raised from here on. On the guard's own thread every device
+    /// gets its own level back; on another one the caller does that through `forGiveBack`.
+    void silenceListeners() override;
+
+  private:
+    /// Where a device that the core asked to raise stands.
+    enum class State {
+        own,     ///< at a level that is not this program's
+        raised,  ///< at full scale
+        lowered, ///< was raised; at the session's level because others play straight into it
+        left,    ///< not at its own level, and nobody uses it: an earlier process's, or it vanished
+    };
+
+    struct Device {
+        State state = State::own;
+        DeviceLevel found;                  ///< own level; live on the server while `own`
+        AudioDeviceID id = 0;               ///< the appearance that was raised
+        std::optional<float> sessionVolume; ///< the virtual device's volume when it was last in use
+        bool unmutes = false;               ///< the core asked for sound, not only for full scale
+        bool wasGivenUp = false;            ///< plays at its own level under the engine's gain
+    };
+    using Entry = std::pair<const std::string, Device>;
+
+    LoudnessGuard(AudioServer& server, OutputGate* gate, MainQueue* mainQueue, SystemLog* log,
+                  std::filesystem::path record);
+
+    // LoudnessGuard.cpp: raising.
+    bool raise(AudioDeviceID id, const std::string& uid, bool unmute);
+    Entry* remember(AudioDeviceID id, const std::string& uid);
+    void activate(Entry& entry);
+    bool isHeldBack(AudioDeviceID id);
+    void tryPending();
+    bool performRaise(AudioDeviceID id, Entry& entry);
+    void waitForPending();
+    void giveUpPending();
+    void lower(AudioDeviceID id, Entry& entry);
+    bool capture(AudioDeviceID virtualDevice);
+    void takeOver(AudioDeviceID virtualDevice, AudioDeviceID real, const std::string& uid);
+    void closeGateForAWhile();
+
+    // LoudnessGuardGiveBack.cpp: giving back, and what the server reports.
+    bool giveBack(AudioDeviceID id, Entry& entry);
+    void giveBackAll();
+    void giveBackLeft();
+    bool restoreDefault(AudioDeviceID device);
+    bool save();
+    void devicesChanged();
+    void defaultChanged();
+    void streamsChanged();
+    void listen();
+    void listenToVirtualDevice();
+    void protectRaised();
+
+    AudioServer& server_;
+    OutputGate* gate_;
+    MainQueue* mainQueue_;
+    SystemLog* log_;
+    RaisedDevicesRecord record_;
+    std::map<std::string, Device> devices_; ///< by UID
+    std::string active_;                    ///< UID of the device that the engine plays to
+    bool isPending_ = false;                ///< the active device waits to be raised
+    bool givesBack_ = false;
+    std::uint64_t gateGeneration_ = 0;
+    std::uint64_t pendingGeneration_ = 0;
+    std::optional<AudioDeviceID> heardVirtualDevice_;
+    const std::thread::id thread_ = std::this_thread::get_id();
+
+    std::timed_mutex writing_;            ///< held around everything that could raise
+    std::atomic<bool> isSilenced_{false}; ///< any thread
+    Lifetime lifetime_;
+};
+
+} // namespace halvo
