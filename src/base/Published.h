@@ -66,7 +66,7 @@ template <typename T> class Published {
 
   private:
     struct Entry {
-        explicit Entry(Handler<T> handler) : handler(std::move(handler)) {}
+        explicit Entry(Handler<T> call) : handler(std::move(call)) {}
         Handler<T> handler;
         bool cancelled = false;
     };

@@ -24,7 +24,8 @@ std::optional<std::uint8_t> nibble(char digit) {
 UUID UUID::random() {
     std::random_device device;
     UUID result;
-    for (auto& byte : result.bytes_) byte = static_cast<std::uint8_t>(device() & 0xFFU);
+    for (auto& byte : result.bytes_)
+        byte = static_cast<std::uint8_t>(device() & 0xFFU);
     result.bytes_[6] = static_cast<std::uint8_t>((result.bytes_[6] & 0x0FU) | 0x40U);
     result.bytes_[8] = static_cast<std::uint8_t>((result.bytes_[8] & 0x3FU) | 0x80U);
     return result;

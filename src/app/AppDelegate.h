@@ -1,0 +1,98 @@
+#pragma once
+
+#include "app/DiagnosticLog.h"
+#include "app/SavedSession.h"
+#include "audio/AudioEngine.h"
+#include "base/Subscription.h"
+#include "devices/DeviceManager.h"
+#include "devices/DriverInstaller.h"
+#include "platform/Platform.h"
+#include "presets/PresetManager.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace halvo {
+
+/// Owns every long-lived service, starts them in order, keeps the system's sound running through
+/// the virtual device and gives the system its own routing back. Main thread only.
+class AppDelegate : public std::enable_shared_from_this<AppDelegate> {
+  public:
+    /// The services are made here, but nothing of the system is touched yet.
+    static std::shared_ptr<AppDelegate> create(const Platform& platform);
+
+    void applicationDidFinishLaunching();
+    void applicationWillTerminate();
+
+    AudioEngine& audioEngine() { return audioEngine_; }
+    DeviceManager& deviceManager() { return deviceManager_; }
+    PresetManager& presetManager() { return presetManager_; }
+
+    /// The real device that was the default when the application took over.
+    const std::optional<std::string>& originalOutputUID() const { return originalOutputUID_; }
+    /// That device's volume before it was raised.
+    std::optional<float> originalRealVolume() const { return originalRealVolume_; }
+
+  private:
+    explicit AppDelegate(const Platform& platform);
+
+    // Start-up, quit and the repair of a session that ended badly: AppDelegate.cpp,
+    // AppDelegateSession.cpp.
+    void checkDriver();
+    void logDevices();
+    void restoreDirtySession();
+    void giveOutputBack();
+    static void restoreVolumeStatic(AudioHardware& hardware, const std::string& uid, float volume);
+    static void handleTermination(AudioHardware& hardware, const UserDefaults& defaults);
+
+    // The engine and what drives it: AppDelegateEngine.cpp.
+    void setupAudioEngine();
+    void startEngine(const std::string& uid);
+    void subscribeToPresets();
+    void subscribeToDevices();
+    void applyPreset(const EQPreset& preset);
+    void rebuildOutputUnit(const std::string& uid);
+
+    // Routing: AppDelegateRouting.cpp.
+    void captureAndSwitchOutput();
+    void attemptSwitchToVirtual(int retries);
+    bool makeVirtualDeviceDefault();
+    void retrySwitchLater(int retries);
+    void verifySwitch(int retries);
+    void setupAutoSwitch();
+    void followDefaultOutput(const std::string& uid);
+    void moveToRealDevice(const AudioOutputDevice& device);
+    void applyDeviceBinding(const std::string& uid);
+
+    // Volumes: AppDelegateVolume.cpp.
+    void maxOutDeviceVolume(const std::string& uid);
+    void setupVolumeMonitoring();
+    void readAndApplyVolume(AudioDeviceID device);
+
+    // What comes back after it was gone: AppDelegateRecovery.cpp.
+    void setupRecovery();
+    void scheduleRecovery();
+    void recover();
+    void recoverRouting();
+    void recoverEngine();
+    std::optional<std::string> preferredOutputUID() const;
+
+    Platform platform_;
+    DiagnosticLog log_;
+    AudioEngine audioEngine_;
+    DeviceManager deviceManager_;
+    PresetManager presetManager_;
+    DriverInstaller driverInstaller_;
+
+    std::optional<std::string> originalOutputUID_;
+    std::optional<float> originalRealVolume_;
+    std::string outputUID_; ///< where the output unit plays, empty before the first start
+    std::optional<AudioDeviceID> monitoredDevice_; ///< the virtual device whose volume is followed
+    bool recoveryScheduled_ = false;
+
+    std::vector<Subscription> cancellables_; // last: the handlers die first
+};
+
+} // namespace halvo

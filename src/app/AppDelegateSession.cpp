@@ -1,0 +1,67 @@
+#include "app/AppDelegate.h"
+
+#include "base/NumberText.h"
+#include "platform/AudioHardware.h"
+#include "platform/UserDefaults.h"
+
+namespace halvo {
+
+namespace {
+
+/// A device may have only some of the elements, so failures are ignored by design.
+void setVolumeOfAllElements(AudioHardware& hardware, AudioDeviceID device, float volume) {
+    for (const auto element : {VolumeElement::main, VolumeElement::left, VolumeElement::right}) {
+        (void)hardware.setVolume(device, element, volume);
+    }
+}
+
+/// Resolves the UID before each step: the device may go in between.
+void makeDefault(AudioHardware& hardware, const std::string& uid) {
+    if (const auto device = hardware.deviceForUID(uid)) (void)hardware.setDefaultOutput(*device);
+    if (const auto device = hardware.deviceForUID(uid)) {
+        (void)hardware.setDefaultSystemOutput(*device);
+    }
+}
+
+} // namespace
+
+void AppDelegate::restoreDirtySession() {
+    const auto session = SavedSession::load(platform_.userDefaults);
+    if (!session) return;
+    log_.write("Dirty session detected — restoring " + session->uid + " to volume " +
+               numberText(session->volume));
+    auto& hardware = platform_.audioHardware;
+    if (const auto device = hardware.deviceForUID(session->uid)) {
+        setVolumeOfAllElements(hardware, *device, session->volume);
+    }
+    makeDefault(hardware, session->uid);
+    SavedSession::clear(platform_.userDefaults);
+}
+
+void AppDelegate::giveOutputBack() {
+    if (!originalOutputUID_) return;
+    auto& hardware = platform_.audioHardware;
+    const auto device = hardware.deviceForUID(*originalOutputUID_);
+    if (device && originalRealVolume_) {
+        setVolumeOfAllElements(hardware, *device, *originalRealVolume_);
+    }
+    makeDefault(hardware, *originalOutputUID_);
+}
+
+void AppDelegate::handleTermination(AudioHardware& hardware, const UserDefaults& defaults) {
+    // The keys stay by design: the next start repeats the restore, which does no harm.
+    if (const auto session = SavedSession::load(defaults)) {
+        restoreVolumeStatic(hardware, session->uid, session->volume);
+    }
+}
+
+void AppDelegate::restoreVolumeStatic(AudioHardware& hardware, const std::string& uid,
+                                      float volume) {
+    const auto device = hardware.deviceForUID(uid);
+    if (!device) return;
+    setVolumeOfAllElements(hardware, *device, volume);
+    (void)hardware.setDefaultOutput(*device);
+    (void)hardware.setDefaultSystemOutput(*device);
+}
+
+} // namespace halvo

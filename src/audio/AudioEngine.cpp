@@ -1,0 +1,117 @@
+#include "audio/AudioEngine.h"
+
+#include "audio/SampleMath.h"
+#include "base/CheckedArithmetic.h"
+#include "platform/StandardOutput.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace halvo {
+
+namespace {
+
+constexpr StreamFormat kDefaultFormat{48000, 2};
+constexpr float kUnityVolume = 0.999F; // from here on the volume stage is skipped
+
+} // namespace
+
+AudioEngine::AudioEngine(SharedMemory& memory, OutputUnitFactory& units, StandardOutput& output,
+                         DeviceLookup lookup)
+    : units_(units), output_(output), lookup_(std::move(lookup)), ringBuffer_(memory) {}
+
+AudioEngine::~AudioEngine() {
+    stop();
+}
+
+void AudioEngine::start(const std::string& outputDeviceUID) {
+    if (isRunning_) return;
+    if (!ringBuffer_.connect()) {
+        output_.print("Halvo: Could not connect to driver shared memory");
+        return;
+    }
+    startedFormat_ = streamFormat();
+    if (!ringBuffer_.format()) {
+        output_.print("Halvo: The driver's ring is not ready, playing silence until it is");
+    }
+    eq_.setSampleRate(static_cast<float>(startedFormat_.sampleRate));
+    eq_.resetState();
+    setupOutputUnit(outputDeviceUID);
+    isRunning_ = true; // by design also without a unit
+}
+
+void AudioEngine::stop() {
+    isRunning_ = false;
+    disposeOutputUnit();
+    ringBuffer_.disconnect();
+}
+
+void AudioEngine::setupOutputUnit(const std::string& deviceUID) {
+    auto unit = units_.makeOutputUnit();
+    if (!unit) return;
+    // Results are ignored by design: a unit that cannot play is silence, not an error.
+    if (const auto device = lookup_(deviceUID)) (void)unit->setDevice(*device);
+    (void)unit->setStreamFormat(streamFormat());
+    (void)unit->setRenderCallback(renderCallback, this);
+    (void)unit->initialize();
+    (void)unit->start();
+    outputUnit_ = std::move(unit);
+}
+
+void AudioEngine::disposeOutputUnit() {
+    if (!outputUnit_) return;
+    (void)outputUnit_->stop(); // nothing could be done about a failure
+    outputUnit_.reset();
+}
+
+bool AudioEngine::isRingCurrent() const {
+    return isRunning_ && ringBuffer_.isCurrent() && streamFormat() == startedFormat_;
+}
+
+void AudioEngine::setCurrentPreset(std::optional<EQPreset> preset) {
+    currentPreset_ = std::move(preset);
+    const float preamp = currentPreset_ ? currentPreset_->preamp : 0.0F;
+    preampGain_.store(std::pow(10.0F, preamp / 20.0F), std::memory_order_relaxed);
+}
+
+void AudioEngine::processBuffer(float* samples, std::int64_t frameCount,
+                                std::int64_t channelCount) noexcept HALVO_REALTIME {
+    const std::int64_t count =
+        checkedMultiply(checkedCount(frameCount), checkedCount(channelCount));
+    if (eqEnabled_.load(std::memory_order_relaxed)) {
+        const float gain = preampGain_.load(std::memory_order_relaxed);
+        if (gain != 1.0F) scaleSamples(samples, count, gain);
+        if (channelCount == 2) eq_.process(samples, frameCount); // a stereo design
+        softClip(samples, count);
+    }
+    const float volume = outputVolume_.load(std::memory_order_relaxed);
+    if (volume < kUnityVolume) scaleSamples(samples, count, volume);
+}
+
+void AudioEngine::render(const RenderBuffer& buffer,
+                         std::uint32_t frameCount) noexcept HALVO_REALTIME {
+    const std::int64_t frames = frameCount;
+    const std::int64_t channels = buffer.channels;
+    const auto got = ringBuffer_.readFrames(buffer.data, frames, buffer.channels);
+    if (got < frames) { // silence for what is missing, never stale sound
+        std::fill_n(buffer.data + checkedMultiply(got, channels),
+                    checkedMultiply(frames - got, channels), 0.0F);
+    }
+    processBuffer(buffer.data, frames, channels);
+}
+
+StreamFormat AudioEngine::streamFormat() const {
+    const auto ring = ringBuffer_.format();
+    if (!ring) return kDefaultFormat;
+    return {static_cast<double>(ring->sampleRate), ring->channelCount};
+}
+
+OSStatus renderCallback(void* inRefCon, std::uint32_t*, const RenderTimestamp*, std::uint32_t,
+                        std::uint32_t inNumberFrames,
+                        RenderBufferList* ioData) noexcept HALVO_REALTIME {
+    if (!ioData || ioData->count == 0 || !ioData->buffers[0].data) return kNoErr;
+    static_cast<AudioEngine*>(inRefCon)->render(ioData->buffers[0], inNumberFrames);
+    return kNoErr;
+}
+
+} // namespace halvo

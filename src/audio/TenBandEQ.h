@@ -1,0 +1,61 @@
+#pragma once
+
+#include "audio/BandFrequencies.h"
+#include "audio/BiquadCoefficients.h"
+#include "audio/TripleBuffer.h"
+#include "base/Realtime.h"
+
+#include <array>
+#include <cstdint>
+#include <span>
+
+namespace halvo {
+
+/// Ten peaking filters in series for each of two channels. Coefficients come from the main thread
+/// and reach the render thread as a whole set.
+class TenBandEQ {
+  public:
+    using Coefficients = std::array<BiquadCoefficients, kBandCount>;
+
+    /// Sets the gains in dB, lowest band first. A shorter list leaves the other bands as they are;
+    /// what follows the tenth is ignored. The filters' memory is kept. Main thread.
+    void setBands(std::span<const float> gains);
+
+    /// Filters `frameCount` interleaved stereo frames in place. Render thread.
+    void process(float* frames, std::int64_t frameCount) noexcept HALVO_REALTIME;
+
+    /// Empties the filters' memory. Main thread, while nothing is rendered.
+    void resetState();
+
+    /// Frames per second. By design a new rate does not touch the coefficients: they follow at the
+    /// next `setBands`. Main thread.
+    float sampleRate() const { return sampleRate_; }
+    void setSampleRate(float rate) { sampleRate_ = rate; }
+
+    /// The set that was computed last. Main thread.
+    const Coefficients& coefficients() const { return coefficients_; }
+
+  private:
+    /// A filter's memory, transposed direct form II.
+    struct State {
+        float z1 = 0;
+        float z2 = 0;
+    };
+    using Memory = std::array<State, kBandCount>;
+
+    static float filter(float x, const Coefficients& coefficients,
+                        Memory& memory) noexcept HALVO_REALTIME;
+
+    static void healMemory(Memory& memory) noexcept HALVO_REALTIME;
+
+    // Main thread.
+    Coefficients coefficients_{};
+    float sampleRate_ = 48000;
+    // Render thread.
+    Memory stateL_{};
+    Memory stateR_{};
+    // Shared.
+    TripleBuffer<Coefficients> published_{Coefficients{}};
+};
+
+} // namespace halvo
