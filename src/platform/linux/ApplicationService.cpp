@@ -1,0 +1,94 @@
+#include "platform/linux/ApplicationService.h"
+
+#include "platform/Application.h"
+
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
+#include <QDBusMessage>
+#include <QFileInfo>
+
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <utility>
+
+namespace halvo {
+
+namespace {
+
+const QString kBusName = QStringLiteral("org.halvo.Halvo");
+const QString kObjectPath = QStringLiteral("/org/halvo/Halvo");
+const QString kInterface = QStringLiteral("org.freedesktop.Application");
+constexpr int kActivationTimeout = 2000; // milliseconds
+
+/// Without this look, the bus library would start a bus of its own where none is running.
+bool hasSessionBus() {
+    if (qEnvironmentVariableIsSet("DBUS_SESSION_BUS_ADDRESS")) return true;
+    const auto directory = qEnvironmentVariable("XDG_RUNTIME_DIR");
+    return !directory.isEmpty() && QFileInfo::exists(directory + QStringLiteral("/bus"));
+}
+
+void activateOther(const QDBusConnection& bus) {
+    auto call = QDBusMessage::createMethodCall(kBusName, kObjectPath, kInterface,
+                                               QStringLiteral("Activate"));
+    call.setArguments({QVariantMap()});
+    (void)bus.call(call, QDBus::Block, kActivationTimeout); // a busy instance answers later
+}
+
+} // namespace
+
+ApplicationService::Claim ApplicationService::claim() {
+    if (hasSessionBus()) {
+        auto bus = QDBusConnection::sessionBus();
+        // The object first: who finds the name expects it.
+        bus.registerObject(kObjectPath, this, QDBusConnection::ExportScriptableSlots);
+        if (auto* names = bus.interface()) {
+            const auto reply = names->registerService(kBusName);
+            if (reply.isValid() &&
+                reply.value() == QDBusConnectionInterface::ServiceNotRegistered) {
+                activateOther(bus);
+                return Claim::alreadyRunning;
+            }
+        }
+    }
+    return claimLock();
+}
+
+ApplicationService::Claim ApplicationService::claimLock() {
+    const auto directory = qgetenv("XDG_RUNTIME_DIR");
+    if (directory.isEmpty()) return Claim::first;
+    FileDescriptor lock(::open((directory + "/halvo.lock").constData(),
+                               O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC,
+                               S_IRUSR | S_IWUSR));
+    if (lock && ::flock(lock.get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
+        return Claim::alreadyRunning;
+    }
+    lock_ = std::move(lock);
+    return Claim::first;
+}
+
+void ApplicationService::onActivated(std::function<void()> activated) {
+    activated_ = std::move(activated);
+    if (std::exchange(activationPending_, false) && activated_) activated_();
+}
+
+void ApplicationService::Activate(const QVariantMap& /*platform_data*/) {
+    if (activated_) {
+        activated_();
+    } else {
+        activationPending_ = true;
+    }
+}
+
+void ApplicationService::Open(const QStringList& /*uris*/, const QVariantMap& platform_data) {
+    Activate(platform_data);
+}
+
+void ApplicationService::ActivateAction(const QString& action_name,
+                                        const QVariantList& /*parameter*/,
+                                        const QVariantMap& /*platform_data*/) {
+    if (action_name == QStringLiteral("quit")) application_.terminate();
+}
+
+} // namespace halvo

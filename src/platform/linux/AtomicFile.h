@@ -1,0 +1,23 @@
+#pragma once
+
+#include <cstddef>
+#include <filesystem>
+#include <optional>
+#include <string>
+
+namespace halvo::AtomicFile {
+
+/// The contents of a regular file; nothing when it is none, cannot be read or is longer than
+/// `maximumSize` bytes. Never waits. Any thread.
+std::optional<std::string> read(const std::filesystem::path& path, std::size_t maximumSize);
+
+/// Replaces a file, mode 0600: afterwards it holds the old contents or the new ones. A symbolic
+/// link stays one and its target is replaced. Where no file can be made beside it, or none can take
+/// its place, it is written over in place. Does not wait for the disk. Any thread.
+bool write(const std::filesystem::path& path, const std::string& contents);
+
+/// The file that `path` stands for after all symbolic links at its end, whether it exists or not;
+/// nothing when they lead in a circle. Any thread.
+std::optional<std::filesystem::path> resolve(std::filesystem::path path);
+
+} // namespace halvo::AtomicFile
