@@ -4,6 +4,7 @@
 #include "platform/linux/AudioServer.h"
 #include "platform/linux/PipeWireListeners.h"
 #include "platform/linux/PipeWireObserver.h"
+#include "platform/linux/PipeWireParams.h"
 
 #include <map>
 #include <optional>
@@ -74,15 +75,16 @@ class PipeWireAudioHardware final : public AudioServer, private PipeWireObserver
 
     /// Null while the server is away. With the connection's lock.
     const PipeWireNode* device(AudioDeviceID device) const;
-    bool writeLevel(AudioDeviceID device, const DeviceLevel& level, LevelPersistence persistence);
-    void applyProtection();
+    bool writeLevel(AudioDeviceID device, LevelUpdate update, LevelPersistence persistence);
+    void applyProtection(const std::string& uid);
 
     PipeWireConnection& connection_;
     PipeWireListeners listeners_;
     // With the connection's lock.
     std::map<std::string, DeviceLevel> protectedLevels_;
-    std::optional<std::string> seenDefault_;
+    std::optional<std::string> seenCurrent_;
     std::optional<std::string> seenConfigured_;
+    std::vector<AudioDeviceID> seenDevices_;
 };
 
 } // namespace halvo

@@ -1,8 +1,12 @@
 #pragma once
 
+#include <pipewire/extensions/metadata.h>
 #include <pipewire/pipewire.h>
 
 #include <memory>
+
+// The server's calls are macros that cast their arguments in the manner of C.
+#pragma GCC diagnostic ignored "-Wold-style-cast"
 
 namespace halvo {
 

@@ -52,13 +52,13 @@ class PipeWireOutputUnit final : public OutputUnit,
     void defaultsChanged() override;
     void streamFailed() override;
 
+    /// The name of the sink to play to; nothing while there is none to play to.
     std::optional<std::string> target() const;
-    bool open();
-    void close();
-    /// Brings the stream in line with what is there: opens or closes it.
+    /// Brings the stream in line with what is there: opens it, or closes it.
     void update();
+    void close();
     void tryAgainLater();
-    void removeRetry();
+    void retry();
 
     PipeWireConnection& connection_;
     // With the connection's lock.
@@ -71,7 +71,7 @@ class PipeWireOutputUnit final : public OutputUnit,
     AudioDeviceID openDevice_ = 0;
     spa_source* retry_ = nullptr;
     std::chrono::milliseconds retryDelay_{};
-    // Render thread, between `open` and `close`.
+    // The render thread's while there is a stream.
     PipeWireRenderer renderer_;
     std::unique_ptr<PipeWireStream> stream_;
 };
