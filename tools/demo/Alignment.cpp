@@ -9,7 +9,7 @@ namespace {
 
 constexpr float kSilence = 1e-6F;
 constexpr std::ptrdiff_t kSearchFrames = 4096;
-constexpr std::size_t kWindowFrames = 16384;
+constexpr std::size_t kWindowFrames = 8192;
 constexpr double kLeastSimilarity = 0.2;
 constexpr std::size_t kGapFrames = 32;
 

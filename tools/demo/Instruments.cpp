@@ -52,10 +52,15 @@ Note pluckedString(double frequencyHz, double seconds, std::uint32_t seed) {
     Noise noise(seed);
     std::vector<double> line(whole + 2);
     double soft = 0;
+    double mean = 0;
     for (double& sample : line) {
         soft += 0.45 * (noise.next() - soft);
         sample = soft * 1.6;
+        mean += sample / static_cast<double>(line.size());
     }
+    // A constant part would circulate too, and the loudspeaker would stand off centre.
+    for (double& sample : line)
+        sample -= mean;
     Note note(frames(seconds));
     double previous = 0;
     for (std::size_t frame = 0; frame < note.size(); ++frame) {

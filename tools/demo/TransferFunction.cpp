@@ -27,8 +27,10 @@ std::complex<double> fourierSum(const StereoSound& sound, double frequencyHz, st
 } // namespace
 
 double TransferFunction::decibelsAt(double frequencyHz, std::size_t channel) const {
-    return 20 * std::log10(std::abs(fourierSum(recorded_, frequencyHz, channel)) /
-                           std::abs(fourierSum(played_, frequencyHz, channel)));
+    const double played = std::abs(fourierSum(played_, frequencyHz, channel));
+    const double recorded = std::abs(fourierSum(recorded_, frequencyHz, channel));
+    if (!(recorded > played * 1e-10)) return kNothingArrived;
+    return 20 * std::log10(recorded / played);
 }
 
 } // namespace halvo::demo

@@ -9,11 +9,13 @@ namespace halvo::demo {
 /// whole sweep with its decay and silence around it; a delay between the two does not matter.
 class TransferFunction {
   public:
+    static constexpr double kNothingArrived = -200;
+
     TransferFunction(StereoSound played, StereoSound recorded)
         : played_(std::move(played)), recorded_(std::move(recorded)) {}
 
-    /// The path's gain in dB at `frequencyHz` in channel 0 or 1; minus infinity when nothing of
-    /// that frequency arrived, not a number when none was played.
+    /// The path's gain in dB at `frequencyHz` in channel 0 or 1; `kNothingArrived` when nothing of
+    /// that frequency was played or arrived.
     double decibelsAt(double frequencyHz, std::size_t channel) const;
 
   private:

@@ -1,0 +1,73 @@
+#include "ApplicationRun.h"
+
+#include "QuitRequest.h"
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+namespace halvo::demo {
+namespace {
+
+using session::PrivateSession;
+using std::chrono_literals::operator""s;
+
+std::string debugLogPath(const Stage& stage) {
+    return stage.temporaryFolder() + "/halvo_debug.log";
+}
+
+std::string contents(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+} // namespace
+
+std::expected<std::unique_ptr<ApplicationRun>, std::string> ApplicationRun::start(Stage& stage) {
+    std::error_code ignored; // the first run finds none
+    std::filesystem::remove(debugLogPath(stage), ignored);
+    const Clock::time_point startTime = Clock::now();
+    auto program = stage.session().spawn(
+        {stage.programs().application},
+        {"HALVO_DRIVER_BUNDLE=" + stage.programs().driverBundle, "QT_QPA_PLATFORM=offscreen"});
+    if (!program) return std::unexpected("halvo cannot start: " + program.error());
+    return std::unique_ptr<ApplicationRun>(
+        new ApplicationRun(stage, std::move(*program), startTime));
+}
+
+std::expected<void, std::string> ApplicationRun::waitUntilReady() {
+    const std::string log = debugLogPath(stage_);
+    const auto isReady = [&] {
+        return stage_.session().defaultSink() == Stage::kVirtualOutput &&
+               contents(log).find("Launch done") != std::string::npos;
+    };
+    if (PrivateSession::waitFor([&] { return isReady() || !program_->isRunning(); }) && isReady())
+        return {};
+    return std::unexpected(complaint("halvo did not come up."));
+}
+
+std::expected<void, std::string> ApplicationRun::quit() {
+    if (!program_->isRunning()) return std::unexpected(complaint("halvo ended by itself."));
+    if (const auto failure = requestQuit(stage_.session().directory() + "/run/bus"))
+        return std::unexpected(complaint("halvo cannot be asked to quit: " + *failure));
+    const auto status = program_->wait(5s);
+    if (!status) return std::unexpected(complaint("halvo did not quit within 5 seconds."));
+    if (*status != 0)
+        return std::unexpected(
+            complaint("halvo quit with status " + std::to_string(*status) + "."));
+    const auto isGivenBack = [this] { return stage_.session().defaultSink() == Stage::kSpeakers; };
+    if (!PrivateSession::waitFor(isGivenBack, 2s))
+        return std::unexpected(complaint("After halvo's quit the default output is \"" +
+                                         stage_.session().defaultSink() + "\", not the speakers."));
+    return {};
+}
+
+std::string ApplicationRun::complaint(const std::string& what) const {
+    std::string text = what;
+    for (const std::string& words :
+         {contents(debugLogPath(stage_)), program_->standardOutput(), program_->standardError()})
+        if (!words.empty()) text += "\n" + words;
+    return text;
+}
+
+} // namespace halvo::demo

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "ApplicationRun.h"
+#include "DemoTrack.h"
+#include "Report.h"
+#include "Take.h"
+
+#include <expected>
+#include <span>
+#include <string>
+
+namespace halvo::demo {
+
+/// The whole demonstration: several runs of the real application in one private session, each with
+/// another preset, and what they measured. One thread.
+class Demo {
+  public:
+    /// The results go into `folder`, which is made if need be.
+    explicit Demo(std::string folder) : folder_(std::move(folder)) {}
+
+    /// Everything measured and written; else a sentence about the step that failed.
+    std::expected<Report, std::string> run();
+
+  private:
+    using Outcome = std::expected<void, std::string>;
+
+    Outcome prepare();
+    Outcome straightRun();
+    Outcome flatRun();
+    Outcome measureStart(ApplicationRun& application, session::Recorder& speakers);
+    Outcome playFlat(ApplicationRun& application);
+    Outcome bandRuns();
+    Outcome bandRun(std::span<const int> bands, float gainDb);
+    Outcome firstPresetRun();
+    Outcome writeReport();
+
+    /// Starts the application on a preset with these gains; ready when sound can flow.
+    std::expected<std::unique_ptr<ApplicationRun>, std::string>
+    startWithGains(std::span<const float> gainsDb);
+
+    std::string folder_;
+    DemoTrack track_;
+    std::string trackFile_;
+    std::string musicFile_;
+    std::string sweepFile_;
+    std::unique_ptr<Stage> stage_;
+    Report report_;
+};
+
+} // namespace halvo::demo

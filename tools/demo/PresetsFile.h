@@ -1,0 +1,17 @@
+#pragma once
+
+#include <optional>
+#include <span>
+#include <string>
+
+namespace halvo::demo {
+
+/// Writes the application's list of presets under `dataHome` ($XDG_DATA_HOME) with this one preset,
+/// on which the application then starts. Gives nothing when it worked, else what failed.
+std::optional<std::string> writePresetsFile(const std::string& dataHome, const std::string& name,
+                                            std::span<const float> gainsDb);
+
+/// Removes the list: the application then starts as if newly installed.
+std::optional<std::string> removePresetsFile(const std::string& dataHome);
+
+} // namespace halvo::demo

@@ -1,0 +1,55 @@
+#include "Programs.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <sstream>
+#include <vector>
+
+#include <unistd.h>
+
+namespace halvo::demo {
+namespace {
+
+namespace fs = std::filesystem;
+
+bool isInPath(const std::string& program) {
+    const char* path = std::getenv("PATH");
+    std::istringstream folders(path != nullptr ? path : "");
+    for (std::string folder; std::getline(folders, folder, ':');)
+        if (::access((folder + "/" + program).c_str(), X_OK) == 0) return true;
+    return false;
+}
+
+/// What the session and the playing need from the system, and the Debian package that has it.
+struct SystemProgram {
+    const char* name;
+    const char* package;
+};
+constexpr SystemProgram kSystemPrograms[] = {{"pipewire", "pipewire"},
+                                             {"wireplumber", "wireplumber"},
+                                             {"pw-play", "pipewire-bin"},
+                                             {"dbus-daemon", "dbus-daemon"}};
+
+} // namespace
+
+std::expected<Programs, std::string> Programs::find() {
+    for (const SystemProgram& program : kSystemPrograms)
+        if (!isInPath(program.name))
+            return std::unexpected(std::string(program.name) +
+                                   " is missing. Please install it: apt-get install " +
+                                   program.package);
+    std::error_code error;
+    const fs::path self = fs::read_symlink("/proc/self/exe", error);
+    // This program lies in tools/demo of the build tree.
+    const fs::path build = self.parent_path().parent_path().parent_path();
+    Programs programs{.application = (build / "src" / "halvo").string(),
+                      .driver = (build / "driver" / "halvo-audio-device").string(),
+                      .driverBundle = (build / "driver" / "HalvoAudioDevice.driver").string()};
+    for (const std::string& path : {programs.application, programs.driver, programs.driverBundle})
+        if (!fs::exists(path, error))
+            return std::unexpected(path + " is missing. Please build it first: cmake --build " +
+                                   build.string());
+    return programs;
+}
+
+} // namespace halvo::demo

@@ -1,0 +1,115 @@
+#include "Report.h"
+
+#include <nlohmann/json.hpp>
+
+#include <array>
+#include <cmath>
+#include <cstdarg>
+#include <cstdio>
+
+namespace halvo::demo {
+namespace {
+
+constexpr std::size_t kBandCount = 20;
+constexpr std::int64_t kMostLatencyFrames = 4096;
+constexpr double kMostStartMs = 3000;
+constexpr Cost kMostOfHalvo{.cpuPercent = 50, .rssMiB = 256};
+constexpr Cost kMostOfDriver{.cpuPercent = 25, .rssMiB = 64};
+
+/// printf into a string; a line of the terminal at most.
+[[gnu::format(printf, 1, 2)]] std::string text(const char* format, ...) {
+    std::array<char, 160> line{};
+    std::va_list arguments;
+    va_start(arguments, format);
+    (void)std::vsnprintf(line.data(), line.size(), format, arguments); // cut off at worst
+    va_end(arguments);
+    return line.data();
+}
+
+void judgeCost(std::vector<std::string>& failures, const char* program, const Cost& cost,
+               const Cost& most) {
+    if (!(cost.cpuPercent >= 0 && cost.cpuPercent <= most.cpuPercent))
+        failures.push_back(text("%s took %.1f %% of a processor, more than %.0f %%.", program,
+                                cost.cpuPercent, most.cpuPercent));
+    if (!(cost.rssMiB > 0 && cost.rssMiB <= most.rssMiB))
+        failures.push_back(text("%s held %.1f MiB of memory, not between 0 and %.0f MiB.", program,
+                                cost.rssMiB, most.rssMiB));
+}
+
+nlohmann::ordered_json bandJson(const BandMeasurement& band) {
+    return {{"frequencyHz", band.frequencyHz},
+            {"gainDb", band.gainDb},
+            {"expectedDb", band.expectedDb},
+            {"measuredDb", band.measuredDb}};
+}
+
+std::string bandCell(const BandMeasurement& band) {
+    return text("%5d Hz %+4.0f %8.2f %8.2f %c", band.frequencyHz, band.gainDb, band.expectedDb,
+                band.measuredDb, band.holds() ? ' ' : '!');
+}
+
+} // namespace
+
+bool BandMeasurement::holds() const {
+    return std::abs(measuredDb - expectedDb) <= tolerance();
+}
+
+std::vector<std::string> Report::failures() const {
+    std::vector<std::string> sentences;
+    if (bands.size() != kBandCount)
+        sentences.push_back(text("%zu of %zu bands were measured.", bands.size(), kBandCount));
+    for (const BandMeasurement& band : bands)
+        if (!band.holds())
+            sentences.push_back(
+                text("%d Hz at %+.0f dB was heard at %.2f dB; %.2f dB are expected.",
+                     band.frequencyHz, band.gainDb, band.measuredDb, band.expectedDb));
+    if (!flatBitExact)
+        sentences.push_back("With a flat preset the sound was not the same bit for bit.");
+    if (underruns > 0) sentences.push_back(text("The sound was interrupted %zu times.", underruns));
+    if (addedLatencyFrames < 0 || addedLatencyFrames > kMostLatencyFrames)
+        sentences.push_back(text("Halvo adds %lld frames of delay, not between 0 and %lld.",
+                                 static_cast<long long>(addedLatencyFrames),
+                                 static_cast<long long>(kMostLatencyFrames)));
+    if (!(startToSoundMs > 0 && startToSoundMs <= kMostStartMs))
+        sentences.push_back(
+            text("The first sound came %.0f ms after the start, not within %.0f ms.",
+                 startToSoundMs, kMostStartMs));
+    judgeCost(sentences, "halvo", halvo, kMostOfHalvo);
+    judgeCost(sentences, "The driver", driver, kMostOfDriver);
+    return sentences;
+}
+
+std::string Report::json() const {
+    nlohmann::ordered_json root;
+    root["bands"] = nlohmann::ordered_json::array();
+    for (const BandMeasurement& band : bands)
+        root["bands"].push_back(bandJson(band));
+    root["flatBitExact"] = flatBitExact;
+    root["underruns"] = underruns;
+    root["addedLatencyFrames"] = addedLatencyFrames;
+    root["startToSoundMs"] = startToSoundMs;
+    root["cpuPercent"] = {{"halvo", halvo.cpuPercent}, {"driver", driver.cpuPercent}};
+    root["rssMiB"] = {{"halvo", halvo.rssMiB}, {"driver", driver.rssMiB}};
+    return root.dump(2) + "\n";
+}
+
+std::string Report::table() const {
+    const char* heading = "    band gain expected  measured";
+    std::string result = text("%s        %s\n", heading, heading);
+    // Sorted by band and gain: -12 dB stands on the left, +12 dB on the right.
+    for (std::size_t row = 0; row + 1 < bands.size(); row += 2)
+        result += bandCell(bands[row]) + "      " + bandCell(bands[row + 1]) + "\n";
+    result += text("  Flat preset, bit for bit   %s\n", flatBitExact ? "yes" : "NO");
+    result += text("  Interruptions              %zu\n", underruns);
+    result += text("  Added delay                %lld frames (%.1f ms)\n",
+                   static_cast<long long>(addedLatencyFrames),
+                   static_cast<double>(addedLatencyFrames) / 48.0);
+    result += text("  Start to first sound       %.0f ms\n", startToSoundMs);
+    result += text("  halvo                      %.1f %% of a processor, %.1f MiB\n",
+                   halvo.cpuPercent, halvo.rssMiB);
+    result += text("  driver                     %.1f %% of a processor, %.1f MiB\n",
+                   driver.cpuPercent, driver.rssMiB);
+    return result;
+}
+
+} // namespace halvo::demo

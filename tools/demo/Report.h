@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace halvo::demo {
+
+/// What one band did in one run.
+struct BandMeasurement {
+    int frequencyHz;
+    double gainDb;     ///< what the preset asked of this band
+    double expectedDb; ///< what the whole cascade does there by its formula
+    double measuredDb; ///< what was heard, in the channel that is further off
+
+    /// How far the two may lie apart in dB; the lowest band is coarse in single precision.
+    double tolerance() const { return frequencyHz == 32 ? 0.4 : 0.2; }
+    bool holds() const;
+};
+
+/// What one of the two programs costs while music plays.
+struct Cost {
+    double cpuPercent = 0; ///< of one processor
+    double rssMiB = 0;
+};
+
+/// Everything that the demo measured, and whether it is good enough.
+struct Report {
+    std::vector<BandMeasurement> bands;
+    bool flatBitExact = false;
+    std::size_t underruns = 0;
+    std::int64_t addedLatencyFrames = 0;
+    double startToSoundMs = 0;
+    Cost halvo;
+    Cost driver;
+
+    /// One sentence for each number that does not hold; empty when all is well.
+    std::vector<std::string> failures() const;
+    std::string json() const;
+    /// For the terminal: at most 80 columns, each line ended.
+    std::string table() const;
+};
+
+} // namespace halvo::demo

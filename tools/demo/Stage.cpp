@@ -1,0 +1,69 @@
+#include "Stage.h"
+
+#include "SoundFile.h"
+
+#include <algorithm>
+
+namespace halvo::demo {
+namespace {
+
+using session::PrivateSession;
+using session::SpawnedProgram;
+using std::chrono_literals::operator""ms;
+using std::chrono_literals::operator""s;
+
+} // namespace
+
+std::expected<std::unique_ptr<Stage>, std::string> Stage::open(Programs programs) {
+    auto session = PrivateSession::create();
+    if (!session)
+        return std::unexpected("The private sound session cannot start: " + session.error());
+    std::unique_ptr<Stage> stage(new Stage(std::move(programs), std::move(*session)));
+    if (auto started = stage->startDriver(); !started) return std::unexpected(started.error());
+    return stage;
+}
+
+std::expected<void, std::string> Stage::startDriver() {
+    auto driver = session_->spawn({programs_.driver});
+    if (!driver) return std::unexpected("The driver cannot start: " + driver.error());
+    driver_ = std::move(*driver);
+    const auto hasAppeared = [this] {
+        return std::ranges::count(session_->nodeNames(), kVirtualOutput) > 0;
+    };
+    if (!PrivateSession::waitFor([&] { return hasAppeared() || !driver_->isRunning(); }) ||
+        !hasAppeared())
+        return std::unexpected("The driver runs but no virtual output appears: " +
+                               driver_->standardOutput() + driver_->standardError());
+    return {};
+}
+
+std::expected<std::string, std::string> Stage::prepare(const std::string& name,
+                                                       const StereoSound& sound) {
+    const std::string path = temporaryFolder() + "/" + name;
+    if (const auto failure = writeSoundFile(path, sound)) return std::unexpected(*failure);
+    return path;
+}
+
+std::expected<void, std::string> Stage::play(const std::string& path) {
+    const session::RunResult result = session_->run({"pw-play", path}, 30s);
+    if (result.status == 0) return {};
+    return std::unexpected("pw-play failed (status " + std::to_string(result.status) +
+                           "): " + result.output);
+}
+
+std::expected<std::unique_ptr<SpawnedProgram>, std::string>
+Stage::startPlayingIntoVirtualOutput(const std::string& path) {
+    return session_->spawn({"pw-play", "--target", kVirtualOutput, path});
+}
+
+std::expected<std::unique_ptr<session::Recorder>, std::string>
+Stage::record(const std::string& node) {
+    auto recorder =
+        std::make_unique<session::Recorder>(session_->serverSocket(), node, kSampleRate);
+    if (!PrivateSession::waitFor([&] { return recorder->isRunning() && recorder->frames() > 0; },
+                                 5000ms))
+        return std::unexpected("Nothing can be recorded from " + node + ".");
+    return recorder;
+}
+
+} // namespace halvo::demo
