@@ -76,6 +76,7 @@ void readBeyond(const SharedObject& object) {
     const Mapping guarded(object, kPage);
     (void)MappingGuard::add(guarded.start(), guarded.size);
     const SharedObject other(0);
+    other.unlink();
     const Mapping unguarded(other, kPage);
     (void)unguarded.bytes[0];
 }
@@ -105,6 +106,7 @@ bool diedOfBusError(int status) {
 
 TEST(MappingGuardDeathTests, OtherBusErrorsStillKill) {
     const SharedObject object(kPage);
+    object.unlink();
     EXPECT_EXIT(readBeyond(object), diedOfBusError, "");
     EXPECT_EXIT(readAfterRemoval(object), diedOfBusError, "");
     EXPECT_EXIT(sendSignal(object), diedOfBusError, "");
@@ -113,7 +115,9 @@ TEST(MappingGuardDeathTests, OtherBusErrorsStillKill) {
 TEST(MappingGuardDeathTests, AnEarlierHandlerIsStillAsked) {
     const auto scene = [] {
         (void)std::signal(SIGBUS, [](int) { _exit(42); });
-        readBeyond(SharedObject(kPage));
+        const SharedObject object(kPage);
+        object.unlink();
+        readBeyond(object);
     };
     // In a fresh process: the handler is installed once, and only over what was there before.
     testing::FLAGS_gtest_death_test_style = "threadsafe";

@@ -23,7 +23,7 @@ class SharedObject {
         : name_("/halvo_test_" + std::to_string(::getpid()) + "_" + std::to_string(count_++)) {}
     ~SharedObject() {
         if (descriptor_ >= 0) ::close(descriptor_);
-        ::shm_unlink(name_.c_str());
+        unlink();
     }
     SharedObject(const SharedObject&) = delete;
     SharedObject& operator=(const SharedObject&) = delete;
@@ -33,6 +33,8 @@ class SharedObject {
     bool resize(std::size_t size) const {
         return ::ftruncate(descriptor_, static_cast<off_t>(size)) == 0;
     }
+    /// Leaves nothing behind in a process that will not get as far as the destructor.
+    void unlink() const { (void)::shm_unlink(name_.c_str()); }
     void* map(std::size_t size) const {
         return ::mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED, descriptor_, 0);
     }

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "base/Realtime.h"
+
+#include <cstdint>
+#include <functional>
+#include <pipewire/pipewire.h>
+
+namespace halvo::driver {
+
+class RingWriter;
+
+/// Listens to what is played into the virtual sink, before its volume, and hands every frame to
+/// the ring. Does not keep the sink awake while nobody plays. Main loop only; the frames pass on
+/// the server's data thread until the destructor returns.
+class CaptureStream {
+  public:
+    /// Connects at `rate` frames per second; `ended` is called when the stream cannot go on.
+    CaptureStream(pw_core* core, RingWriter& ring, std::uint32_t rate, std::function<void()> ended);
+    ~CaptureStream();
+    CaptureStream(const CaptureStream&) = delete;
+    CaptureStream& operator=(const CaptureStream&) = delete;
+
+    std::uint32_t rate() const { return rate_; }
+
+  private:
+    bool connect();
+    static void onStateChanged(void* data, pw_stream_state old, pw_stream_state state,
+                               const char* error);
+    static void onControl(void* data, std::uint32_t id, const pw_stream_control* control);
+    static void onProcess(void* data);
+
+    RingWriter& ring_;
+    const std::uint32_t rate_;
+    std::function<void()> ended_;
+    pw_stream* stream_;
+    spa_hook listener_{};
+};
+
+} // namespace halvo::driver

@@ -1,0 +1,5 @@
+#include "driver/linux/Driver.h"
+
+int main() {
+    return halvo::driver::Driver().run();
+}
