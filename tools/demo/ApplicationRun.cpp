@@ -43,7 +43,9 @@ std::expected<void, std::string> ApplicationRun::waitUntilReady() {
     };
     if (PrivateSession::waitFor([&] { return isReady() || !program_->isRunning(); }) && isReady())
         return {};
-    return std::unexpected(complaint("halvo did not come up."));
+    if (program_->isRunning())
+        return std::unexpected(complaint("halvo runs but does not take over the sound."));
+    return std::unexpected(complaint("halvo ended by itself while it started."));
 }
 
 std::expected<void, std::string> ApplicationRun::quit() {

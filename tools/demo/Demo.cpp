@@ -54,6 +54,7 @@ std::expected<Report, std::string> Demo::run() {
 }
 
 Demo::Outcome Demo::prepare() {
+    progress("Halvo plays into simulated speakers; this takes about a minute.");
     auto programs = Programs::find();
     if (!programs) return std::unexpected(programs.error());
     std::error_code error;
@@ -194,8 +195,24 @@ Demo::Outcome Demo::firstPresetRun() {
     report_.underruns += take->gaps;
     if (const auto failure = writeSoundFile(folder_ + "/after.wav", take->heard))
         return std::unexpected(*failure);
-    progress("The first preset of a new installation: recorded.");
+    if (auto outcome = judgeFirstPreset(*take); !outcome) return outcome;
     return (*application)->quit();
+}
+
+Demo::Outcome Demo::judgeFirstPreset(const Take& take) {
+    const auto preset = readFirstPreset(stage_->dataHome());
+    if (!preset) return std::unexpected("halvo has not written its list of factory presets.");
+    const ExpectedResponse expected(preset->gainsDb, kSampleRate);
+    const StereoSound sweep = track_.sweep();
+    const StereoSound heard =
+        take.heard.stretch(static_cast<std::ptrdiff_t>(track_.sweepBegin()), sweep.frameCount());
+    const TransferFunction transfer(sweep, heard);
+    for (std::size_t band = 0; band < kBandFrequencies.size(); ++band)
+        report_.firstPresetDeviationDb = std::max(report_.firstPresetDeviationDb,
+                                                  measure(transfer, expected, band, 0).deviation());
+    progress("The first factory preset, \"%s\": heard within %.2f dB of the formula.",
+             preset->name.c_str(), report_.firstPresetDeviationDb);
+    return {};
 }
 
 Demo::Outcome Demo::writeReport() {

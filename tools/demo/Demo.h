@@ -32,6 +32,7 @@ class Demo {
     Outcome bandRuns();
     Outcome bandRun(std::span<const int> bands, float gainDb);
     Outcome firstPresetRun();
+    Outcome judgeFirstPreset(const Take& take);
     Outcome writeReport();
 
     /// Starts the application on a preset with these gains; ready when sound can flow.

@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 
 #include <filesystem>
+#include <fstream>
 
 namespace halvo::demo {
 namespace {
@@ -35,6 +36,17 @@ std::optional<std::string> removePresetsFile(const std::string& dataHome) {
     std::filesystem::remove(presetsPath(dataHome), error);
     if (error) return "cannot remove " + presetsPath(dataHome).string() + ": " + error.message();
     return std::nullopt;
+}
+
+std::optional<StoredPreset> readFirstPreset(const std::string& dataHome) {
+    std::ifstream file(presetsPath(dataHome));
+    try {
+        const nlohmann::json preset = nlohmann::json::parse(file).at(0);
+        return StoredPreset{.name = preset.at("name").get<std::string>(),
+                            .gainsDb = preset.at("bands").get<std::vector<float>>()};
+    } catch (const nlohmann::json::exception&) {
+        return std::nullopt;
+    }
 }
 
 } // namespace halvo::demo

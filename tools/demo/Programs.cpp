@@ -42,10 +42,11 @@ std::expected<Programs, std::string> Programs::find() {
     const fs::path self = fs::read_symlink("/proc/self/exe", error);
     // This program lies in tools/demo of the build tree.
     const fs::path build = self.parent_path().parent_path().parent_path();
+    const fs::path bundle = build / "driver" / "HalvoAudioDevice.driver";
     Programs programs{.application = (build / "src" / "halvo").string(),
-                      .driver = (build / "driver" / "halvo-audio-device").string(),
-                      .driverBundle = (build / "driver" / "HalvoAudioDevice.driver").string()};
-    for (const std::string& path : {programs.application, programs.driver, programs.driverBundle})
+                      .driver = (bundle / "Contents" / "Linux" / "halvo-audio-device").string(),
+                      .driverBundle = bundle.string()};
+    for (const std::string& path : {programs.application, programs.driver})
         if (!fs::exists(path, error))
             return std::unexpected(path + " is missing. Please build it first: cmake --build " +
                                    build.string());

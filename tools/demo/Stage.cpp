@@ -39,8 +39,12 @@ std::expected<void, std::string> Stage::startDriver() {
 
 std::expected<std::string, std::string> Stage::prepare(const std::string& name,
                                                        const StereoSound& sound) {
+    // The player ends before its last cycle has gone through: that one has to be silence.
+    constexpr std::size_t kLastCycles = 8192;
     const std::string path = temporaryFolder() + "/" + name;
-    if (const auto failure = writeSoundFile(path, sound)) return std::unexpected(*failure);
+    if (const auto failure =
+            writeSoundFile(path, sound.stretch(0, sound.frameCount() + kLastCycles)))
+        return std::unexpected(*failure);
     return path;
 }
 

@@ -29,7 +29,7 @@ class Stage {
     std::string dataHome() const { return session_->directory() + "/data"; }
     std::string temporaryFolder() const { return session_->directory() + "/tmp"; }
 
-    /// Writes a sound into the session's folder for `play`; gives its path.
+    /// Writes a sound and a little silence into the session's folder for `play`; gives its path.
     std::expected<std::string, std::string> prepare(const std::string& name,
                                                     const StereoSound& sound);
     /// Plays a file to its end into the default output with the system's ordinary player; what went

@@ -15,7 +15,6 @@ int main(int argumentCount, char** arguments) {
     }
     const std::string folder = argumentCount == 2 ? arguments[1] : "out/run";
 
-    std::printf("Halvo plays into simulated speakers; takes about a minute.\n");
     const auto report = halvo::demo::Demo(folder).run();
     if (!report) {
         std::fprintf(stderr, "The demonstration failed: %s\n", report.error().c_str());

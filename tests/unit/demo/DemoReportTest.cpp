@@ -1,0 +1,145 @@
+#include "demo/ClockedSound.h"
+#include "demo/PresetsFile.h"
+#include "demo/Report.h"
+#include "presets/PresetCoding.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <array>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <limits>
+#include <sstream>
+
+#include <stdlib.h>
+
+namespace halvo::demo {
+namespace {
+
+Report goodReport() {
+    Report report;
+    for (const int frequency : {32, 64, 125, 250, 500, 1000, 2000, 4000, 8000, 16000})
+        for (const double gain : {-12.0, 12.0})
+            report.bands.push_back({frequency, gain, gain * 1.05, gain * 1.05 + 0.1});
+    report.flatBitExact = true;
+    report.addedLatencyFrames = 1024;
+    report.startToSoundMs = 480.5;
+    report.halvo = {.cpuPercent = 2.5, .rssMiB = 60};
+    report.driver = {.cpuPercent = 0.5, .rssMiB = 12};
+    return report;
+}
+
+TEST(ReportTest, NamesEachNumberThatDoesNotHold) {
+    EXPECT_TRUE(goodReport().failures().empty());
+    struct Case {
+        std::string name;
+        std::function<void(Report&)> damage;
+        std::string word;
+    };
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    const std::vector<Case> cases{
+        {"a band is missing", [](Report& r) { r.bands.pop_back(); }, "19 of 20"},
+        {"a band is off", [](Report& r) { r.bands[11].measuredDb += 0.15; }, "1000 Hz at +12 dB"},
+        {"a band is not a number", [&](Report& r) { r.bands[4].measuredDb = nan; },
+         "125 Hz at -12"},
+        {"the lowest band is far off", [](Report& r) { r.bands[0].measuredDb += 0.4; }, "32 Hz"},
+        {"factory preset", [](Report& r) { r.firstPresetDeviationDb = 0.5; }, "factory preset"},
+        {"not exact", [](Report& r) { r.flatBitExact = false; }, "bit for bit"},
+        {"one underrun", [](Report& r) { r.underruns = 1; }, "interrupted 1 times"},
+        {"late", [](Report& r) { r.addedLatencyFrames = 20000; }, "20000 frames"},
+        {"early", [](Report& r) { r.addedLatencyFrames = -1; }, "-1 frames"},
+        {"slow start", [](Report& r) { r.startToSoundMs = 9000; }, "9000 ms"},
+        {"start not a number", [&](Report& r) { r.startToSoundMs = nan; }, "ms after the start"},
+        {"busy", [](Report& r) { r.halvo.cpuPercent = 99; }, "halvo took 99.0"},
+        {"no memory read", [](Report& r) { r.driver.rssMiB = 0; }, "driver held 0.0"},
+    };
+    for (const Case& item : cases) {
+        Report report = goodReport();
+        item.damage(report);
+        const auto failures = report.failures();
+        ASSERT_EQ(failures.size(), 1U) << item.name;
+        EXPECT_NE(failures[0].find(item.word), std::string::npos)
+            << item.name << ": " << failures[0];
+    }
+}
+
+TEST(ReportTest, ToleratesMoreAtTheLowestBand) {
+    Report report = goodReport();
+    report.bands[0].measuredDb = report.bands[0].expectedDb - 0.35;
+    EXPECT_TRUE(report.failures().empty());
+}
+
+TEST(ReportTest, WritesEveryNumber) {
+    const auto root = nlohmann::json::parse(goodReport().json());
+    ASSERT_EQ(root.at("bands").size(), 20U);
+    EXPECT_EQ(root.at("bands")[1].at("frequencyHz"), 32);
+    EXPECT_EQ(root.at("bands")[1].at("gainDb"), 12.0);
+    EXPECT_DOUBLE_EQ(root.at("bands")[1].at("expectedDb"), 12.6);
+    EXPECT_DOUBLE_EQ(root.at("bands")[1].at("measuredDb"), 12.7);
+    EXPECT_EQ(root.at("flatBitExact"), true);
+    EXPECT_EQ(root.at("underruns"), 0);
+    EXPECT_EQ(root.at("addedLatencyFrames"), 1024);
+    EXPECT_EQ(root.at("startToSoundMs"), 480.5);
+    EXPECT_EQ(root.at("cpuPercent").at("halvo"), 2.5);
+    EXPECT_EQ(root.at("rssMiB").at("driver"), 12);
+}
+
+TEST(ReportTest, TableFitsTheTerminal) {
+    std::istringstream table(goodReport().table());
+    std::size_t lines = 0;
+    for (std::string line; std::getline(table, line); ++lines)
+        EXPECT_LE(line.size(), 80U) << line;
+    EXPECT_EQ(lines, 18U);
+}
+
+TEST(ClockedSoundTest, LostFramesAreSilence) {
+    session::Recording recording;
+    recording.samples = {1, 2, 3, 4, 5, 6, 7, 8};
+    recording.blocks = {{.position = 1000, .firstFrame = 0, .frames = 2},
+                        {.position = 1005, .firstFrame = 2, .frames = 1},
+                        {.position = 99, .firstFrame = 3, .frames = 1}};
+    const ClockedSound clocked = ClockedSound::from(recording);
+    EXPECT_EQ(clocked.begin, 1000);
+    EXPECT_EQ(clocked.sound.samples, (std::vector<float>{1, 2, 3, 4, 0, 0, 0, 0, 0, 0, 5, 6, 7, 8}))
+        << "three frames lost; a clock that jumps back loses none";
+    EXPECT_EQ(ClockedSound::from({}).sound.frameCount(), 0U);
+}
+
+/// A folder that goes with the test.
+class PresetsFileTest : public testing::Test {
+  protected:
+    void SetUp() override {
+        std::string pattern = (std::filesystem::temp_directory_path() / "halvo-XXXXXX").string();
+        ASSERT_NE(::mkdtemp(pattern.data()), nullptr);
+        folder_ = pattern;
+    }
+    void TearDown() override { std::filesystem::remove_all(folder_); }
+
+    std::filesystem::path folder_;
+};
+
+TEST_F(PresetsFileTest, IsWhatTheApplicationReads) {
+    std::array<float, 10> gains{};
+    gains[3] = -12;
+    ASSERT_EQ(writePresetsFile(folder_.string(), "Demo", gains), std::nullopt);
+    std::ifstream file(folder_ / "Halvo" / "presets.json");
+    const std::string json{std::istreambuf_iterator<char>(file), {}};
+    const auto presets = decodePresets(json);
+    ASSERT_TRUE(presets);
+    ASSERT_EQ(presets->size(), 1U);
+    EXPECT_EQ(presets->front().bands, std::vector<float>(gains.begin(), gains.end()));
+    EXPECT_EQ(presets->front().preamp, 0.0F);
+
+    const auto first = readFirstPreset(folder_.string());
+    ASSERT_TRUE(first);
+    EXPECT_EQ(first->name, "Demo");
+    EXPECT_EQ(first->gainsDb, presets->front().bands);
+    EXPECT_EQ(removePresetsFile(folder_.string()), std::nullopt);
+    EXPECT_FALSE(readFirstPreset(folder_.string()));
+    EXPECT_EQ(removePresetsFile(folder_.string()), std::nullopt) << "nothing there is no failure";
+}
+
+} // namespace
+} // namespace halvo::demo
