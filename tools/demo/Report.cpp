@@ -51,7 +51,9 @@ std::string bandCell(const BandMeasurement& band) {
 
 } // namespace
 
-double BandMeasurement::deviation() const { return std::abs(measuredDb - expectedDb); }
+double BandMeasurement::deviation() const {
+    return std::abs(measuredDb - expectedDb);
+}
 
 std::vector<std::string> Report::failures() const {
     std::vector<std::string> sentences;

@@ -9,15 +9,11 @@ namespace {
 
 /// One term of the discrete Fourier transform: the sum of x(n) e^(-jωn).
 std::complex<double> fourierSum(const StereoSound& sound, double frequencyHz, std::size_t channel) {
-    // The phase is turned step by step and set afresh now and then, so that no error adds up.
-    constexpr std::size_t kStepsPerPhase = 512;
-    const double angle = -2 * std::numbers::pi * frequencyHz / kSampleRate;
-    const std::complex<double> turn = std::polar(1.0, angle);
+    const std::complex<double> turn =
+        std::polar(1.0, -2 * std::numbers::pi * frequencyHz / kSampleRate);
     std::complex<double> sum = 0;
     std::complex<double> phase = 1;
     for (std::size_t frame = 0; frame < sound.frameCount(); ++frame) {
-        if (frame % kStepsPerPhase == 0)
-            phase = std::polar(1.0, angle * static_cast<double>(frame));
         sum += static_cast<double>(sound.at(frame, channel)) * phase;
         phase *= turn;
     }

@@ -121,6 +121,13 @@ TEST(AlignmentTest, RefusesSilence) {
     EXPECT_FALSE(Alignment::find(StereoSound(48000), testSweep()));
 }
 
+TEST(AlignmentTest, RefusesAnotherSound) {
+    StereoSound whistle(48000);
+    for (std::size_t index = 0; index < whistle.samples.size(); ++index)
+        whistle.samples[index] = static_cast<float>(std::sin(0.7 * static_cast<double>(index / 2)));
+    EXPECT_FALSE(Alignment::find(testSweep(), whistle));
+}
+
 TEST(AlignmentTest, CountsGapsWhereSomethingWasPlayed) {
     const StereoSound played = testSweep();
     EXPECT_EQ(countGaps(played, played), 0U);
