@@ -1,0 +1,56 @@
+#pragma once
+
+#include "driver_session/RingFollower.h"
+#include "session/PrivateSession.h"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace halvo::test {
+
+inline constexpr const char* kVirtualSink = "HalvoVirtualOutput_UID";
+
+/// A private session with the real driver in it.
+class DriverScene {
+  public:
+    explicit DriverScene(session::Options options = {});
+
+    /// Starts a driver and keeps it as the scene's own.
+    void startDriver();
+    /// Waits for sink, capture stream and ring.
+    bool isUp();
+    std::size_t virtualSinks() const;
+    /// Gathers from the ring until the condition holds.
+    bool gatherUntil(const std::function<bool()>& condition);
+    /// Whether frames of a `countingSamples` player have arrived in the ring since the last clear.
+    bool soundArrives();
+
+    session::PrivateSession& session() { return *session_; }
+    session::SpawnedProgram& driver() { return *driver_; }
+    RingFollower& ring() { return *ring_; }
+
+  private:
+    std::size_t nodes(const char* name) const;
+
+    std::unique_ptr<session::PrivateSession> session_;
+    std::unique_ptr<session::SpawnedProgram> driver_;
+    std::unique_ptr<RingFollower> ring_;
+};
+
+/// Stereo frames that carry their own number, so that a frame that was lost, doubled, scaled or
+/// mixed shows: frame f is (f + 1) / 2^24 on the left and its negative on the right.
+std::vector<float> countingSamples(std::size_t frames);
+
+/// What became of counting samples.
+struct CountingResult {
+    std::size_t frames = 0; ///< that are not silence
+    std::size_t wrong = 0;  ///< of these: neither the next frame nor the start of a later stretch
+    std::size_t jumps = 0;  ///< places where frames are missing
+    std::size_t first = 0;  ///< number of the first frame seen
+    std::size_t last = 0;   ///< number of the last frame seen
+};
+CountingResult examineCounting(const std::vector<float>& samples);
+
+} // namespace halvo::test
