@@ -40,6 +40,7 @@ class AudioServer : public AudioHardware {
     /// Registers a level that the server's own thread gives to the device at once when somebody
     /// makes it the default, before a stream can move there; replaces an earlier registration.
     virtual void protect(const std::string& uid, const DeviceLevel& level) = 0;
+    /// Ends that. Any thread.
     virtual void unprotect(const std::string& uid) = 0;
 };
 

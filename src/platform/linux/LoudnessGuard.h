@@ -3,6 +3,7 @@
 #include "base/Lifetime.h"
 #include "platform/MainQueue.h"
 #include "platform/linux/AudioServer.h"
+#include "platform/linux/GuardedDevice.h"
 #include "platform/linux/RaisedDevicesRecord.h"
 
 #include <atomic>
@@ -70,62 +71,61 @@ class LoudnessGuard final : public AudioHardware {
     void silenceListeners() override;
 
   private:
-    /// Where a device that the core asked to raise stands.
-    enum class State {
-        own,     ///< at a level that is not this program's
-        raised,  ///< at full scale
-        lowered, ///< was raised; at the session's level because others play straight into it
-        left,    ///< not at its own level, and nobody uses it: an earlier process's, or it vanished
-    };
-
-    struct Device {
-        State state = State::own;
-        DeviceLevel found;                  ///< own level; live on the server while `own`
-        AudioDeviceID id = 0;               ///< the appearance that was raised
-        std::optional<float> sessionVolume; ///< the virtual device's volume when it was last in use
-        bool unmutes = false;               ///< the core asked for sound, not only for full scale
-        bool wasGivenUp = false;            ///< plays at its own level under the engine's gain
-    };
-    using Entry = std::pair<const std::string, Device>;
+    using State = GuardedDevice::State;
+    using Sound = GuardedDevice::Sound;
+    using Entry = std::pair<const std::string, GuardedDevice>;
 
     LoudnessGuard(AudioServer& server, OutputGate* gate, MainQueue* mainQueue, SystemLog* log,
                   std::filesystem::path record);
 
-    // LoudnessGuard.cpp: raising.
-    bool raise(AudioDeviceID id, const std::string& uid, bool unmute);
+    // LoudnessGuard.cpp
+    void listen();
+    AudioServer::Listener whileAlive(void (LoudnessGuard::*work)());
+    Entry* find(const std::string& uid);
+    bool isStopped() const { return isSilenced_ && !givesBack_; }
+    bool save();
+
+    // LoudnessGuardRaise.cpp
+    bool raise(AudioDeviceID id, const std::string& uid, Sound sound);
     Entry* remember(AudioDeviceID id, const std::string& uid);
     void activate(Entry& entry);
     bool isHeldBack(AudioDeviceID id);
     void tryPending();
-    bool performRaise(AudioDeviceID id, Entry& entry);
+    void performRaise(AudioDeviceID id, Entry& entry);
     void waitForPending();
     void giveUpPending();
     void lower(AudioDeviceID id, Entry& entry);
+    void lowerDefault();
     bool capture(AudioDeviceID virtualDevice);
     void takeOver(AudioDeviceID virtualDevice, AudioDeviceID real, const std::string& uid);
     void closeGateForAWhile();
 
-    // LoudnessGuardGiveBack.cpp: giving back, and what the server reports.
-    bool giveBack(AudioDeviceID id, Entry& entry);
-    void giveBackAll();
-    void giveBackLeft();
-    bool restoreDefault(AudioDeviceID device);
-    bool save();
+    // LoudnessGuardSession.cpp: how loud the session is, by the virtual device.
+    std::optional<DeviceLevel> virtualLevel();
+    void setVirtualVolume(float volume);
+    void limitVirtualVolume(float limit);
+    DeviceLevel sessionLevel(const Entry& entry);
+    void protectRaised();
+    void listenToVirtualDevice();
     void devicesChanged();
     void defaultChanged();
     void streamsChanged();
-    void listen();
-    void listenToVirtualDevice();
-    void protectRaised();
+
+    // LoudnessGuardGiveBack.cpp
+    bool giveBack(AudioDeviceID id, Entry& entry);
+    void giveBackAll();
+    void giveBackLeft();
+    bool restoreDefault(AudioDeviceID id, const std::string& uid);
+    bool restoreConfiguredDefault(AudioDeviceID id, const std::string& uid);
 
     AudioServer& server_;
     OutputGate* gate_;
     MainQueue* mainQueue_;
     SystemLog* log_;
     RaisedDevicesRecord record_;
-    std::map<std::string, Device> devices_; ///< by UID
-    std::string active_;                    ///< UID of the device that the engine plays to
-    bool isPending_ = false;                ///< the active device waits to be raised
+    std::map<std::string, GuardedDevice> devices_; ///< by UID
+    std::string active_;                           ///< UID of the device that the engine plays to
+    bool isPending_ = false;                       ///< the active device waits to be raised
     bool givesBack_ = false;
     std::uint64_t gateGeneration_ = 0;
     std::uint64_t pendingGeneration_ = 0;

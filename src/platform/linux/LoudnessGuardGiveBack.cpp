@@ -1,0 +1,64 @@
+#include "platform/linux/LoudnessGuard.h"
+
+namespace halvo {
+
+bool LoudnessGuard::giveBack(AudioDeviceID id, Entry& entry) {
+    auto& [uid, device] = entry;
+    if (uid == active_) isPending_ = false;
+    // A level that is not ours may be another one than was found by now.
+    if (device.state == State::own) return true;
+    server_.unprotect(uid);
+    const bool isDone = server_.setLevel(id, device.found, LevelPersistence::saved);
+    device.state = isDone ? State::own : State::left;
+    (void)save(); // the old record would repeat this, which does no harm
+    return isDone;
+}
+
+void LoudnessGuard::giveBackAll() {
+    isPending_ = false;
+    for (auto& entry : devices_) {
+        if (const auto id = server_.deviceForUID(entry.first)) (void)giveBack(*id, entry);
+    }
+    (void)save(); // what it still tells of is put right at the next start
+}
+
+void LoudnessGuard::giveBackLeft() {
+    for (auto& entry : devices_) {
+        if (entry.second.state != State::left) continue;
+        const auto id = server_.deviceForUID(entry.first);
+        if (!id) continue;
+        // Back as the default after it had vanished: streams play into it at the session's level.
+        if (entry.second.id != 0 && server_.defaultOutput() == id) {
+            entry.second.id = *id;
+            lower(*id, entry);
+        } else {
+            (void)giveBack(*id, entry); // tried again when something changes
+        }
+    }
+}
+
+bool LoudnessGuard::restoreDefault(AudioDeviceID id, const std::string& uid) {
+    if (auto* entry = find(uid)) (void)giveBack(id, *entry); // the default all the same
+    if (!server_.setDefaultOutput(id)) return false;
+    if (!restoreConfiguredDefault(id, uid)) return false;
+    if (mainQueue_ == nullptr) return true; // the next start repeats this and needs the record
+    record_.origin.reset();
+    active_.clear();
+    if (!givesBack_) {
+        std::erase_if(devices_, [](const auto& entry) { return entry.second.state == State::own; });
+    }
+    (void)save(); // what it still tells of is put right at the next start
+    return true;
+}
+
+bool LoudnessGuard::restoreConfiguredDefault(AudioDeviceID id, const std::string& uid) {
+    const auto& origin = record_.origin;
+    // Asking for the device has pinned it. Undone where the user had not asked for it, and only
+    // for the device that was the default all by itself.
+    if (!origin || origin->output != uid || origin->configured == uid) return true;
+    const bool isElsewhere = origin->configured && server_.deviceForUID(*origin->configured);
+    if (isElsewhere || !server_.setConfiguredDefault(origin->configured)) return true;
+    return server_.defaultOutput() == id || server_.setDefaultOutput(id);
+}
+
+} // namespace halvo
