@@ -2,6 +2,7 @@
 
 #include "app/RealDevices.h"
 #include "audio/RingLayout.h"
+#include "platform/AudioHardware.h"
 #include "platform/MainQueue.h"
 #include "platform/SharedMemory.h"
 
@@ -40,7 +41,7 @@ void AppDelegate::recoverRouting() {
     // The virtual device is new, or back after the server was gone: nothing of before holds.
     if (!originalOutputUID_) {
         captureAndSwitchOutput();
-    } else if (deviceManager_.defaultDeviceUID.get() != kVirtualDeviceUID) {
+    } else if (platform_.audioHardware.defaultOutput() != device) {
         attemptSwitchToVirtual(kSwitchRetries);
     }
     setupVolumeMonitoring();

@@ -60,6 +60,12 @@ void FakeMainQueue::advance(Duration time) {
     now_ = end;
 }
 
+void FakeMainQueue::discard() {
+    timers_.clear();
+    const std::lock_guard lock(mutex_);
+    queued_.clear();
+}
+
 std::shared_ptr<FakeMainQueue::Timer> FakeMainQueue::add(Duration delay, Duration period,
                                                          Work work) {
     auto timer =

@@ -24,6 +24,8 @@ class FakeMainQueue final : public MainQueue {
     void flush();
     /// Lets virtual time pass, running everything that falls due, in order.
     void advance(Duration time);
+    /// Drops everything that has not run.
+    void discard();
 
     Duration now() const { return now_; }
 

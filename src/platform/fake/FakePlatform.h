@@ -26,6 +26,9 @@ struct FakePlatform {
     FakeTerminationSignal terminationSignal;
     FakeApplication application;
 
+    /// Pending work may hold what uses the other fakes.
+    ~FakePlatform() { mainQueue.discard(); }
+
     Platform platform() {
         return {audioHardware, outputUnits,        sharedMemory,      mainQueue,
                 userDefaults,  fileSystem,         systemLog,         standardOutput,

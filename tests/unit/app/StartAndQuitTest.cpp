@@ -1,0 +1,208 @@
+#include "unit/app/AppDelegateFixture.h"
+
+#include <thread>
+
+namespace halvo {
+
+using StartAndQuit = AppDelegateTest;
+
+TEST_F(StartAndQuit, TheDebugLogTellsTheOrderOfAFreshStart) {
+    launchWithDriver();
+    const std::string expected = "Halvo: Launch start\n"
+                                 "Halvo: Devices: [\"Speakers [acc.a]\", \"Headphones [acc.b]\", "
+                                 "\"Halvo Virtual Output [HalvoVirtualOutput_UID]\"]\n"
+                                 "Halvo: Default: acc.a\n"
+                                 "Halvo: Will output to real device: acc.a\n"
+                                 "Halvo: originalOutputUID: acc.a\n"
+                                 "Halvo: Starting engine, outputting to: acc.a\n"
+                                 "Halvo: Engine started, ringBuffer connected: true\n"
+                                 "Halvo: Launch done\n";
+    EXPECT_EQ(debugLog(), expected);
+    for (const auto& line : fake.systemLog.lines)
+        EXPECT_EQ(line.find("Halvo: Halvo:"), std::string::npos);
+    EXPECT_EQ(output(), (std::vector<std::string>{
+                            "Halvo: Saved real device volume 1.0, set to max",
+                            "Halvo: Switched default + system output to Halvo Virtual Output"}));
+    EXPECT_EQ(defaultUID(), kVirtualDeviceUID);
+    EXPECT_EQ(fake.audioHardware.systemOutput(), virtualDevice);
+}
+
+TEST_F(StartAndQuit, QuotesInNamesAreEscaped) {
+    fake.audioHardware.device(a).name = R"(The "Best" \ One)";
+    launch();
+    EXPECT_NE(debugLog().find(R"(Devices: ["The \"Best\" \\ One [acc.a]")"), std::string::npos);
+}
+
+TEST_F(StartAndQuit, WithoutAnyDeviceTheInterfaceStillHasItsPreset) {
+    fake.audioHardware.remove(a);
+    fake.audioHardware.remove(b);
+    launch();
+    EXPECT_NE(debugLog().find("Devices: []\n"), std::string::npos);
+    EXPECT_NE(debugLog().find("originalOutputUID: nil\n"), std::string::npos);
+    EXPECT_NE(debugLog().find("No suitable hardware output device found\n"), std::string::npos);
+    EXPECT_EQ(delegate->presetManager().activePresetID.get(),
+              delegate->presetManager().presets.get().front().id);
+}
+
+TEST_F(StartAndQuit, WithoutADriverItSaysSoAndStaysUp) {
+    launch();
+    EXPECT_EQ(output(),
+              (std::vector<std::string>{"Halvo: Saved real device volume 1.0, set to max",
+                                        "Halvo: Could not connect to driver shared memory",
+                                        "Halvo: Can't find virtual device for volume monitoring"}));
+    EXPECT_NE(debugLog().find("ringBuffer connected: false\n"), std::string::npos);
+}
+
+TEST_F(StartAndQuit, ARefusedDriverEndsTheProgramAfterTheSequence) {
+    fake.driverInstallation.installed.reset();
+    launch();
+    EXPECT_EQ(fake.application.terminations, 1);
+    EXPECT_EQ(fake.alert.shown.at(0).buttons.back(), "Quit");
+    EXPECT_NE(debugLog().find("Halvo: Driver installation failed or cancelled, quitting\n"),
+              std::string::npos);
+    EXPECT_TRUE(debugLog().ends_with("Halvo: Launch done\n"));
+    delegate->applicationWillTerminate();
+    EXPECT_EQ(defaultUID(), "acc.a");
+}
+
+TEST_F(StartAndQuit, QuitGivesBackInOrderAfterTheListenersAreSilent) {
+    fake.audioHardware.changeVolume(a, 0.4F);
+    launchWithDriver();
+    fake.log.clear();
+    delegate->applicationWillTerminate();
+    EXPECT_EQ(fake.log.calls(),
+              (std::vector<std::string>{"silenceListeners", "setVolume acc.a 0 0.4",
+                                        "setVolume acc.a 1 0.4", "setVolume acc.a 2 0.4",
+                                        "setDefaultOutput acc.a", "setDefaultSystemOutput acc.a",
+                                        "unit stop", "unit dispose"}));
+    EXPECT_FALSE(hasAnyKey());
+    settle();
+    EXPECT_EQ(defaultUID(), "acc.a") << "nothing takes the default again";
+    EXPECT_FALSE(hasAnyKey());
+}
+
+TEST_F(StartAndQuit, DirtySessions) {
+    struct Row {
+        const char* name;
+        std::optional<std::string> uid;
+        std::optional<float> volume;
+        std::optional<float> expectedVolume; ///< of acc.b after the repair; absent = untouched
+        const char* expectedLog;
+    };
+    const Row rows[] = {
+        {"whole", "acc.b", 0.125F, 0.125F,
+         "Halvo: Dirty session detected — restoring acc.b to volume 0.125\n"},
+        {"full volume", "acc.b", 1.0F, 1.0F,
+         "Halvo: Dirty session detected — restoring acc.b to volume 1.0\n"},
+        {"no volume", "acc.b", std::nullopt, 0.0F,
+         "Halvo: Dirty session detected — restoring acc.b to volume 0.0\n"},
+        {"device gone", "acc.gone", 0.5F, std::nullopt,
+         "Halvo: Dirty session detected — restoring acc.gone to volume 0.5\n"},
+        {"no device", std::nullopt, 0.5F, std::nullopt, ""},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        fake.fileSystem.files.clear();
+        fake.userDefaults.values.clear();
+        fake.audioHardware.changeDefault(a);
+        for (auto& element : fake.audioHardware.device(b).volumes)
+            element = 0.9F;
+        saveDirty(row.uid, row.volume);
+        fake.log.clear();
+        launch(); // without driver: the repair stays visible
+        EXPECT_TRUE(debugLog().starts_with(std::string("Halvo: Launch start\n") + row.expectedLog));
+        const bool repaired = row.expectedVolume.has_value();
+        EXPECT_EQ(std::ranges::count(fake.log.calls(), "setDefaultOutput acc.b"), repaired ? 1 : 0);
+        if (repaired) {
+            // The repaired device is the default by now, so it is the one that is taken over.
+            EXPECT_EQ(delegate->originalOutputUID(), "acc.b");
+            EXPECT_EQ(delegate->originalRealVolume(), row.expectedVolume);
+        } else {
+            EXPECT_EQ(volume(b), 0.9F);
+        }
+    }
+}
+
+TEST_F(StartAndQuit, ADirtyFlagWithoutADeviceKeepsItsKeys) {
+    plugDriver();
+    fake.audioHardware.remove(a);
+    fake.audioHardware.remove(b);
+    saveDirty(std::nullopt, 0.5F);
+    launch();
+    EXPECT_TRUE(fake.userDefaults.boolForKey(SavedSession::kSavedDirtyFlag));
+    EXPECT_EQ(fake.userDefaults.floatForKey(SavedSession::kSavedRealVolume), 0.5F);
+}
+
+TEST_F(StartAndQuit, CrashedWithTheVirtualDeviceAsDefaultTheSavedDeviceIsTakenOver) {
+    plugDriver();
+    saveDirty("acc.b", 0.3F);
+    fake.audioHardware.changeDefault(virtualDevice);
+    launch();
+    EXPECT_NE(debugLog().find("Will output to real device: acc.b\n"), std::string::npos);
+    EXPECT_EQ(fake.userDefaults.floatForKey(SavedSession::kSavedRealVolume), 0.3F);
+}
+
+TEST_F(StartAndQuit, TerminationUsesTheSavedRecordAloneAndKeepsIt) {
+    fake.audioHardware.changeVolume(a, 0.4F);
+    launchWithDriver();
+    fake.log.clear();
+    fake.terminationSignal.handler(fake.audioHardware, fake.userDefaults);
+    EXPECT_EQ(fake.log.calls(),
+              (std::vector<std::string>{"setVolume acc.a 0 0.4", "setVolume acc.a 1 0.4",
+                                        "setVolume acc.a 2 0.4", "setDefaultOutput acc.a",
+                                        "setDefaultSystemOutput acc.a"}));
+    EXPECT_TRUE(hasAnyKey());
+    fake.log.clear();
+    fake.userDefaults.setBool(SavedSession::kSavedDirtyFlag, false);
+    fake.terminationSignal.handler(fake.audioHardware, fake.userDefaults);
+    EXPECT_TRUE(fake.log.calls().empty()) << "a clean session is left alone";
+}
+
+TEST_F(StartAndQuit, PresetsReachTheEngineInTheSameEdit) {
+    launchWithDriver();
+    auto& presets = delegate->presetManager();
+    auto& engine = delegate->audioEngine();
+    EXPECT_EQ(engine.currentPreset()->name, "R&B");
+    presets.setBandGain(5, 12.0F);
+    EXPECT_EQ(engine.eq().coefficients()[5], BiquadCoefficients::peaking(12, 1000, 48000));
+    EXPECT_EQ(engine.currentPreset()->bands[5], 12.0F);
+    presets.preamp.set(-6);
+    EXPECT_EQ(presets.presets.get()[0].preamp, -6);
+    EXPECT_EQ(engine.currentPreset()->preamp, -6);
+    presets.eqEnabled.set(false);
+    EXPECT_FALSE(engine.eqEnabled());
+}
+
+TEST_F(StartAndQuit, ActivationDoesNotOverwriteTheOldPresetsPreamp) {
+    launchWithDriver();
+    auto& presets = delegate->presetManager();
+    presets.preamp.set(-6);
+    presets.activate(presets.presets.get()[5]);
+    EXPECT_EQ(presets.presets.get()[0].preamp, -6);
+    EXPECT_EQ(presets.preamp.get(), 0);
+    EXPECT_EQ(delegate->audioEngine().currentPreset()->name, "Flat");
+}
+
+TEST_F(StartAndQuit, WithAnEmptyListTheEngineKeepsWhatItHad) {
+    launchWithDriver();
+    auto& presets = delegate->presetManager();
+    const auto before = delegate->audioEngine().eq().coefficients();
+    presets.presets.set({});
+    presets.activePresetID.set(std::nullopt);
+    presets.activePresetID.set(UUID::random());
+    presets.preamp.set(-3);
+    EXPECT_EQ(delegate->audioEngine().currentPreset()->name, "R&B");
+    EXPECT_EQ(delegate->audioEngine().eq().coefficients(), before);
+}
+
+TEST_F(StartAndQuit, TheFirstPresetsPreampSurvivesTheStart) {
+    auto first = std::string(R"([{"id":"6F9619FF-8B86-D011-B42D-00C04FC964FF","name":"Mine",)") +
+                 R"("preamp":-6,"bands":[0,0,0,0,0,0,0,0,0,0],"isFactory":false}])";
+    fake.fileSystem.files["/support/Halvo/presets.json"] = first;
+    launchWithDriver();
+    EXPECT_EQ(delegate->presetManager().preamp.get(), -6);
+    EXPECT_EQ(delegate->presetManager().presets.get()[0].preamp, -6);
+    EXPECT_EQ(delegate->audioEngine().currentPreset()->preamp, -6);
+}
+
+} // namespace halvo

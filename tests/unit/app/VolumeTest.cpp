@@ -1,0 +1,83 @@
+#include "unit/app/AppDelegateFixture.h"
+
+namespace halvo {
+
+using Volume = AppDelegateTest;
+
+TEST_F(Volume, RaisingRecordsFirstAndIgnoresMissingElements) {
+    auto& device = fake.audioHardware.device(a);
+    device.volumes = {std::nullopt, 0.3F, 0.5F};
+    device.mute = true;
+    plugDriver();
+    launch();
+    EXPECT_EQ(delegate->originalRealVolume(), 0.3F) << "element 1 where there is no element 0";
+    EXPECT_EQ(fake.userDefaults.floatForKey(SavedSession::kSavedRealVolume), 0.3F);
+    EXPECT_EQ(device.volumes[1], 1.0F);
+    EXPECT_EQ(device.volumes[2], 1.0F);
+    EXPECT_EQ(device.mute, false);
+    const auto& calls = fake.log.calls();
+    const auto at = std::ranges::find(calls, "setVolume acc.a 0 1.0");
+    ASSERT_NE(at, calls.end());
+    EXPECT_EQ(*(at + 1), "setVolume acc.a 1 1.0");
+    EXPECT_EQ(*(at + 2), "setVolume acc.a 2 1.0");
+    EXPECT_EQ(*(at + 3), "setMute acc.a off");
+}
+
+TEST_F(Volume, AnUnreadableVolumeCountsAsOneButIsNotRemembered) {
+    launchWithDriver();
+    EXPECT_EQ(delegate->originalRealVolume(), 1.0F);
+    fake.audioHardware.device(b).volumes = {};
+    fake.audioHardware.device(a).volumes = {0.7F, 0.7F, 0.7F};
+    output().clear();
+    delegate->deviceManager().selectedDeviceID.set("acc.b");
+    EXPECT_EQ(delegate->originalRealVolume(), 1.0F);
+    EXPECT_EQ(fake.userDefaults.floatForKey(SavedSession::kSavedRealVolume), 1.0F);
+    EXPECT_EQ(fake.userDefaults.stringForKey(SavedSession::kSavedRealDeviceUID), "acc.b");
+    EXPECT_EQ(output(),
+              std::vector<std::string>{"Halvo: Saved real device volume 1.0, set to max"});
+    // A device that nobody knows leaves no trace at all.
+    delegate->deviceManager().selectedDeviceID.set("acc.unknown");
+    EXPECT_EQ(fake.userDefaults.stringForKey(SavedSession::kSavedRealDeviceUID), "acc.b");
+    EXPECT_EQ(output().size(), 1U);
+}
+
+TEST_F(Volume, TheVirtualDevicesVolumeAndMuteSteerTheGain) {
+    launchWithDriver();
+    auto& engine = delegate->audioEngine();
+    fake.audioHardware.changeVolume(virtualDevice, 0.25F);
+    fake.mainQueue.runTurn();
+    EXPECT_EQ(engine.outputVolume(), 1.0F) << "delivered, not yet handled";
+    fake.mainQueue.runTurn();
+    EXPECT_EQ(engine.outputVolume(), 0.25F);
+    EXPECT_EQ(delegate->presetManager().outputVolume.get(), 0.25F);
+    EXPECT_EQ(fake.userDefaults.floatForKey("halvo_outputVolume"), 0.25F);
+    fake.audioHardware.changeMute(virtualDevice, true);
+    fake.mainQueue.flush();
+    EXPECT_EQ(engine.outputVolume(), 0.0F);
+    EXPECT_EQ(volume(a), 1.0F) << "the real device stays where it is";
+    fake.audioHardware.changeMute(virtualDevice, false);
+    fake.mainQueue.flush();
+    EXPECT_EQ(engine.outputVolume(), 0.25F);
+    fake.audioHardware.device(virtualDevice).volumes = {};
+    fake.audioHardware.changeMute(virtualDevice, true);
+    fake.mainQueue.flush();
+    EXPECT_EQ(engine.outputVolume(), 0.25F) << "nothing readable changes nothing";
+}
+
+TEST_F(Volume, ListensToTheFirstChannelWhereThereIsNoMainVolume) {
+    fake.audioHardware.mainVolumeListenerFails = true;
+    launchWithDriver();
+    const auto& calls = fake.log.calls();
+    EXPECT_EQ(std::ranges::count(calls, "listenToVolume HalvoVirtualOutput_UID 1"), 1);
+    fake.audioHardware.changeVolume(virtualDevice, 0.5F);
+    fake.mainQueue.flush();
+    EXPECT_EQ(delegate->audioEngine().outputVolume(), 0.5F);
+}
+
+TEST_F(Volume, ASavedVolumeOfZeroIsHonoured) {
+    fake.userDefaults.setFloat("halvo_outputVolume", 0.0F);
+    launch();
+    EXPECT_EQ(delegate->audioEngine().outputVolume(), 0.0F);
+}
+
+} // namespace halvo
