@@ -68,6 +68,7 @@ PipeWireAudioHardware::PipeWireAudioHardware(PipeWireConnection& connection, Mai
     : connection_(connection), listeners_(mainQueue) {
     const Lock lock(connection_);
     connection_.add(*this);
+    if (connection_.isReady()) serverCame();
 }
 
 PipeWireAudioHardware::~PipeWireAudioHardware() {

@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <cerrno>
 #include <ctime>
+#include <utility>
+#include <vector>
 
 namespace halvo {
 
@@ -34,6 +36,7 @@ struct CoreDeleter {
 } // namespace
 
 struct PipeWireConnection::Implementation final : PipeWireObserver {
+    std::string server;
     std::unique_ptr<pw_thread_loop, LoopDeleter> threadLoop;
     std::unique_ptr<pw_context, ContextDeleter> context;
     std::unique_ptr<pw_core, CoreDeleter> core;
@@ -110,7 +113,9 @@ void PipeWireConnection::Implementation::arm(milliseconds delay) const {
 }
 
 void PipeWireConnection::Implementation::connect() {
-    core.reset(pw_context_connect(context.get(), nullptr, 0));
+    auto* properties =
+        server.empty() ? nullptr : pw_properties_new(PW_KEY_REMOTE_NAME, server.c_str(), nullptr);
+    core.reset(pw_context_connect(context.get(), properties, 0));
     if (!core) {
         arm(retryDelay);
         retryDelay = std::min(retryDelay * 2, kLastRetry);
@@ -241,8 +246,9 @@ void PipeWireConnection::Implementation::streamsChanged() {
 PipeWireConnection::PipeWireConnection(std::unique_ptr<Implementation> implementation)
     : implementation_(std::move(implementation)) {}
 
-std::unique_ptr<PipeWireConnection> PipeWireConnection::create() {
+std::unique_ptr<PipeWireConnection> PipeWireConnection::create(const std::string& server) {
     auto implementation = std::make_unique<Implementation>();
+    implementation->server = server;
     const bool started = implementation->start();
     std::unique_ptr<PipeWireConnection> connection(
         new PipeWireConnection(std::move(implementation)));

@@ -5,7 +5,7 @@
 #include <chrono>
 #include <functional>
 #include <memory>
-#include <vector>
+#include <string>
 
 struct pw_core;
 struct pw_data_loop;
@@ -21,8 +21,9 @@ class PipeWireGraph;
 class PipeWireConnection {
   public:
     /// Starts the thread and makes the first attempt; a server that is not there is no failure.
-    /// Null when libpipewire itself cannot start. Any thread.
-    static std::unique_ptr<PipeWireConnection> create();
+    /// Null when libpipewire itself cannot start. `server` is a socket, empty: the user's session.
+    /// Any thread.
+    static std::unique_ptr<PipeWireConnection> create(const std::string& server = {});
     /// Observers must be gone. Not on the connection's own thread.
     ~PipeWireConnection();
     PipeWireConnection(const PipeWireConnection&) = delete;

@@ -19,6 +19,7 @@ class PipeWireListeners {
     enum class Topic { deviceList, defaultOutput, volume, mute, streams };
 
     explicit PipeWireListeners(MainQueue& mainQueue);
+    ~PipeWireListeners() { gate_->silenced = true; }
 
     /// `device` narrows `volume` and `mute`; 0 for the others. Any thread.
     void add(Topic topic, AudioDeviceID device, AudioHardware::Listener listener);

@@ -42,13 +42,24 @@ void setPositions(spa_audio_info_raw& info) {
 
 pw_properties* streamProperties(const std::string& sinkName) {
     // One group with the virtual device: one clock, no resampling. One link group: the session
-    // manager never links the stream to the virtual device itself.
-    return pw_properties_new(PW_KEY_NODE_NAME, "halvo", PW_KEY_NODE_DESCRIPTION, "Halvo",
-                             PW_KEY_APP_NAME, "Halvo", PW_KEY_MEDIA_TYPE, "Audio",
-                             PW_KEY_MEDIA_CATEGORY, "Playback", PW_KEY_MEDIA_CLASS,
-                             "Stream/Output/Audio/Internal", PW_KEY_TARGET_OBJECT, sinkName.c_str(),
-                             PW_KEY_NODE_DONT_RECONNECT, "true", PW_KEY_NODE_GROUP, "halvo",
-                             PW_KEY_NODE_LINK_GROUP, "halvo", nullptr);
+    // manager never links the stream to the virtual device itself, nor restores what it remembers.
+    constexpr const char* kGroup = "halvo";
+    const spa_dict_item items[] = {
+        {PW_KEY_NODE_NAME, "halvo"},
+        {PW_KEY_NODE_DESCRIPTION, "Halvo"},
+        {PW_KEY_APP_NAME, "Halvo"},
+        {PW_KEY_MEDIA_TYPE, "Audio"},
+        {PW_KEY_MEDIA_CATEGORY, "Playback"},
+        {PW_KEY_MEDIA_CLASS, "Stream/Output/Audio/Internal"},
+        {PW_KEY_TARGET_OBJECT, sinkName.c_str()},
+        {PW_KEY_NODE_DONT_RECONNECT, "true"},
+        {PW_KEY_NODE_GROUP, kGroup},
+        {PW_KEY_NODE_LINK_GROUP, kGroup},
+        {"state.restore-props", "false"},
+        {"state.restore-target", "false"},
+    };
+    const spa_dict dict = SPA_DICT_INIT_ARRAY(items);
+    return pw_properties_new_dict(&dict);
 }
 
 } // namespace

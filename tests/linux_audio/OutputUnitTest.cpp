@@ -1,0 +1,190 @@
+#include "linux_audio/ServerFixture.h"
+#include "linux_audio/TestSignal.h"
+#include "platform/linux/PipeWireOutputUnit.h"
+#include "session/ServerView.h"
+
+#include <thread>
+
+namespace halvo {
+namespace {
+
+class OutputUnitTest : public ServerFixture {
+  protected:
+    void configure(PipeWireOutputUnit& unit, TestSignal& signal, double rate = 48000) {
+        ASSERT_TRUE(unit.setStreamFormat({rate, 2}));
+        ASSERT_TRUE(unit.setRenderCallback(TestSignal::render, &signal));
+        ASSERT_TRUE(unit.initialize());
+    }
+    /// Whether this much more is played, on the server's clock.
+    bool plays(const PipeWireOutputUnit& unit, std::uint64_t frames) {
+        const auto target = unit.framesPlayed() + frames;
+        return waitFor([&] { return unit.framesPlayed() >= target; });
+    }
+    std::unique_ptr<session::Recorder> record(const std::string& uid) {
+        auto recorder =
+            std::make_unique<session::Recorder>(session_->serverSocket(), uid, 48000, 20.0);
+        EXPECT_TRUE(waitFor([&] { return recorder->isRunning(); }));
+        return recorder;
+    }
+
+    OutputGate gate_;
+    TestSignal signal_;
+};
+
+TEST_F(OutputUnitTest, PlaysToItsDeviceBitForBit) {
+    const auto recorderA = record("acc.a");
+    const auto recorderB = record("acc.b");
+    PipeWireOutputUnit unit(*connection_, gate_);
+    configure(unit, signal_);
+    ASSERT_TRUE(unit.setDevice(device("acc.b")));
+    EXPECT_TRUE(unit.start());
+    ASSERT_TRUE(plays(unit, 48000));
+    const auto enough = recorderB->frames() + 4096;
+    ASSERT_TRUE(waitFor([&] { return recorderB->frames() >= enough; }));
+    EXPECT_TRUE(unit.stop());
+
+    const auto recording = recorderB->recording();
+    const auto match = TestSignal::match(recording);
+    EXPECT_EQ(match.wrongFrames, 0U);
+    EXPECT_GT(match.exactFrames, 40000U);
+    // A busy machine may miss a cycle; nothing else may tear the signal.
+    if (recording.lostFrames() == 0 && unit.underruns() == 0) {
+        EXPECT_EQ(match.jumps, 0U);
+    }
+    EXPECT_EQ(recorderA->recording().peak(), 0.0F) << "the default output stays silent";
+    EXPECT_FALSE(hardware_->hasForeignStreams(device("acc.b"))) << "its own is not foreign";
+}
+
+TEST_F(OutputUnitTest, WithoutADevicePlaysToTheDefaultButNeverToHalvosOwn) {
+    ASSERT_TRUE(session_->plug({"HalvoVirtualOutput_UID", "Halvo Virtual Output"}));
+    ASSERT_TRUE(session_->setDefault("HalvoVirtualOutput_UID"));
+    ASSERT_TRUE(waitFor([&] {
+        return hardware_->defaultOutput() == hardware_->deviceForUID("HalvoVirtualOutput_UID");
+    }));
+    PipeWireOutputUnit unit(*connection_, gate_);
+    configure(unit, signal_);
+    EXPECT_FALSE(unit.start());
+    // Another unit's cycles are the clock: it had every chance to play.
+    TestSignal otherSignal;
+    PipeWireOutputUnit other(*connection_, gate_);
+    configure(other, otherSignal);
+    ASSERT_TRUE(other.setDevice(device("acc.a")));
+    ASSERT_TRUE(other.start());
+    ASSERT_TRUE(plays(other, 20000));
+    EXPECT_EQ(unit.framesPlayed(), 0U);
+    EXPECT_TRUE(other.stop());
+
+    const auto recorder = record("acc.b");
+    ASSERT_TRUE(session_->setDefault("acc.b"));
+    EXPECT_TRUE(plays(unit, 10000)) << "as soon as there is another default";
+    EXPECT_TRUE(waitFor([&] { return recorder->recording().peak() > 0; }));
+}
+
+TEST_F(OutputUnitTest, IsStillOnceStopReturns) {
+    PipeWireOutputUnit unit(*connection_, gate_);
+    configure(unit, signal_);
+    ASSERT_TRUE(unit.setDevice(device("acc.a")));
+    for (int i = 0; i < 5; ++i) {
+        // In the middle of a cycle, where it hurts.
+        signal_.held = true;
+        ASSERT_TRUE(unit.start());
+        ASSERT_TRUE(waitFor([&] { return signal_.inside.load(); }));
+        std::thread release([&] {
+            // Time for `stop` to get wherever it gets; nothing depends on the length.
+            for (int k = 0; k < 2000; ++k)
+                std::this_thread::yield();
+            signal_.held = false;
+        });
+        EXPECT_TRUE(unit.stop());
+        EXPECT_FALSE(signal_.inside);
+        release.join();
+        const auto played = unit.framesPlayed();
+        TestSignal otherSignal;
+        PipeWireOutputUnit other(*connection_, gate_);
+        configure(other, otherSignal);
+        ASSERT_TRUE(other.start());
+        ASSERT_TRUE(plays(other, 4096)) << "cycles in which nothing may happen";
+        EXPECT_EQ(unit.framesPlayed(), played);
+    }
+}
+
+TEST_F(OutputUnitTest, MovesWhenItIsBuiltAnew) {
+    const auto recorder = record("acc.a");
+    for (const char* uid : {"acc.a", "acc.b", "acc.a"}) {
+        auto unit = PipeWireOutputUnitFactory(*connection_, gate_).makeOutputUnit();
+        auto& built = dynamic_cast<PipeWireOutputUnit&>(*unit);
+        configure(built, signal_);
+        ASSERT_TRUE(built.setDevice(device(uid)));
+        ASSERT_TRUE(built.start());
+        ASSERT_TRUE(plays(built, 8192)) << uid;
+    }
+    EXPECT_EQ(TestSignal::match(recorder->recording()).wrongFrames, 0U);
+}
+
+TEST_F(OutputUnitTest, ComesBackWithItsDevice) {
+    ASSERT_TRUE(session_->plug({"usb", "USB"}));
+    ASSERT_TRUE(waitFor([&] { return hardware_->deviceForUID("usb").has_value(); }));
+    PipeWireOutputUnit unit(*connection_, gate_);
+    configure(unit, signal_);
+    ASSERT_TRUE(unit.setDevice(device("usb")));
+    ASSERT_TRUE(unit.start());
+    ASSERT_TRUE(plays(unit, 8192));
+    for (int i = 0; i < 3; ++i) {
+        const auto recorderA = record("acc.a");
+        ASSERT_TRUE(session_->unplug("usb"));
+        ASSERT_TRUE(waitFor([&] { return !hardware_->deviceForUID("usb"); }));
+        ASSERT_TRUE(session_->plug({"usb", "USB"}));
+        EXPECT_TRUE(plays(unit, 8192)) << i;
+        EXPECT_EQ(recorderA->recording().peak(), 0.0F) << "nothing moved to another device";
+    }
+}
+
+TEST_F(OutputUnitTest, StaysAtUnityWhateverOthersSet) {
+    const auto view = session::ServerView::connect(session_->serverSocket());
+    ASSERT_TRUE(view);
+    PipeWireOutputUnit unit(*connection_, gate_);
+    configure(unit, signal_);
+    ASSERT_TRUE(unit.setDevice(device("acc.b")));
+    ASSERT_TRUE(unit.start());
+    ASSERT_TRUE(plays(unit, 4096));
+    ASSERT_TRUE(waitFor([&] { return view->node("halvo").has_value(); }));
+    ASSERT_TRUE(view->setVolume("halvo", {0.25F, 0.25F}));
+    ASSERT_TRUE(view->setMuted("halvo", true));
+    // Requests arrive in order: when this one shows, the others were dealt with.
+    ASSERT_TRUE(view->setMuted("acc.a", true));
+    ASSERT_TRUE(waitFor([&] { return view->node("acc.a")->muted; }));
+    EXPECT_TRUE(waitFor([&] {
+        const auto node = view->node("halvo");
+        return node && !node->muted && node->volumes == std::vector<float>{1, 1};
+    }));
+    const auto recorder = record("acc.b");
+    ASSERT_TRUE(waitFor([&] { return recorder->frames() >= 8192; }));
+    EXPECT_EQ(TestSignal::match(recorder->recording()).wrongFrames, 0U);
+}
+
+TEST_F(OutputUnitTest, IsResampledToAnotherRate) {
+    const auto recorder = record("acc.b");
+    PipeWireOutputUnit unit(*connection_, gate_);
+    configure(unit, signal_, 44100);
+    ASSERT_TRUE(unit.setDevice(device("acc.b")));
+    const auto first = recorder->frames();
+    ASSERT_TRUE(unit.start());
+    ASSERT_TRUE(plays(unit, 44100));
+    const auto frames = static_cast<double>(recorder->frames() - first);
+    EXPECT_NEAR(static_cast<double>(unit.framesPlayed()) / frames, 44100.0 / 48000, 0.1);
+}
+
+TEST_F(OutputUnitTest, RefusesWhatItCannotPlay) {
+    PipeWireOutputUnit unit(*connection_, gate_);
+    EXPECT_FALSE(unit.initialize());
+    EXPECT_FALSE(unit.start());
+    for (const StreamFormat& format :
+         {StreamFormat{48000, 0}, {48000, 65}, {0, 2}, {-1, 2}, {1e300, 2}}) {
+        EXPECT_FALSE(unit.setStreamFormat(format)) << format.sampleRate << " " << format.channels;
+    }
+    EXPECT_FALSE(unit.setDevice(device("acc.a") + 1000));
+    EXPECT_FALSE(unit.setRenderCallback(nullptr, nullptr));
+}
+
+} // namespace
+} // namespace halvo
