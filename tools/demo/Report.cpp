@@ -98,8 +98,8 @@ std::string Report::json() const {
 }
 
 std::string Report::table() const {
-    const char* heading = "    band gain expected  measured";
-    std::string result = text("%s        %s\n", heading, heading);
+    const char* heading = "    Band Gain Expected    Heard";
+    std::string result = text("%s        %s    [dB]\n", heading, heading);
     // Sorted by band and gain: -12 dB stands on the left, +12 dB on the right.
     for (std::size_t row = 0; row + 1 < bands.size(); row += 2)
         result += bandCell(bands[row]) + "      " + bandCell(bands[row + 1]) + "\n";
