@@ -1,16 +1,18 @@
 #include "platform/linux/ApplicationService.h"
 
 #include "platform/Application.h"
+#include "platform/linux/XdgDirectories.h"
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
-#include <QFileInfo>
 
 #include <cerrno>
 #include <fcntl.h>
+#include <filesystem>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <system_error>
 #include <utility>
 
 namespace halvo {
@@ -25,8 +27,8 @@ constexpr int kActivationTimeout = 2000; // milliseconds
 /// Without this look, the bus library would start a bus of its own where none is running.
 bool hasSessionBus() {
     if (qEnvironmentVariableIsSet("DBUS_SESSION_BUS_ADDRESS")) return true;
-    const auto directory = qEnvironmentVariable("XDG_RUNTIME_DIR");
-    return !directory.isEmpty() && QFileInfo::exists(directory + QStringLiteral("/bus"));
+    std::error_code error;
+    return std::filesystem::exists(runtimeDirectory() / "bus", error);
 }
 
 void activateOther(const QDBusConnection& bus) {
@@ -56,9 +58,9 @@ ApplicationService::Claim ApplicationService::claim() {
 }
 
 ApplicationService::Claim ApplicationService::claimLock() {
-    const auto directory = qgetenv("XDG_RUNTIME_DIR");
-    if (directory.isEmpty()) return Claim::first;
-    FileDescriptor lock(::open((directory + "/halvo.lock").constData(),
+    const auto directory = runtimeDirectory();
+    if (directory.empty()) return Claim::first;
+    FileDescriptor lock(::open((directory / "halvo.lock").c_str(),
                                O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC,
                                S_IRUSR | S_IWUSR));
     if (lock && ::flock(lock.get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {

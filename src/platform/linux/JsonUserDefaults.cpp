@@ -3,9 +3,9 @@
 #include "base/NumberText.h"
 #include "platform/SystemLog.h"
 #include "platform/linux/AtomicFile.h"
+#include "platform/linux/XdgDirectories.h"
 
 #include <QByteArray>
-#include <QStandardPaths>
 
 #include <array>
 #include <cmath>
@@ -89,8 +89,7 @@ std::optional<std::string> decodeBase64(const std::string& text) {
 } // namespace
 
 fs::path JsonUserDefaults::standardPath() {
-    const auto folder = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation);
-    return fs::path(folder.toStdString()) / "halvo" / "defaults.json";
+    return configDirectory() / "halvo" / "defaults.json";
 }
 
 JsonUserDefaults::JsonUserDefaults(fs::path path, Access access)

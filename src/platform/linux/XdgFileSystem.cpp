@@ -2,10 +2,9 @@
 
 #include "platform/linux/AtomicFile.h"
 #include "platform/linux/FileDescriptor.h"
+#include "platform/linux/XdgDirectories.h"
 
-#include <QDir>
-#include <QStandardPaths>
-
+#include <cstdlib>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <system_error>
@@ -30,13 +29,12 @@ bool isOwnPlainFile(int descriptor) {
 } // namespace
 
 std::optional<fs::path> XdgFileSystem::applicationSupportDirectory() {
-    const auto path = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
-    if (path.isEmpty()) return std::nullopt;
-    return fs::path(path.toStdString());
+    return dataDirectory();
 }
 
 fs::path XdgFileSystem::temporaryDirectory() {
-    return QDir::tempPath().toStdString();
+    const char* named = std::getenv("TMPDIR");
+    return named != nullptr && *named != '\0' ? named : "/tmp";
 }
 
 bool XdgFileSystem::exists(const fs::path& path) {

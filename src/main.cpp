@@ -1,0 +1,58 @@
+#include "app/AppDelegate.h"
+#include "platform/MainQueue.h"
+#include "platform/PlatformFactory.h"
+
+#include <QCoreApplication>
+
+#include <clocale>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <optional>
+
+namespace {
+
+constexpr const char* kHelp =
+    "Usage: halvo [OPTION]\n"
+    "Runs the system-wide equalizer until it is quit. One that runs already is shown instead.\n"
+    "\n"
+    "  --help     show this text and exit\n"
+    "  --version  show the version and exit\n";
+
+/// Answers the options that only print something; nothing when the program is to run.
+std::optional<int> answerOption(int argc, char** argv) {
+    for (int i = 1; i < argc; ++i) {
+        if (std::strcmp(argv[i], "--help") == 0) return std::printf("%s", kHelp) < 0;
+        if (std::strcmp(argv[i], "--version") == 0) return std::puts("Halvo " HALVO_VERSION) < 0;
+    }
+    return std::nullopt;
+}
+
+int explain(halvo::PlatformRefusal refusal) {
+    if (refusal == halvo::PlatformRefusal::alreadyRunning) {
+        (void)std::puts("Halvo is already running.");
+        return EXIT_SUCCESS;
+    }
+    (void)std::fputs("Halvo cannot use the sound system's library.\n", stderr);
+    return EXIT_FAILURE;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    if (const auto status = answerOption(argc, argv)) return *status;
+    halvo::preparePlatform();
+    QCoreApplication application(argc, argv);
+    // The toolkit has just taken the user's locale; numbers in files and logs must not follow it.
+    (void)std::setlocale(LC_NUMERIC, "C");
+
+    const auto host = halvo::makePlatform();
+    if (!host) return explain(host.error());
+    const auto platform = (*host)->platform();
+    const auto delegate = halvo::AppDelegate::create(platform);
+    QObject::connect(&application, &QCoreApplication::aboutToQuit,
+                     [&delegate] { delegate->applicationWillTerminate(); });
+    // Inside the main loop: a request to quit that start-up makes would be lost ahead of it.
+    platform.mainQueue.async([&delegate] { delegate->applicationDidFinishLaunching(); });
+    return (*host)->run();
+}

@@ -1,0 +1,20 @@
+#include "platform/PlatformFactory.h"
+
+#if defined(__linux__)
+#include "platform/linux/LinuxPlatform.h"
+using SystemPlatform = halvo::LinuxPlatform;
+#else
+#error "There is no back end for this system."
+#endif
+
+namespace halvo {
+
+void preparePlatform() {
+    SystemPlatform::prepareProcess();
+}
+
+std::expected<std::unique_ptr<PlatformHost>, PlatformRefusal> makePlatform() {
+    return SystemPlatform::create();
+}
+
+} // namespace halvo

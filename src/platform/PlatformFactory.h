@@ -1,0 +1,31 @@
+#pragma once
+
+#include "platform/Platform.h"
+
+#include <expected>
+#include <memory>
+
+namespace halvo {
+
+/// The machine that the program runs on: owns every service of the bundle and the main loop.
+/// Main thread only.
+class PlatformHost {
+  public:
+    virtual ~PlatformHost() = default;
+    virtual Platform platform() = 0;
+    /// Runs the main loop until somebody asks the program to end; returns the exit status.
+    virtual int run() = 0;
+};
+
+enum class PlatformRefusal {
+    alreadyRunning, ///< another instance runs and was asked to show itself
+    noSoundSystem,  ///< the sound system's own library cannot be used
+};
+
+/// Settles what must be settled before the process has a second thread. The first call in `main`.
+void preparePlatform();
+
+/// The services of the system that this is built for. Needs the application object.
+std::expected<std::unique_ptr<PlatformHost>, PlatformRefusal> makePlatform();
+
+} // namespace halvo

@@ -1,0 +1,77 @@
+#include "platform/linux/LinuxPlatform.h"
+
+#include <QCoreApplication>
+
+#include <chrono>
+#include <utility>
+
+namespace halvo {
+
+namespace {
+
+using std::chrono::milliseconds;
+
+/// A server that is there has told its devices by then; one that comes later is noticed later.
+constexpr milliseconds kLongestStart{2000};
+/// The connection for SIGTERM was made long ago; this only covers a signal right at the start.
+constexpr milliseconds kLongestSignalWait{100};
+
+/// What LoudnessGuard changed and has to give back; beside the user defaults.
+std::filesystem::path raisedDevicesPath() {
+    return JsonUserDefaults::standardPath().replace_filename("raised-devices.json");
+}
+
+} // namespace
+
+void LinuxPlatform::prepareProcess() {
+    LinuxTerminationSignal::blockBeforeThreads();
+}
+
+std::expected<std::unique_ptr<PlatformHost>, PlatformRefusal> LinuxPlatform::create() {
+    auto desktop = std::make_unique<Desktop>();
+    if (desktop->service.claim() == ApplicationService::Claim::alreadyRunning) {
+        return std::unexpected(PlatformRefusal::alreadyRunning);
+    }
+    auto connection = PipeWireConnection::create();
+    auto signalConnection = PipeWireConnection::create();
+    if (!connection || !signalConnection) return std::unexpected(PlatformRefusal::noSoundSystem);
+    (void)connection->waitUntilReady(
+        kLongestStart); // without a server the interface still comes up
+    return std::unique_ptr<PlatformHost>(
+        new LinuxPlatform(std::move(desktop), std::move(connection), std::move(signalConnection)));
+}
+
+LinuxPlatform::LinuxPlatform(std::unique_ptr<Desktop> desktop, Connection connection,
+                             Connection signalConnection)
+    : desktop_(std::move(desktop)), userDefaults_(JsonUserDefaults::standardPath(), systemLog_),
+      driverInstallation_(QCoreApplication::applicationDirPath().toStdString()),
+      connection_(std::move(connection)), server_(*connection_, mainQueue_),
+      audioHardware_(server_, gate_, mainQueue_, systemLog_, raisedDevicesPath()),
+      outputUnits_(*connection_, gate_), signalConnection_(std::move(signalConnection)),
+      signalServer_(*signalConnection_, mainQueue_),
+      terminationSignal_(
+          audioHardware_,
+          [this] {
+              (void)signalConnection_->waitUntilReady(kLongestSignalWait);
+              return LoudnessGuard::forGiveBack(signalServer_, raisedDevicesPath());
+          },
+          JsonUserDefaults::standardPath()) {}
+
+LinuxPlatform::~LinuxPlatform() = default;
+
+Platform LinuxPlatform::platform() {
+    return {.audioHardware = audioHardware_,
+            .outputUnits = outputUnits_,
+            .sharedMemory = sharedMemory_,
+            .mainQueue = mainQueue_,
+            .userDefaults = userDefaults_,
+            .fileSystem = fileSystem_,
+            .systemLog = systemLog_,
+            .standardOutput = standardOutput_,
+            .alert = alert_,
+            .driverInstallation = driverInstallation_,
+            .terminationSignal = terminationSignal_,
+            .application = desktop_->application};
+}
+
+} // namespace halvo

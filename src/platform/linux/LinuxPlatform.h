@@ -1,0 +1,79 @@
+#pragma once
+
+#include "platform/PlatformFactory.h"
+#include "platform/linux/ApplicationService.h"
+#include "platform/linux/JsonUserDefaults.h"
+#include "platform/linux/LinuxDriverInstallation.h"
+#include "platform/linux/LinuxSharedMemory.h"
+#include "platform/linux/LinuxTerminationSignal.h"
+#include "platform/linux/LoudnessGuard.h"
+#include "platform/linux/OutputGate.h"
+#include "platform/linux/PipeWireAudioHardware.h"
+#include "platform/linux/PipeWireConnection.h"
+#include "platform/linux/PipeWireOutputUnit.h"
+#include "platform/linux/SyslogSystemLog.h"
+#include "platform/linux/XdgFileSystem.h"
+#include "platform/posix/ProcessStandardOutput.h"
+#include "platform/qt/ConsoleAlert.h"
+#include "platform/qt/QtApplication.h"
+#include "platform/qt/QtMainQueue.h"
+
+#include <expected>
+#include <filesystem>
+#include <memory>
+
+namespace halvo {
+
+/// A Linux desktop with PipeWire. Main thread only.
+class LinuxPlatform final : public PlatformHost {
+  public:
+    /// Blocks SIGTERM; before any thread starts.
+    static void prepareProcess();
+
+    static std::expected<std::unique_ptr<PlatformHost>, PlatformRefusal> create();
+    /// From here on SIGTERM ends the process at once again.
+    ~LinuxPlatform() override;
+
+    Platform platform() override;
+    int run() override { return desktop_->application.run(); }
+
+  private:
+    using Connection = std::unique_ptr<PipeWireConnection>;
+
+    struct SignalRelease {
+        ~SignalRelease() { LinuxTerminationSignal::unblock(); }
+    };
+
+    /// What lives before the sound server is asked: a second instance must touch nothing else.
+    struct Desktop {
+        QtApplication application;
+        ApplicationService service{application};
+    };
+
+    LinuxPlatform(std::unique_ptr<Desktop> desktop, Connection connection,
+                  Connection signalConnection);
+
+    SignalRelease signalRelease_; // first: a SIGTERM waits until everything below is gone
+    std::unique_ptr<Desktop> desktop_;
+    QtMainQueue mainQueue_;
+    SyslogSystemLog systemLog_;
+    ProcessStandardOutput standardOutput_;
+    ConsoleAlert alert_;
+    XdgFileSystem fileSystem_;
+    JsonUserDefaults userDefaults_;
+    LinuxDriverInstallation driverInstallation_;
+    LinuxSharedMemory sharedMemory_;
+
+    Connection connection_;
+    PipeWireAudioHardware server_;
+    OutputGate gate_;
+    LoudnessGuard audioHardware_;
+    PipeWireOutputUnitFactory outputUnits_;
+
+    // For the thread that takes SIGTERM, once it does.
+    Connection signalConnection_;
+    PipeWireAudioHardware signalServer_;
+    LinuxTerminationSignal terminationSignal_;
+};
+
+} // namespace halvo

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <filesystem>
+
+namespace halvo {
+
+// The user's base directories. A variable that is unset, empty or relative does not count, as the
+// XDG specification has it. Any thread, while nobody changes the environment.
+
+/// $XDG_CONFIG_HOME, by default ~/.config.
+std::filesystem::path configDirectory();
+/// $XDG_DATA_HOME, by default ~/.local/share.
+std::filesystem::path dataDirectory();
+/// $XDG_RUNTIME_DIR; empty where the session has none.
+std::filesystem::path runtimeDirectory();
+
+} // namespace halvo
