@@ -1,0 +1,108 @@
+#pragma once
+
+#include "platform/MainQueue.h"
+#include "platform/linux/AudioServer.h"
+
+#include <chrono>
+#include <functional>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace halvo::test {
+
+/// A sound server in memory: sinks with levels, streams that follow the default or are pinned to a
+/// sink, and a default that is the requested sink or, without a request, the first of its list.
+/// Listeners run one turn of the queue later, streams follow a new default after `moveDelay`.
+class FakeAudioServer final : public AudioServer {
+  public:
+    struct Sink {
+        std::string uid;
+        std::string name;
+        DeviceLevel level; ///< now
+        DeviceLevel saved; ///< what it comes back with
+    };
+    struct Stream {
+        std::string name;
+        std::optional<std::string> pinned; ///< by UID; absent: follows the default
+        std::string target;                ///< UID of the sink it plays into, empty: none
+    };
+
+    explicit FakeAudioServer(MainQueue& queue) : queue_(queue) {}
+
+    // What the world does.
+    AudioDeviceID plug(const std::string& uid, const std::string& name, DeviceLevel level);
+    void unplug(const std::string& uid);
+    /// Comes back with the level that was saved last.
+    AudioDeviceID plugAgain(const std::string& uid);
+    void choose(const std::string& uid); ///< a person picks the default
+    void changeLevel(const std::string& uid, const DeviceLevel& level);
+    void play(const std::string& stream, std::optional<std::string> pinned = std::nullopt);
+    void stopStream(const std::string& stream);
+    /// The program's connection ends: its listeners and protections go.
+    void disconnect();
+
+    // How it behaves.
+    std::chrono::milliseconds moveDelay{5};
+    std::set<std::string> last;    ///< UIDs that are the default only when nothing else is there
+    std::function<void()> changed; ///< called after everything that may be heard
+
+    const std::vector<Stream>& streams() const { return streams_; }
+    const Sink* sink(const std::string& uid) const;
+    const Sink* sink(AudioDeviceID device) const;
+    std::string defaultUID() const;
+    const std::vector<std::string>& calls() const { return calls_; } ///< writes, in order
+
+    std::optional<std::vector<AudioDeviceID>> deviceIDs() override;
+    bool hasOutputStreams(AudioDeviceID device) override { return sink(device) != nullptr; }
+    std::optional<std::string> name(AudioDeviceID device) override;
+    std::optional<std::string> uid(AudioDeviceID device) override;
+    std::optional<AudioDeviceID> deviceForUID(const std::string& uid) override;
+    std::optional<AudioDeviceID> defaultOutput() override { return deviceForUID(defaultUID()); }
+    bool setDefaultOutput(AudioDeviceID device) override;
+    bool setDefaultSystemOutput(AudioDeviceID device) override { return hasOutputStreams(device); }
+    std::optional<float> volume(AudioDeviceID device, VolumeElement element) override;
+    bool setVolume(AudioDeviceID device, VolumeElement element, float volume) override;
+    std::optional<bool> mute(AudioDeviceID device) override;
+    bool setMute(AudioDeviceID device, bool muted) override;
+    bool listenToDeviceList(Listener listener) override;
+    bool listenToDefaultOutput(Listener listener) override;
+    bool listenToVolume(AudioDeviceID device, VolumeElement element, Listener listener) override;
+    bool listenToMute(AudioDeviceID device, Listener listener) override;
+    void silenceListeners() override { listeners_.clear(); }
+
+    std::optional<DeviceLevel> level(AudioDeviceID device) override;
+    bool setLevel(AudioDeviceID device, const DeviceLevel& level,
+                  LevelPersistence persistence) override;
+    bool hasForeignStreams(AudioDeviceID device) override;
+    bool listenToStreams(Listener listener) override;
+    std::optional<std::string> configuredDefault() override { return configured_; }
+    bool setConfiguredDefault(const std::optional<std::string>& uid) override;
+    void protect(const std::string& uid, const DeviceLevel& level) override;
+    void unprotect(const std::string& uid) override { protected_.erase(uid); }
+
+  private:
+    void configure(std::optional<std::string> uid);
+    void followDefault();
+    void moveStreams();
+    void notify(const std::string& topic);
+    void listen(const std::string& topic, Listener listener);
+    void announce() const {
+        if (changed) changed();
+    }
+
+    MainQueue& queue_;
+    std::map<AudioDeviceID, Sink> sinks_; // in the order of their appearance
+    std::map<std::string, Sink> gone_;
+    std::vector<Stream> streams_;
+    std::optional<std::string> configured_;
+    std::string seenDefault_;
+    std::map<std::string, DeviceLevel> protected_;
+    std::multimap<std::string, Listener> listeners_; ///< by topic
+    std::vector<std::string> calls_;
+    AudioDeviceID nextID_ = 71;
+};
+
+} // namespace halvo::test

@@ -1,0 +1,285 @@
+#include "unit/linux/LoudnessMachine.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+
+namespace halvo::test {
+
+using namespace std::chrono_literals;
+using testing::Contains;
+using testing::Each;
+using testing::FloatNear;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
+namespace {
+
+constexpr const char* kSpeakers = "acc.speakers";
+constexpr const char* kHeadphones = "acc.headphones";
+
+/// Every channel of the program is heard at `level`, within what rounding does.
+#define EXPECT_HEARD(machine, stream, level)                                                       \
+    EXPECT_THAT((machine).heard(stream), Each(FloatNear(level, 0.001F)))
+
+/// Two outputs, the speakers first, music playing; the application is not yet started.
+class LoudnessGuardTest : public testing::Test {
+  protected:
+    LoudnessMachine machine;
+    FakeAudioServer& server = machine.server;
+
+    void begin(const DeviceLevel& speakers, const DeviceLevel& headphones = stereo(0.2F)) {
+        server.plug(kSpeakers, "Speakers", speakers);
+        server.plug(kHeadphones, "Headphones", headphones);
+        machine.plugDriver();
+        server.play(kMusic);
+        machine.settle();
+    }
+    void pick(const std::string& uid) {
+        machine.delegate->deviceManager().selectedDeviceID.set(uid);
+        machine.settle();
+    }
+    /// The person moves the desktop's slider, which belongs to the virtual device.
+    void turnTo(const DeviceLevel& level) {
+        machine.allow(kMusic, 1);
+        server.changeLevel(kVirtualDeviceUID, level);
+        machine.settle();
+    }
+    float virtualVolume() { return machine.level(kVirtualDeviceUID).channelVolumes.front(); }
+    std::vector<std::string>& log() { return machine.fake.systemLog.lines; }
+};
+
+TEST_F(LoudnessGuardTest, StartAndQuitSoundAsBefore) {
+    begin(stereo(0.5F, 0.25F));
+    machine.launch();
+    EXPECT_EQ(server.defaultUID(), kVirtualDeviceUID);
+    EXPECT_EQ(machine.level(kSpeakers), stereo(1, 0.5F));
+    EXPECT_FLOAT_EQ(virtualVolume(), 0.5F);
+    EXPECT_THAT(machine.heard(kMusic), testing::ElementsAre(0.5F, 0.25F));
+
+    machine.quit();
+    EXPECT_EQ(server.defaultUID(), kSpeakers);
+    EXPECT_EQ(machine.level(kSpeakers), stereo(0.5F, 0.25F));
+    EXPECT_THAT(machine.heard(kMusic), testing::ElementsAre(0.5F, 0.25F));
+    EXPECT_FALSE(std::filesystem::exists(machine.record()));
+}
+
+TEST_F(LoudnessGuardTest, ARaiseIsNotKeptByTheServerButTheOwnLevelIs) {
+    begin(stereo(0.5F));
+    machine.launch();
+    EXPECT_EQ(server.sink(kSpeakers)->saved, stereo(0.5F));
+    server.changeLevel(kSpeakers, stereo(1)); // some server keeps it all the same
+    machine.quit();
+    EXPECT_EQ(server.sink(kSpeakers)->saved, stereo(0.5F));
+}
+
+TEST_F(LoudnessGuardTest, AMutedDeviceStaysSilentUntilThePersonUnmutes) {
+    begin(muted(0.5F));
+    machine.launch();
+    EXPECT_EQ(machine.level(kSpeakers), stereo(1));
+    EXPECT_EQ(machine.level(kVirtualDeviceUID), muted(0.5F));
+    EXPECT_HEARD(machine, kMusic, 0);
+    turnTo(stereo(0.5F));
+    EXPECT_HEARD(machine, kMusic, 0.5F);
+    turnTo(muted(0.5F));
+    machine.quit();
+    EXPECT_EQ(machine.level(kSpeakers), muted(0.5F));
+}
+
+TEST_F(LoudnessGuardTest, ASilentBalanceIsRaisedEvenly) {
+    begin(stereo(0));
+    machine.launch();
+    EXPECT_EQ(machine.level(kSpeakers), stereo(1));
+    EXPECT_HEARD(machine, kMusic, 0);
+    machine.quit();
+    EXPECT_EQ(machine.level(kSpeakers), stereo(0));
+}
+
+TEST_F(LoudnessGuardTest, ADeviceWithAForeignStreamKeepsItsLevel) {
+    begin(stereo(0.5F));
+    server.play("game", kSpeakers);
+    machine.settle();
+    machine.launch();
+    EXPECT_EQ(machine.level(kSpeakers), stereo(0.5F));
+    EXPECT_HEARD(machine, "game", 0.5F);
+    EXPECT_THAT(log(), Contains("Halvo: Other programs play straight into Speakers; its volume "
+                                "stays as it is"));
+    EXPECT_HEARD(machine, kMusic, 0.25F);
+    machine.allow(kMusic, 0.5F); // as before the start
+    machine.quit();
+    EXPECT_THAT(server.calls(), Not(Contains(StartsWith("level acc.speakers"))));
+    EXPECT_HEARD(machine, kMusic, 0.5F);
+}
+
+TEST_F(LoudnessGuardTest, AForeignStreamThatEndsInTimeDelaysTheRaise) {
+    begin(stereo(0.5F));
+    server.moveDelay = 900ms; // this desktop moves its streams slowly
+    machine.launch();
+    EXPECT_EQ(machine.level(kSpeakers), stereo(1));
+    EXPECT_HEARD(machine, kMusic, 0.5F);
+}
+
+TEST_F(LoudnessGuardTest, ADeviceThatWasGivenUpIsRaisedWithoutAJumpWhenAskedAgain) {
+    begin(stereo(0.5F));
+    server.play("game", kSpeakers);
+    machine.settle();
+    machine.launch();
+    turnTo(stereo(1)); // to make up for the device's own level
+    EXPECT_HEARD(machine, kMusic, 0.5F);
+    server.stopStream("game");
+    machine.settle();
+    server.unplug(kVirtualDeviceUID); // the driver starts anew
+    server.plugAgain(kVirtualDeviceUID);
+    machine.settle();
+    EXPECT_EQ(machine.level(kSpeakers), stereo(1));
+    EXPECT_HEARD(machine, kMusic, 0.5F);
+}
+
+TEST_F(LoudnessGuardTest, AStreamPutStraightIntoARaisedDeviceIsAsLoudAsTheSession) {
+    begin(stereo(0.5F, 0.25F));
+    machine.launch();
+    turnTo(stereo(0.1F));
+    server.play("call", kSpeakers);
+    machine.fake.mainQueue.flush();
+    EXPECT_EQ(machine.level(kSpeakers), stereo(0.1F, 0.05F));
+    machine.settle();
+    EXPECT_THAT(log(), Contains(HasSubstr("play straight into Speakers")));
+    machine.allow(kMusic, 0.5F); // as before the start
+    machine.allow("call", 0.5F);
+    machine.quit();
+    EXPECT_EQ(machine.level(kSpeakers), stereo(0.5F, 0.25F));
+}
+
+struct DefaultChange {
+    const char* name;
+    const char* uid;
+    float headphones; ///< their own volume
+    float expected;
+};
+
+class DefaultChangeTest : public LoudnessGuardTest,
+                          public testing::WithParamInterface<DefaultChange> {};
+
+TEST_P(DefaultChangeTest, NeverGetsLouderThanTheDeviceThatWasChosen) {
+    const auto& change = GetParam();
+    begin(stereo(0.5F), stereo(change.headphones));
+    machine.launch();
+    turnTo(stereo(0.1F)); // the session is far below what was found
+    machine.allow(kMusic, std::max(0.1F, change.expected));
+    server.choose(change.uid);
+    machine.settle();
+    EXPECT_EQ(server.defaultUID(), kVirtualDeviceUID);
+    EXPECT_EQ(machine.level(change.uid), stereo(1));
+    EXPECT_HEARD(machine, kMusic, change.expected);
+}
+
+INSTANTIATE_TEST_SUITE_P(Devices, DefaultChangeTest,
+                         testing::Values(DefaultChange{"theOneInUse", kSpeakers, 0.2F, 0.1F},
+                                         DefaultChange{"aQuieterOne", kHeadphones, 0.05F, 0.05F},
+                                         DefaultChange{"aLouderOne", kHeadphones, 0.8F, 0.8F}),
+                         [](const auto& test) { return std::string(test.param.name); });
+
+TEST_F(LoudnessGuardTest, ADefaultChangeToAFormerDeviceUsesItsSessionLevel) {
+    begin(stereo(0.5F), stereo(0.2F));
+    machine.launch();
+    turnTo(stereo(0.3F));
+    pick(kHeadphones);
+    turnTo(stereo(0.9F));
+    server.choose(kSpeakers);
+    machine.pass(server.moveDelay);
+    machine.allow(kMusic, 0.3F);
+    machine.settle();
+    EXPECT_HEARD(machine, kMusic, 0.3F);
+}
+
+TEST_F(LoudnessGuardTest, ADefaultThatTheEngineDoesNotFollowLeavesItsLoudnessAlone) {
+    begin(stereo(0.2F));
+    server.plug("conference", "Microsoft Teams Audio", stereo(1));
+    machine.launch();
+    machine.allow(kMusic, 1); // straight into that device
+    server.choose("conference");
+    machine.pass(400ms);
+    machine.allow(kMusic, 1);
+    machine.pass(3s);
+    EXPECT_EQ(server.defaultUID(), kVirtualDeviceUID);
+    EXPECT_HEARD(machine, kMusic, 0.2F);
+}
+
+TEST_F(LoudnessGuardTest, PickingADeviceIsNeverLouderThanEither) {
+    begin(stereo(0.3F), stereo(0.8F));
+    machine.launch();
+    pick(kHeadphones);
+    EXPECT_EQ(machine.level(kHeadphones), stereo(1));
+    EXPECT_HEARD(machine, kMusic, 0.3F);
+    turnTo(stereo(0.9F));
+    pick(kSpeakers);
+    EXPECT_HEARD(machine, kMusic, 0.3F);
+    turnTo(stereo(0.1F));
+    pick(kHeadphones);
+    EXPECT_HEARD(machine, kMusic, 0.1F);
+    machine.allow(kMusic, 0.3F); // the speakers' own level comes back
+    machine.quit();
+    EXPECT_EQ(machine.level(kSpeakers), stereo(0.3F));
+    EXPECT_EQ(machine.level(kHeadphones), stereo(0.8F));
+}
+
+TEST_F(LoudnessGuardTest, PickingAQuieterDeviceTakesItsLevel) {
+    begin(stereo(0.5F), stereo(0.2F, 0.1F));
+    machine.launch();
+    pick(kHeadphones);
+    EXPECT_THAT(machine.heard(kMusic), testing::ElementsAre(0.2F, 0.1F));
+}
+
+TEST_F(LoudnessGuardTest, ALoudDeviceThatIsPluggedInIsNoLouderThanTheSession) {
+    begin(stereo(0.3F));
+    machine.launch();
+    server.plug("acc.usb", "USB Amplifier", stereo(1));
+    machine.settle();
+    EXPECT_EQ(machine.delegate->deviceManager().selectedDeviceID.get(), "acc.usb");
+    EXPECT_HEARD(machine, kMusic, 0.3F);
+}
+
+TEST_F(LoudnessGuardTest, ADeviceThatVanishedAndReturnsIsStillKnown) {
+    begin(stereo(0.5F, 0.25F));
+    machine.launch();
+    server.unplug(kSpeakers);
+    machine.settle();
+    machine.allow(kMusic, 0.5F);
+    server.plugAgain(kSpeakers);
+    machine.settle();
+    EXPECT_EQ(machine.level(kSpeakers), stereo(1, 0.5F));
+    machine.quit();
+    EXPECT_EQ(machine.level(kSpeakers), stereo(0.5F, 0.25F));
+}
+
+TEST_F(LoudnessGuardTest, AWaitingRaiseGoesByTheLevelOfThatMoment) {
+    server.plug(kSpeakers, "Speakers", stereo(0.5F));
+    server.play(kMusic);
+    machine.launch(); // without the driver the speakers stay the default
+    machine.pass(10s);
+    server.changeLevel(kSpeakers, stereo(0.2F));
+    machine.settle();
+    machine.plugDriver();
+    machine.settle();
+    EXPECT_EQ(machine.level(kSpeakers), stereo(1));
+    EXPECT_HEARD(machine, kMusic, 0.2F);
+    machine.quit();
+    EXPECT_EQ(machine.level(kSpeakers), stereo(0.2F));
+}
+
+TEST_F(LoudnessGuardTest, ReadsOfARaisedDeviceAnswerWhatWasFound) {
+    begin({{0.5F, 0.25F}, true});
+    machine.launch();
+    const auto device = *server.deviceForUID(kSpeakers);
+    EXPECT_EQ(machine.guard->volume(device, VolumeElement::main), 0.5F);
+    EXPECT_EQ(machine.guard->volume(device, VolumeElement::right), 0.25F);
+    EXPECT_EQ(machine.guard->mute(device), true);
+    EXPECT_EQ(machine.delegate->originalRealVolume(), 0.5F);
+}
+
+} // namespace
+
+} // namespace halvo::test
