@@ -79,7 +79,11 @@ bool Recorder::isRunning() const {
 }
 
 std::size_t Recorder::frames() const {
-    return recording().frames();
+    const std::size_t last = stream_->blockCount.load(std::memory_order_acquire);
+    const std::size_t first = stream_->firstBlock.load(std::memory_order_acquire);
+    if (first >= last) return 0;
+    const auto& end = stream_->blocks[last - 1];
+    return end.firstFrame + end.frames - stream_->blocks[first].firstFrame;
 }
 
 Recording Recorder::recording() const {
