@@ -198,8 +198,9 @@ bool PipeWireAudioHardware::writeLevel(AudioDeviceID device, LevelUpdate update,
         update.channelVolumes =
             fitted(std::move(*update.channelVolumes), before.channelVolumes->size());
     }
-    if (!graph.setLevel(*sink, update, persistence) || !lock.roundTrip(kLongestWrite)) return false;
-    // A card is served by the session manager: its answer comes after the server's own.
+    if (!graph.setLevel(*sink, update, persistence)) return false;
+    // A card says first that something changed, and what when it is asked: twice there and back.
+    if (!lock.roundTrip(kLongestWrite) || !lock.roundTrip(kLongestWrite)) return false;
     return lock.waitFor(
         [this, &graph, &update, device] {
             const auto* now = this->device(device);

@@ -19,7 +19,8 @@ class PipeWireNode;
 /// The sinks of a PipeWire server as devices. A device's ID is its serial number, its UID the name
 /// of its node, so an ID stands for one appearance of a device and a UID for the device itself.
 ///
-/// Main thread, or any one thread that stands for it. A write waits for its effect, 200 ms at most.
+/// Main thread, or any one thread that stands for it. A write waits for its effect, at most 0.2 s
+/// (default) or 0.6 s (levels).
 class PipeWireAudioHardware final : public AudioServer, private PipeWireObserver {
   public:
     /// Both must outlive this object.
@@ -48,7 +49,7 @@ class PipeWireAudioHardware final : public AudioServer, private PipeWireObserver
     bool listenToDefaultOutput(Listener listener) override;
     bool listenToVolume(AudioDeviceID device, VolumeElement element, Listener listener) override;
     bool listenToMute(AudioDeviceID device, Listener listener) override;
-    /// Waits for a listener that runs at this moment, 250 ms at most.
+    /// Waits for a listener that runs at this moment, 0.7 s at most.
     void silenceListeners() override;
 
     std::optional<DeviceLevel> level(AudioDeviceID device) override;

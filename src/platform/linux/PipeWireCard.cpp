@@ -33,12 +33,12 @@ const pw_device_events& PipeWireCard::events() {
         table.info = [](void* self, const pw_device_info* info) {
             static_cast<PipeWireCard*>(self)->infoChanged(*info);
         };
-        table.param = [](void* self, int, std::uint32_t id, std::uint32_t, std::uint32_t,
+        table.param = [](void* object, int sequence, std::uint32_t id, std::uint32_t, std::uint32_t,
                          const spa_pod* param) {
-            if (id != SPA_PARAM_Route || !param) return;
-            if (auto route = readRoute(*param)) {
-                static_cast<PipeWireCard*>(self)->incoming_.push_back(std::move(*route));
-            }
+            auto* self = static_cast<PipeWireCard*>(object);
+            // Answers to an earlier question may still be under way.
+            if (id != SPA_PARAM_Route || !param || sequence != self->question_) return;
+            if (auto route = readRoute(*param)) self->incoming_.push_back(std::move(*route));
         };
         return table;
     }();
@@ -65,12 +65,14 @@ void PipeWireCard::infoChanged(const pw_device_info& info) {
     const bool hasRoutes = std::ranges::any_of(params, [](const spa_param_info& param) {
         return param.id == SPA_PARAM_Route && (param.flags & SPA_PARAM_INFO_READ);
     });
-    if (hasRoutes) pw_device_enum_params(proxy_.get(), 0, SPA_PARAM_Route, 0, UINT32_MAX, nullptr);
-    enumeration_ = pw_proxy_sync(reinterpret_cast<pw_proxy*>(proxy_.get()), 0);
+    if (hasRoutes) {
+        question_ = pw_device_enum_params(proxy_.get(), 0, SPA_PARAM_Route, 0, UINT32_MAX, nullptr);
+    }
+    complete_ = pw_proxy_sync(reinterpret_cast<pw_proxy*>(proxy_.get()), 0);
 }
 
 void PipeWireCard::roundTripDone(int sequence) {
-    if (sequence != enumeration_) return;
+    if (sequence != complete_) return;
     routes_ = std::exchange(incoming_, {});
     known_ = true;
     owner_.cardChanged(*this);

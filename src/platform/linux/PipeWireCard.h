@@ -41,7 +41,8 @@ class PipeWireCard {
     bool known_ = false;
     std::vector<CardRoute> routes_;
     std::vector<CardRoute> incoming_;
-    int enumeration_ = 0;
+    int question_ = 0; ///< sequence number of the last request for the routes
+    int complete_ = 0; ///< of the round trip behind it
     PipeWireProxy<pw_device> proxy_;
     PipeWireHook proxyHook_;
     PipeWireHook hook_;

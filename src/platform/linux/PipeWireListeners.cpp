@@ -6,7 +6,7 @@ namespace halvo {
 
 namespace {
 /// Longer than any wait of the back end that a listener can be in.
-constexpr std::chrono::milliseconds kLongestSilencing{250};
+constexpr std::chrono::milliseconds kLongestSilencing{700};
 } // namespace
 
 PipeWireListeners::PipeWireListeners(MainQueue& mainQueue) : mainQueue_(mainQueue) {}

@@ -25,7 +25,7 @@ class PipeWireListeners {
     void add(Topic topic, AudioDeviceID device, AudioHardware::Listener listener);
     /// Any thread.
     void post(Topic topic, AudioDeviceID device = 0);
-    /// Once this returns no listener starts. Waits for a running one, 250 ms at most. Any thread.
+    /// Once this returns no listener starts. Waits for a running one, 0.7 s at most. Any thread.
     void silence();
 
   private:
