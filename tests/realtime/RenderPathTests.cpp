@@ -41,7 +41,8 @@ const Offence kOffences[] = {
      [] {
          try {
              throw std::string("trouble");
-         } catch (const std::string&) {
+         } catch (const std::string& caught) {
+             sink = const_cast<char*>(caught.data());
          }
      }},
 };

@@ -5,7 +5,10 @@
 #include <array>
 #include <cmath>
 #include <numbers>
+#include <string>
+#include <sys/mman.h>
 #include <thread>
+#include <unistd.h>
 
 namespace halvo::test {
 
@@ -24,72 +27,88 @@ EQPreset preset(float preamp) {
 
 constexpr auto kNothing = [](RenderScene&) {};
 
-const std::array kCycles{
-    RenderScene::Cycle{"empty ring", 1024, 2, kNothing},
-    RenderScene::Cycle{"a full cycle", 1024, 2, [](RenderScene& scene) { scene.write(1024); }},
-    RenderScene::Cycle{"a short ring", 1024, 2, [](RenderScene& scene) { scene.write(100); }},
-    RenderScene::Cycle{"one frame", 1, 2, [](RenderScene& scene) { scene.write(1); }},
-    RenderScene::Cycle{"no frame", 0, 2, [](RenderScene& scene) { scene.write(1); }},
-    RenderScene::Cycle{"an odd count", 333, 2, [](RenderScene& scene) { scene.write(400); }},
-    RenderScene::Cycle{"new bands", 512, 2,
-                       [](RenderScene& scene) {
-                           scene.write(512);
-                           scene.engine.eq().setBands(
-                               std::array<float, 10>{12, -12, 6, -6, 3, -3, 1, -1, 0, 9});
-                       }},
-    RenderScene::Cycle{"a loud preset", 512, 2,
-                       [](RenderScene& scene) {
-                           scene.write(512);
-                           scene.engine.setCurrentPreset(preset(12));
-                       }},
-    RenderScene::Cycle{"no preset", 512, 2,
-                       [](RenderScene& scene) {
-                           scene.write(512);
-                           scene.engine.setCurrentPreset(std::nullopt);
-                       }},
-    RenderScene::Cycle{"a lower volume", 512, 2,
-                       [](RenderScene& scene) {
-                           scene.write(512);
-                           scene.engine.setOutputVolume(0.25F);
-                       }},
-    RenderScene::Cycle{"switched off", 512, 2,
-                       [](RenderScene& scene) {
-                           scene.write(512);
-                           scene.engine.setEQEnabled(false);
-                       }},
-    RenderScene::Cycle{"switched on", 512, 2,
-                       [](RenderScene& scene) {
-                           scene.write(512);
-                           scene.engine.setEQEnabled(true);
-                       }},
-    RenderScene::Cycle{"the largest cycle", kLargestCycle, 2,
-                       [](RenderScene& scene) { scene.write(kLargestCycle); }},
-    RenderScene::Cycle{"an overrun", 1024, 2,
-                       [](RenderScene& scene) { scene.write(kCapacity + 4096); }},
-    RenderScene::Cycle{"a mono unit", 1024, 1, [](RenderScene& scene) { scene.write(1024); }},
-    RenderScene::Cycle{"a restarted driver", 1024, 2,
-                       [](RenderScene& scene) {
-                           storeShared<std::uint64_t>(
-                               scene.platform.sharedMemory.header().writeIndex, 7);
-                       }},
-    RenderScene::Cycle{"a ring that is not ready", 1024, 2,
-                       [](RenderScene& scene) {
-                           storeShared<std::uint32_t>(scene.platform.sharedMemory.header().capacity,
-                                                      0);
-                       }},
-    RenderScene::Cycle{"a ring that claims too much", 1024, 2,
-                       [](RenderScene& scene) {
-                           storeShared<std::uint32_t>(scene.platform.sharedMemory.header().capacity,
-                                                      kCapacity + 1);
-                       }},
-    RenderScene::Cycle{"the ring is back", 1024, 2,
-                       [](RenderScene& scene) {
-                           storeShared(scene.platform.sharedMemory.header().capacity, kCapacity);
-                           scene.write(1024);
-                       }},
-};
+RingHeader& header(RenderScene& scene) {
+    return scene.platform.sharedMemory.header();
+}
 
 } // namespace
+
+std::span<const RenderScene::Cycle> RenderScene::cycles() {
+    using Scene = RenderScene;
+    static const std::array table{
+        Cycle{"an empty ring", 1024, kNothing},
+        Cycle{"a full cycle", 1024, [](Scene& scene) { scene.write(1024); }},
+        Cycle{"a short ring", 1024, [](Scene& scene) { scene.write(100); }},
+        Cycle{"one frame", 1, [](Scene& scene) { scene.write(1); }},
+        Cycle{"no frame", 0, [](Scene& scene) { scene.write(1); }},
+        Cycle{"an odd count", 333, [](Scene& scene) { scene.write(400); }},
+        Cycle{"new bands", 512,
+              [](Scene& scene) {
+                  scene.write(512);
+                  scene.engine.eq().setBands(
+                      std::array<float, 10>{12, -12, 6, -6, 3, -3, 1, -1, 0, 9});
+              }},
+        Cycle{"a loud preset", 512,
+              [](Scene& scene) {
+                  scene.write(512);
+                  scene.engine.setCurrentPreset(preset(12));
+              }},
+        Cycle{"no preset", 512,
+              [](Scene& scene) {
+                  scene.write(512);
+                  scene.engine.setCurrentPreset(std::nullopt);
+              }},
+        Cycle{"a lower volume", 512,
+              [](Scene& scene) {
+                  scene.write(512);
+                  scene.engine.setOutputVolume(0.25F);
+              }},
+        Cycle{"switched off", 512,
+              [](Scene& scene) {
+                  scene.write(512);
+                  scene.engine.setEQEnabled(false);
+              }},
+        Cycle{"switched on", 512,
+              [](Scene& scene) {
+                  scene.write(512);
+                  scene.engine.setEQEnabled(true);
+              }},
+        Cycle{"a gate that closes", 512,
+              [](Scene& scene) {
+                  scene.write(512);
+                  scene.gate.close();
+              }},
+        Cycle{"a gate that opens", 512,
+              [](Scene& scene) {
+                  scene.write(512);
+                  scene.gate.open();
+              }},
+        Cycle{"the largest cycle", kLargestCycle, [](Scene& scene) { scene.write(kLargestCycle); }},
+        Cycle{"an overrun", 1024, [](Scene& scene) { scene.write(kCapacity + 4096); }},
+        Cycle{"a mono unit", 1024, [](Scene& scene) { scene.setChannels(1); }},
+        Cycle{"a stereo unit", 1024,
+              [](Scene& scene) {
+                  scene.setChannels(2);
+                  scene.write(1024);
+              }},
+        Cycle{"a restarted driver", 1024,
+              [](Scene& scene) { storeShared(header(scene).writeIndex, std::uint64_t{7}); }},
+        Cycle{"a ring that is not ready", 1024,
+              [](Scene& scene) { storeShared(header(scene).capacity, std::uint32_t{0}); }},
+        Cycle{"a ring that claims too much", 1024,
+              [](Scene& scene) { storeShared(header(scene).capacity, kCapacity + 1); }},
+        Cycle{"the ring is back", 1024,
+              [](Scene& scene) {
+                  storeShared(header(scene).capacity, kCapacity);
+                  scene.write(1024);
+              }},
+        Cycle{"the driver writes", 1024, kNothing, drive},
+        Cycle{"the driver writes over the end", kLargestCycle, kNothing, drive},
+        Cycle{"the driver writes while it says another rate", 1024,
+              [](Scene& scene) { scene.driver->publish(44100); }, drive},
+    };
+    return table;
+}
 
 RenderScene::RenderScene()
     : engine(platform.sharedMemory, platform.outputUnits, platform.standardOutput,
@@ -97,26 +116,35 @@ RenderScene::RenderScene()
       buffer_(std::size_t{kLargestCycle} * 2) {
     platform.sharedMemory.createRing(48000, 2, kCapacity);
     engine.start("");
+    setChannels(2);
+
+    const std::string name = "/halvo_realtime_" + std::to_string(::getpid());
+    driver = driver::RingWriter::open(name).value();
+    ::shm_unlink(name.c_str()); // a scene that ends in the middle leaves nothing behind
+    driver->publish(48000);
 }
 
-std::span<const RenderScene::Cycle> RenderScene::cycles() {
-    return kCycles;
+void RenderScene::setChannels(std::uint32_t channels) {
+    renderer_.prepare({48000, channels}, renderCallback, &engine);
 }
 
 void RenderScene::write(std::uint32_t frames) {
-    std::vector<float> sine(std::size_t{frames} * 2);
-    for (std::size_t i = 0; i < sine.size(); ++i) {
-        sine[i] = 0.9F * std::sin(static_cast<float>(i / 2) * std::numbers::pi_v<float> / 24.0F);
+    std::vector<float> sine;
+    for (std::uint32_t frame = 0; frame < frames; ++frame) {
+        const float angle = static_cast<float>(frame) * std::numbers::pi_v<float> / 24.0F;
+        sine.insert(sine.end(), 2, 0.9F * std::sin(angle));
     }
     platform.sharedMemory.write(sine);
 }
 
-void RenderScene::render(const Cycle& cycle) noexcept {
-    RenderBuffer buffer{cycle.channels, cycle.frames * cycle.channels * 4, buffer_.data()};
-    RenderBufferList list{1, &buffer};
-    std::uint32_t flags = 0;
-    const RenderTimestamp timestamp;
-    renderCallback(&engine, &flags, &timestamp, 0, cycle.frames, &list);
+void RenderScene::render(RenderScene& scene, std::uint32_t frames) noexcept {
+    scene.renderer_.clock(1, scene.clock_, frames);
+    scene.renderer_.render(scene.buffer_.data(), frames);
+    scene.clock_ += frames;
+}
+
+void RenderScene::drive(RenderScene& scene, std::uint32_t frames) noexcept {
+    scene.driver->write(scene.buffer_.data(), frames);
 }
 
 void RenderScene::run(const std::function<void()>& enter, void (*renderOne)(void (*)(void*), void*),
@@ -125,25 +153,26 @@ void RenderScene::run(const std::function<void()>& enter, void (*renderOne)(void
         RenderScene& scene;
         const Cycle& cycle;
     };
+    const auto all = cycles();
     std::thread renderThread([&] {
         enter();
-        for (std::size_t i = 0; i < kCycles.size(); ++i) {
+        for (std::size_t i = 0; i < all.size(); ++i) {
             while (prepared_.load(std::memory_order_acquire) <= i) {
             }
-            notePlace(kCycles[i].name);
-            Turn turn{*this, kCycles[i]};
+            notePlace(all[i].name);
+            Turn turn{*this, all[i]};
             renderOne(
                 [](void* context) {
                     const auto& [scene, cycle] = *static_cast<Turn*>(context);
-                    scene.render(cycle);
+                    cycle.run(scene, cycle.frames);
                 },
                 &turn);
             rendered_.store(i + 1, std::memory_order_release);
         }
         leave();
     });
-    for (std::size_t i = 0; i < kCycles.size(); ++i) {
-        kCycles[i].prepare(*this);
+    for (std::size_t i = 0; i < all.size(); ++i) {
+        all[i].prepare(*this);
         prepared_.store(i + 1, std::memory_order_release);
         while (rendered_.load(std::memory_order_acquire) <= i)
             std::this_thread::yield();

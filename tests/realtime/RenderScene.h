@@ -1,27 +1,31 @@
 #pragma once
 
 #include "audio/AudioEngine.h"
+#include "driver/RingWriter.h"
 #include "platform/fake/FakePlatform.h"
+#include "platform/linux/OutputGate.h"
+#include "platform/linux/PipeWireRenderer.h"
 
 #include <atomic>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <span>
-#include <string>
 #include <vector>
 
 namespace halvo::test {
 
-/// A running engine over a ring in memory, and a main thread that changes everything it may change
-/// between one render cycle and the next.
+/// All that runs on a real-time thread, with nothing real around it: the engine under the output
+/// unit's renderer over a ring in memory, and the driver's writer. The main thread changes
+/// everything it may change between one cycle and the next.
 class RenderScene {
   public:
-    /// One render cycle, after what the main thread does ahead of it.
+    /// One cycle, after what the main thread does ahead of it.
     struct Cycle {
         const char* name;
         std::uint32_t frames;
-        std::uint32_t channels;
         void (*prepare)(RenderScene&);
+        void (*run)(RenderScene&, std::uint32_t frames) noexcept = render;
     };
 
     RenderScene();
@@ -38,14 +42,21 @@ class RenderScene {
 
     FakePlatform platform;
     AudioEngine engine;
-    std::vector<float> played; ///< what the last cycle rendered
+    OutputGate gate;
+    std::unique_ptr<driver::RingWriter> driver;
+
+    /// The output unit has this many channels from now on. Not more than two.
+    void setChannels(std::uint32_t channels);
 
     /// The driver writes this many frames of a loud sine.
     void write(std::uint32_t frames);
 
   private:
-    void render(const Cycle& cycle) noexcept;
+    static void render(RenderScene& scene, std::uint32_t frames) noexcept;
+    static void drive(RenderScene& scene, std::uint32_t frames) noexcept;
 
+    PipeWireRenderer renderer_{gate};
+    std::uint64_t clock_ = 0; ///< frames
     std::vector<float> buffer_;
     std::atomic<std::size_t> prepared_{0}; ///< cycles that the main thread has prepared
     std::atomic<std::size_t> rendered_{0}; ///< cycles that the render thread has finished
