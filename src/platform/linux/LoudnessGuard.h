@@ -98,7 +98,7 @@ class LoudnessGuard final : public AudioHardware {
     void lowerDefault();
     bool capture(AudioDeviceID virtualDevice);
     void takeOver(AudioDeviceID virtualDevice, AudioDeviceID real, const std::string& uid);
-    void closeGateForAWhile();
+    void closeGateFor(MainQueue::Duration time);
 
     // LoudnessGuardSession.cpp: how loud the session is, by the virtual device.
     std::optional<DeviceLevel> virtualLevel();

@@ -29,7 +29,6 @@ bool isUsable(const DeviceLevel& level) {
 } // namespace
 
 bool LoudnessGuard::raise(AudioDeviceID id, const std::string& uid, Sound sound) {
-    lowerDefault();
     auto* entry = remember(id, uid);
     if (entry == nullptr) return false; // what cannot be given back is not raised
     auto& device = entry->second;
@@ -46,11 +45,7 @@ bool LoudnessGuard::raise(AudioDeviceID id, const std::string& uid, Sound sound)
 
 LoudnessGuard::Entry* LoudnessGuard::remember(AudioDeviceID id, const std::string& uid) {
     if (auto* entry = find(uid); entry != nullptr && entry->second.state != State::own) {
-        auto& device = entry->second;
-        // Raised by an earlier process, or in an earlier appearance: start from its own level.
-        if (device.id != id) device.state = State::left;
-        if (device.state == State::left) (void)giveBack(id, *entry);
-        return entry;
+        return entry; // what was found then still holds
     }
     const auto level = server_.level(id);
     if (!level || !isUsable(*level)) return nullptr;
@@ -97,7 +92,7 @@ void LoudnessGuard::performRaise(AudioDeviceID id, Entry& entry) {
     device.state = State::raised;
     device.id = id;
     (void)save(); // before the raise: a crash after it must find the record
-    closeGateForAWhile();
+    closeGateFor(kGateTime);
     // Heard so far: the device's level under the virtual one's. That is to stay.
     if (std::exchange(device.wasGivenUp, false)) {
         const auto now = virtualLevel();
@@ -153,7 +148,7 @@ bool LoudnessGuard::capture(AudioDeviceID virtualDevice) {
     const auto real = server_.defaultOutput();
     const auto uid = real && *real != virtualDevice ? server_.uid(*real) : std::nullopt;
     if (uid) {
-        closeGateForAWhile();
+        closeGateFor(kGateTime);
         takeOver(virtualDevice, *real, *uid);
         auto configured = server_.configuredDefault();
         // Our own request that did not take effect says nothing about the user.
@@ -161,7 +156,7 @@ bool LoudnessGuard::capture(AudioDeviceID virtualDevice) {
         (void)save();
     }
     const bool isDone = server_.setDefaultOutput(virtualDevice);
-    if (uid) closeGateForAWhile(); // the switch may have taken its time
+    if (uid) closeGateFor(kGateTime); // the switch may have taken its time
     tryPending();
     if (isPending_) waitForPending();
     return isDone;
@@ -187,9 +182,9 @@ void LoudnessGuard::takeOver(AudioDeviceID virtualDevice, AudioDeviceID real,
     protectRaised();
 }
 
-void LoudnessGuard::closeGateForAWhile() {
+void LoudnessGuard::closeGateFor(MainQueue::Duration time) {
     gate_->close();
-    mainQueue_->after(kGateTime, [this, generation = ++gateGeneration_, alive = lifetime_.watch()] {
+    mainQueue_->after(time, [this, generation = ++gateGeneration_, alive = lifetime_.watch()] {
         if (alive.expired()) return;
         // After a long turn the news of the virtual device is still queued, and the core takes
         // one turn more to act on it.

@@ -4,8 +4,18 @@
 #include "platform/linux/LevelScale.h"
 
 #include <algorithm>
+#include <chrono>
 
 namespace halvo {
+
+using namespace std::chrono_literals;
+
+namespace {
+
+/// By then a default that another program changed has been taken back, if it ever is.
+constexpr MainQueue::Duration kCaptureTime = 1s;
+
+} // namespace
 
 std::optional<DeviceLevel> LoudnessGuard::virtualLevel() {
     const auto id = server_.deviceForUID(kVirtualDeviceUID);
@@ -73,6 +83,11 @@ void LoudnessGuard::devicesChanged() {
 
 void LoudnessGuard::defaultChanged() {
     lowerDefault();
+    // The clients play straight into the new default, while the ring still holds a little of
+    // theirs: together the two would be louder than either. The capture that follows opens the
+    // gate.
+    if (server_.defaultOutput() != server_.deviceForUID(kVirtualDeviceUID))
+        closeGateFor(kCaptureTime);
     if (!isPending_ || server_.defaultOutput() == server_.deviceForUID(active_)) return;
     tryPending();
     if (isPending_) waitForPending();

@@ -1,0 +1,148 @@
+#include "application/ApplicationScene.h"
+
+#include "base/NumberText.h"
+#include "demo/QuitRequest.h"
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <numbers>
+#include <sstream>
+#include <stdexcept>
+
+namespace halvo::test {
+
+using session::PrivateSession;
+
+ApplicationScene::ApplicationScene(session::Options options) {
+    auto created = PrivateSession::create(std::move(options));
+    // Reported by the test framework as the test's failure.
+    if (!created) throw std::runtime_error(created.error());
+    session_ = std::move(*created);
+}
+
+void ApplicationScene::startDriver() {
+    driver_.reset();
+    auto started = session_->spawn({HALVO_AUDIO_DEVICE});
+    if (!started) throw std::runtime_error(started.error());
+    driver_ = std::move(*started);
+    if (!PrivateSession::waitFor([this] { return !session_->volume(kVirtualSink).empty(); })) {
+        throw std::runtime_error("no virtual device: " + driver_->standardError());
+    }
+}
+
+void ApplicationScene::startApplication() {
+    application_.reset();
+    (void)std::filesystem::remove(session_->directory() + "/tmp/halvo_debug.log");
+    auto started = session_->spawn(
+        {HALVO_APPLICATION}, {std::string("HALVO_DRIVER_BUNDLE=") + HALVO_DRIVER_BUNDLE_PATH});
+    if (!started) throw std::runtime_error(started.error());
+    application_ = std::move(*started);
+}
+
+void ApplicationScene::startBoth() {
+    startDriver();
+    startApplication();
+    if (!isReady()) throw std::runtime_error("not ready: " + debugLog() + standardOutput());
+}
+
+bool ApplicationScene::isReady() {
+    return PrivateSession::waitFor([this] {
+        return debugLog().contains("Launch done") && session_->defaultSink() == kVirtualSink;
+    });
+}
+
+std::optional<int> ApplicationScene::quit() {
+    const auto failure = demo::requestQuit(session_->directory() + "/run/bus");
+    if (failure) throw std::runtime_error(*failure);
+    return application_->wait(PrivateSession::kPatience);
+}
+
+void ApplicationScene::writePresets(const std::vector<float>& bands, float preamp) {
+    const std::filesystem::path folder = session_->directory() + "/data/Halvo";
+    std::filesystem::create_directories(folder);
+    std::ofstream file(folder / "presets.json");
+    file << R"([{"id":"6F9619FF-8B86-D011-B42D-00C04FC964FF","name":"Test","isFactory":false,)"
+         << R"("preamp":)" << numberText(preamp) << R"(,"bands":[)";
+    for (std::size_t i = 0; i < bands.size(); ++i)
+        file << (i ? "," : "") << numberText(bands[i]);
+    file << "]}]";
+}
+
+std::string ApplicationScene::savedSettings() const {
+    return read(session_->directory() + "/config/halvo/defaults.json");
+}
+
+std::string ApplicationScene::debugLog() const {
+    return read(session_->directory() + "/tmp/halvo_debug.log");
+}
+
+bool ApplicationScene::prints(const std::string& text) {
+    return PrivateSession::waitFor([&] { return standardOutput().contains(text); });
+}
+
+bool ApplicationScene::hasDirtyRecord() const {
+    const auto settings = savedSettings();
+    return settings.contains("halvo_dirtySession") ||
+           settings.contains("halvo_originalOutputUID") ||
+           settings.contains("halvo_originalRealVolume");
+}
+
+std::unique_ptr<session::Recorder> ApplicationScene::record(const std::string& nodeName) {
+    auto recorder = std::make_unique<session::Recorder>(session_->serverSocket(), nodeName,
+                                                        session_->options().rate, 120.0);
+    if (!PrivateSession::waitFor([&] { return recorder->isRunning(); })) {
+        throw std::runtime_error("cannot record " + nodeName);
+    }
+    return recorder;
+}
+
+std::unique_ptr<session::Player> ApplicationScene::play(std::vector<float> samples) {
+    auto player = std::make_unique<session::Player>(session_->serverSocket(), std::move(samples),
+                                                    session_->options().rate);
+    if (!PrivateSession::waitFor([&] { return player->hasStarted(); })) {
+        throw std::runtime_error("the client does not play");
+    }
+    return player;
+}
+
+std::string ApplicationScene::read(const std::string& path) const {
+    std::ifstream file(path);
+    std::ostringstream text;
+    text << file.rdbuf();
+    return text.str();
+}
+
+std::vector<float> sine(double frequency, float amplitude, double seconds, std::uint32_t rate) {
+    const auto frames = static_cast<std::size_t>(seconds * rate);
+    std::vector<float> samples(frames * 2);
+    for (std::size_t n = 0; n < frames; ++n) {
+        const double phase = 2 * std::numbers::pi * frequency * static_cast<double>(n) / rate;
+        samples[2 * n] = samples[2 * n + 1] = amplitude * static_cast<float>(std::sin(phase));
+    }
+    return samples;
+}
+
+double levelDb(const std::vector<float>& interleaved, std::size_t firstFrame, std::size_t frames) {
+    double sum = 0;
+    const auto end = std::min(firstFrame + frames, interleaved.size() / 2);
+    if (end <= firstFrame) return -200;
+    for (auto frame = firstFrame; frame < end; ++frame) {
+        const double sample = static_cast<double>(interleaved[2 * frame]);
+        sum += sample * sample;
+    }
+    return 10 * std::log10(std::max(sum / static_cast<double>(end - firstFrame), 1e-20));
+}
+
+double loudestDb(const std::vector<float>& interleaved, std::size_t firstFrame,
+                 std::uint32_t rate) {
+    const std::size_t window = rate / 100;
+    double loudest = -200;
+    for (auto frame = firstFrame; frame + window <= interleaved.size() / 2; frame += window / 4) {
+        loudest = std::max(loudest, levelDb(interleaved, frame, window));
+    }
+    return loudest;
+}
+
+} // namespace halvo::test

@@ -1,0 +1,88 @@
+#include "application/ApplicationScene.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <csignal>
+
+using namespace halvo::test;
+using halvo::session::Options;
+using halvo::session::PrivateSession;
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+Options quietSpeakers() {
+    Options options;
+    options.outputs[0].volumes = {0.125F, 0.125F};
+    options.outputs[1].volumes = {0.5F, 0.5F};
+    return options;
+}
+
+bool isGivenBack(PrivateSession& session) {
+    return session.defaultSink() == kSpeakers &&
+           session.volume(kSpeakers) == std::vector<float>{0.125F, 0.125F};
+}
+
+} // namespace
+
+TEST(ApplicationEnd, QuitGivesEverythingBackEachTime) {
+    ApplicationScene scene(quietSpeakers());
+    scene.startDriver();
+    const auto player = scene.play(sine(1000, 0.1F, 60));
+    for (int round = 0; round < 10; ++round) {
+        SCOPED_TRACE(round);
+        scene.startApplication();
+        ASSERT_TRUE(scene.isReady());
+        ASSERT_TRUE(
+            PrivateSession::waitFor([&] { return scene.session().volume(kSpeakers)[0] == 1.0F; }));
+        EXPECT_TRUE(scene.hasDirtyRecord());
+        EXPECT_EQ(scene.quit(), 0);
+        EXPECT_TRUE(isGivenBack(scene.session()));
+        EXPECT_FALSE(scene.hasDirtyRecord()) << scene.savedSettings();
+        EXPECT_EQ(scene.session().configuredDefault(), std::nullopt) << "nobody had asked for one";
+    }
+}
+
+TEST(ApplicationEnd, TerminationGivesBackAndKeepsTheRecord) {
+    ApplicationScene scene(quietSpeakers());
+    scene.startDriver();
+    ASSERT_TRUE(scene.session().setDefault(kSpeakers));
+    const auto player = scene.play(sine(1000, 0.1F, 60));
+    double slowest = 0;
+    for (int round = 0; round < 10; ++round) {
+        SCOPED_TRACE(round);
+        scene.startApplication();
+        ASSERT_TRUE(scene.isReady());
+        ASSERT_TRUE(
+            PrivateSession::waitFor([&] { return scene.session().volume(kSpeakers)[0] == 1.0F; }));
+        const auto start = Clock::now();
+        ASSERT_TRUE(scene.application().signal(SIGTERM));
+        EXPECT_EQ(scene.application().wait(PrivateSession::kPatience), 128 + SIGTERM);
+        const std::chrono::duration<double, std::milli> took = Clock::now() - start;
+        slowest = std::max(slowest, took.count());
+        EXPECT_TRUE(isGivenBack(scene.session()));
+        EXPECT_TRUE(scene.hasDirtyRecord());
+        EXPECT_EQ(scene.session().configuredDefault(), kSpeakers);
+    }
+    RecordProperty("slowestTerminationMs", std::to_string(slowest));
+}
+
+TEST(ApplicationEnd, AfterACrashTheNextStartRepairsFirst) {
+    ApplicationScene scene(quietSpeakers());
+    scene.startBoth();
+    ASSERT_TRUE(
+        PrivateSession::waitFor([&] { return scene.session().volume(kSpeakers)[0] == 1.0F; }));
+    ASSERT_TRUE(scene.application().signal(SIGKILL));
+    ASSERT_EQ(scene.application().wait(PrivateSession::kPatience), 128 + SIGKILL);
+    EXPECT_EQ(scene.session().defaultSink(), kVirtualSink);
+    scene.startApplication();
+    ASSERT_TRUE(scene.isReady());
+    EXPECT_TRUE(scene.debugLog().contains(
+        "Halvo: Dirty session detected — restoring acc.a to volume 0.125\n"))
+        << scene.debugLog();
+    EXPECT_TRUE(scene.debugLog().contains("Halvo: Will output to real device: acc.a\n"));
+    EXPECT_EQ(scene.quit(), 0);
+    EXPECT_TRUE(isGivenBack(scene.session()));
+}
