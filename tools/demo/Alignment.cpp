@@ -51,10 +51,14 @@ std::optional<Alignment> Alignment::find(const StereoSound& played, const Stereo
     const auto recordedStart = firstSoundingFrame(recorded);
     if (!playedStart || !recordedStart) return std::nullopt;
 
-    const auto first = static_cast<std::ptrdiff_t>(*playedStart);
-    const std::size_t length = std::min(kWindowFrames, played.frameCount() - *playedStart);
+    // From the middle: at the low end, where a sweep begins, a filter's phase looks like a delay.
+    const std::size_t available = played.frameCount() - *playedStart;
+    const std::size_t length = std::min(kWindowFrames, available);
+    const auto intoSound = static_cast<std::ptrdiff_t>((available - length) / 2);
+    const std::ptrdiff_t first = static_cast<std::ptrdiff_t>(*playedStart) + intoSound;
     const std::vector<double> window = mono(played.stretch(first, length));
-    const std::ptrdiff_t searchStart = static_cast<std::ptrdiff_t>(*recordedStart) - kSearchFrames;
+    const std::ptrdiff_t searchStart =
+        static_cast<std::ptrdiff_t>(*recordedStart) + intoSound - kSearchFrames;
     const std::vector<double> searched =
         mono(recorded.stretch(searchStart, length + 2 * static_cast<std::size_t>(kSearchFrames)));
 

@@ -12,8 +12,8 @@ struct Alignment {
     std::ptrdiff_t offset; ///< recorded frame (offset + n) is played frame n
     double similarity;     ///< normalised correlation there: 1 = the same up to a factor
 
-    /// Looks where both begin to sound, then takes the best correlation of the first stretch within
-    /// some thousand frames around. Nothing when either is silent or nothing correlates.
+    /// Looks where both begin to sound, then takes the best correlation of a stretch in the middle
+    /// within some thousand frames around. Nothing when either is silent or nothing correlates.
     static std::optional<Alignment> find(const StereoSound& played, const StereoSound& recorded);
 };
 

@@ -40,6 +40,13 @@ BandMeasurement measure(const TransferFunction& transfer, const ExpectedResponse
             .measuredDb = std::abs(left - wanted) > std::abs(right - wanted) ? left : right};
 }
 
+/// Whether the next tenth of a second is silence.
+bool isSilent(session::Recorder& recorder) {
+    recorder.clear();
+    return PrivateSession::waitFor([&] { return recorder.frames() >= kSampleRate / 10; }) &&
+           recorder.recording().peak() <= 0;
+}
+
 double cpuPercent(const ProcessUsage& before, const ProcessUsage& after, Seconds duration) {
     return 100 * (after.cpuSeconds - before.cpuSeconds) / duration.count();
 }
@@ -78,14 +85,13 @@ Demo::Outcome Demo::prepare() {
 }
 
 Demo::Outcome Demo::straightRun() {
-    const StereoSound excerpt = track_.music().stretch(0, kSampleRate);
+    const StereoSound excerpt = track_.music().stretch(0, kSampleRate / 2);
     const auto path = stage_->prepare("excerpt.wav", excerpt);
     if (!path) return std::unexpected(path.error());
-    const auto take = Take::record(*stage_, *path, excerpt);
+    const auto take = Take::record(*stage_, *path, excerpt, Stage::kSpeakers);
     if (!take) return std::unexpected(take.error());
     if (take->heard.samples != excerpt.samples)
-        return std::unexpected("Even without Halvo the speakers do not play what is sent to them; "
-                               "the machine may be too busy. Please try again.");
+        return std::unexpected("Without Halvo the speakers do not play what is sent to them.");
     progress("Without Halvo the speakers play exactly what is sent to them.");
     return {};
 }
@@ -99,6 +105,8 @@ Demo::Outcome Demo::flatRun() {
     if (!application) return std::unexpected(application.error());
     if (auto outcome = measureStart(**application, **speakers); !outcome) return outcome;
     (*client)->end();
+    if (!PrivateSession::waitFor([&] { return isSilent(**speakers); }))
+        return std::unexpected("The speakers go on playing after the client has ended.");
     speakers->reset();
 
     if (auto outcome = playFlat(**application); !outcome) return outcome;
@@ -129,7 +137,7 @@ Demo::Outcome Demo::playFlat(ApplicationRun& application) {
     const auto driverBefore = ProcessUsage::of(stage_->driverPid());
     const auto begin = ApplicationRun::Clock::now();
     const StereoSound music = track_.music();
-    const auto take = Take::record(*stage_, musicFile_, music, Take::Delay::measured);
+    const auto take = Take::record(*stage_, musicFile_, music, Stage::kVirtualOutput);
     if (!take) return std::unexpected(take.error());
     const Seconds duration = ApplicationRun::Clock::now() - begin;
     const auto halvoAfter = ProcessUsage::of(application.pid());
@@ -166,7 +174,7 @@ Demo::Outcome Demo::bandRun(std::span<const int> bands, float gainDb) {
     auto application = startWithGains(gains);
     if (!application) return std::unexpected(application.error());
     const StereoSound sweep = track_.sweep();
-    const auto take = Take::record(*stage_, sweepFile_, sweep);
+    const auto take = Take::record(*stage_, sweepFile_, sweep, Stage::kVirtualOutput);
     if (!take) return std::unexpected(take.error());
     report_.underruns += take->gaps;
 
@@ -190,7 +198,7 @@ Demo::Outcome Demo::firstPresetRun() {
     auto application = ApplicationRun::start(*stage_);
     if (!application) return std::unexpected(application.error());
     if (auto ready = (*application)->waitUntilReady(); !ready) return ready;
-    const auto take = Take::record(*stage_, trackFile_, track_.sound());
+    const auto take = Take::record(*stage_, trackFile_, track_.sound(), Stage::kVirtualOutput);
     if (!take) return std::unexpected(take.error());
     report_.underruns += take->gaps;
     if (const auto failure = writeSoundFile(folder_ + "/after.wav", take->heard))

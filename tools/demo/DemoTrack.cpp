@@ -14,8 +14,8 @@ namespace {
 constexpr double kBeatSeconds = 0.75;
 constexpr double kMusicSeconds = 6.0;
 constexpr double kPauseSeconds = 0.1;
-constexpr double kSweepSeconds = 4.0;
-constexpr double kRingingSeconds = 0.4;
+constexpr double kSweepSeconds = 3.5;
+constexpr double kRingingSeconds = 0.25;
 constexpr double kSilenceSeconds = 1.0;
 constexpr float kMusicPeak = 0.2F;
 

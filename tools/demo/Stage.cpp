@@ -40,7 +40,7 @@ std::expected<void, std::string> Stage::startDriver() {
 std::expected<std::string, std::string> Stage::prepare(const std::string& name,
                                                        const StereoSound& sound) {
     // The player ends before its last cycle has gone through: that one has to be silence.
-    constexpr std::size_t kLastCycles = 8192;
+    constexpr std::size_t kLastCycles = 4096;
     const std::string path = temporaryFolder() + "/" + name;
     if (const auto failure =
             writeSoundFile(path, sound.stretch(0, sound.frameCount() + kLastCycles)))

@@ -1,67 +1,84 @@
 #include "Take.h"
 
 #include "Alignment.h"
+#include "Progress.h"
 
 namespace halvo::demo {
 namespace {
 
 using session::PrivateSession;
 using session::Recorder;
+using session::Recording;
 
 /// Longer than the sound stays anywhere on its way.
-constexpr std::size_t kTailFrames = 12288;
+constexpr std::size_t kTailFrames = 8192;
 constexpr std::size_t kMarginFrames = 4096;
+constexpr int kAttempts = 4;
 
-void waitForTail(const Recorder& recorder) {
-    const std::size_t enough = recorder.frames() + kTailFrames;
-    // A recorder that has stalled is noticed by its missing frames.
-    (void)PrivateSession::waitFor([&] { return recorder.frames() >= enough; });
+/// The same stretch of time at two places.
+struct TwoRecordings {
+    Recording sent;
+    Recording heard;
+};
+
+std::expected<TwoRecordings, std::string> playAndRecord(Stage& stage, const std::string& path,
+                                                        const char* into) {
+    const auto atSpeakers = stage.record(Stage::kSpeakers);
+    if (!atSpeakers) return std::unexpected(atSpeakers.error());
+    const auto atInput = stage.record(into);
+    if (!atInput) return std::unexpected(atInput.error());
+    if (auto played = stage.play(path); !played) return std::unexpected(played.error());
+    const std::size_t enough = (*atSpeakers)->frames() + kTailFrames;
+    // A recorder that has stalled shows in the missing frames.
+    (void)PrivateSession::waitFor([&] { return (*atSpeakers)->frames() >= enough; });
+    return TwoRecordings{.sent = (*atInput)->recording(), .heard = (*atSpeakers)->recording()};
 }
 
-/// The clock's position at which a recording has the beginning of `sound`.
-std::expected<std::int64_t, std::string>
-arrival(const StereoSound& sound, const ClockedSound& recording, const std::string& node) {
-    const auto alignment = Alignment::find(sound, recording.sound);
-    if (!alignment)
-        return std::unexpected("What was played did not arrive at " + node +
-                               " (the loudest sample there was " +
-                               std::to_string(recording.sound.peak()) + ").");
-    return recording.begin + alignment->offset;
+/// The clock's position at which `sound` began where the client plays into; nothing when it did not
+/// arrive there whole or a recorder was not in time.
+std::optional<std::int64_t> undisturbedBegin(const TwoRecordings& recordings,
+                                             const StereoSound& sound) {
+    if (recordings.sent.lostFrames() > 0 || recordings.heard.lostFrames() > 0) return std::nullopt;
+    const auto sent = ClockedSound::from(recordings.sent);
+    const auto alignment = Alignment::find(sound, sent.sound);
+    if (!alignment ||
+        sent.sound.stretch(alignment->offset, sound.frameCount()).samples != sound.samples)
+        return std::nullopt;
+    return sent.begin + alignment->offset;
+}
+
+std::expected<Take, std::string> evaluate(std::int64_t sentAt, const ClockedSound& heard,
+                                          const StereoSound& sound) {
+    const auto heardAt = Alignment::find(sound, heard.sound);
+    if (!heardAt)
+        return std::unexpected("What was played did not arrive at the speakers; the loudest sample "
+                               "there was " +
+                               std::to_string(heard.sound.peak()) + ".");
+    Take take;
+    take.heard = heard.sound.stretch(heardAt->offset, sound.frameCount());
+    take.heardWithMargins =
+        heard.sound.stretch(heardAt->offset - static_cast<std::ptrdiff_t>(kMarginFrames),
+                            sound.frameCount() + 2 * kMarginFrames);
+    take.gaps = countGaps(sound, take.heard);
+    // What a client plays straight into an output is in that output's monitor within the same
+    // cycle; so the two places differ by what the way through Halvo adds.
+    take.delayFrames = heard.begin + heardAt->offset - sentAt;
+    return take;
 }
 
 } // namespace
 
 std::expected<Take, std::string> Take::record(Stage& stage, const std::string& path,
-                                              const StereoSound& sound, Delay delay) {
-    auto atSpeakers = stage.record(Stage::kSpeakers);
-    if (!atSpeakers) return std::unexpected(atSpeakers.error());
-    std::unique_ptr<Recorder> atVirtualOutput;
-    if (delay == Delay::measured) {
-        auto recorder = stage.record(Stage::kVirtualOutput);
-        if (!recorder) return std::unexpected(recorder.error());
-        atVirtualOutput = std::move(*recorder);
+                                              const StereoSound& sound, const char* into) {
+    for (int attempt = 1; attempt <= kAttempts; ++attempt) {
+        const auto recordings = playAndRecord(stage, path, into);
+        if (!recordings) return std::unexpected(recordings.error());
+        if (const auto sentAt = undisturbedBegin(*recordings, sound))
+            return evaluate(*sentAt, ClockedSound::from(recordings->heard), sound);
+        progress("The machine was too busy to play in time; once more.");
     }
-    if (auto played = stage.play(path); !played) return std::unexpected(played.error());
-    waitForTail(**atSpeakers);
-
-    const auto recording = ClockedSound::from((*atSpeakers)->recording());
-    const auto heardAt = arrival(sound, recording, "the speakers");
-    if (!heardAt) return std::unexpected(heardAt.error());
-    const std::int64_t first = *heardAt - recording.begin;
-    Take take;
-    take.heard = recording.sound.stretch(first, sound.frameCount());
-    take.heardWithMargins = recording.sound.stretch(
-        first - static_cast<std::int64_t>(kMarginFrames), sound.frameCount() + 2 * kMarginFrames);
-    take.gaps = countGaps(sound, take.heard);
-    if (atVirtualOutput) {
-        // A client that plays straight into a device is in that device's monitor within the same
-        // cycle; so the two monitors differ by what the way through the application adds.
-        const auto sentAt =
-            arrival(sound, ClockedSound::from(atVirtualOutput->recording()), "the virtual output");
-        if (!sentAt) return std::unexpected(sentAt.error());
-        take.delayFrames = *heardAt - *sentAt;
-    }
-    return take;
+    return std::unexpected("The machine is too busy: not even the player keeps up. Please try "
+                           "again when it has less to do.");
 }
 
 } // namespace halvo::demo

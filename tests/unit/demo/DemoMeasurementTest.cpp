@@ -1,6 +1,7 @@
 #include "demo/Alignment.h"
 #include "demo/ExpectedResponse.h"
 #include "demo/TransferFunction.h"
+#include "unit/demo/Filtered.h"
 
 #include <gtest/gtest.h>
 
@@ -50,6 +51,17 @@ TEST(TransferFunctionTest, MeasuresAKnownFilterWhateverTheDelay) {
                     << frequency << " Hz, channel " << channel << ", delay " << delay;
         }
     }
+}
+
+TEST(TransferFunctionTest, FindsTheFormulaOfTheCascade) {
+    // A filter that rings, measured over a sweep, answers to the formula of its response.
+    const std::vector<float> gains{12, 0, 0, 12, 0, -12, 0, 0, 6, -6};
+    const ExpectedResponse response(gains, kSampleRate);
+    const StereoSound played = testSweep().stretch(0, 60000);
+    const TransferFunction transfer(played, filtered(response, played));
+    for (double frequency : kBandFrequencies)
+        EXPECT_NEAR(transfer.decibelsAt(frequency, 1), response.decibelsAt(frequency), 0.002)
+            << frequency;
 }
 
 TEST(TransferFunctionTest, TellsTheChannelsApart) {
@@ -114,6 +126,17 @@ TEST(AlignmentTest, SurvivesALeadingCrackleAndALevel) {
     const auto found = Alignment::find(played, recorded);
     ASSERT_TRUE(found);
     EXPECT_EQ(found->offset, 5000);
+}
+
+TEST(AlignmentTest, IsNotMisledByAFiltersPhase) {
+    std::vector<float> gains(10, 0.0F);
+    gains[0] = 12;
+    const StereoSound played = testSweep();
+    const StereoSound recorded = filtered(ExpectedResponse(gains, kSampleRate), played);
+    const auto found = Alignment::find(played, recorded);
+    ASSERT_TRUE(found);
+    EXPECT_EQ(found->offset, 0);
+    EXPECT_EQ(countGaps(played, recorded), 0U);
 }
 
 TEST(AlignmentTest, RefusesSilence) {
