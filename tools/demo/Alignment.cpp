@@ -2,14 +2,15 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 #include <vector>
 
 namespace halvo::demo {
 namespace {
 
 constexpr float kSilence = 1e-6F;
-constexpr std::ptrdiff_t kSearchFrames = 4096;
-constexpr std::size_t kWindowFrames = 8192;
+constexpr std::ptrdiff_t kSearchFrames = 2048;
+constexpr std::size_t kWindowFrames = 4096;
 constexpr double kLeastSimilarity = 0.2;
 constexpr std::size_t kGapFrames = 32;
 
@@ -25,13 +26,12 @@ std::vector<double> mono(const StereoSound& sound) {
     return result;
 }
 
-double correlation(const std::vector<double>& window, const double* recorded) {
+/// The normalised correlation of `window` with the frames from `recorded` on.
+double correlation(const std::vector<double>& window, double windowEnergy, const double* recorded) {
     double product = 0;
-    double windowEnergy = 0;
     double recordedEnergy = 0;
     for (std::size_t index = 0; index < window.size(); ++index) {
         product += window[index] * recorded[index];
-        windowEnergy += window[index] * window[index];
         recordedEnergy += recorded[index] * recorded[index];
     }
     const double scale = std::sqrt(windowEnergy * recordedEnergy);
@@ -62,9 +62,11 @@ std::optional<Alignment> Alignment::find(const StereoSound& played, const Stereo
     const std::vector<double> searched =
         mono(recorded.stretch(searchStart, length + 2 * static_cast<std::size_t>(kSearchFrames)));
 
+    const double windowEnergy =
+        std::inner_product(window.begin(), window.end(), window.begin(), 0.0);
     Alignment best{.offset = 0, .similarity = 0};
     for (std::ptrdiff_t lag = 0; lag <= 2 * kSearchFrames; ++lag) {
-        const double similarity = correlation(window, searched.data() + lag);
+        const double similarity = correlation(window, windowEnergy, searched.data() + lag);
         if (similarity > best.similarity)
             best = {.offset = searchStart + lag - first, .similarity = similarity};
     }
