@@ -147,6 +147,7 @@ Demo::Outcome Demo::playFlat(ApplicationRun& application) {
 
     report_.flatBitExact = take->heard.samples == music.samples;
     report_.underruns += take->gaps;
+    report_.repeatedTakes += take->repetitions;
     report_.addedLatencyFrames = take->delayFrames;
     report_.halvo = {.cpuPercent = cpuPercent(*halvoBefore, *halvoAfter, duration),
                      .rssMiB = halvoAfter->residentMiB};
@@ -177,6 +178,7 @@ Demo::Outcome Demo::bandRun(std::span<const int> bands, float gainDb) {
     const auto take = Take::record(*stage_, sweepFile_, sweep, Stage::kVirtualOutput);
     if (!take) return std::unexpected(take.error());
     report_.underruns += take->gaps;
+    report_.repeatedTakes += take->repetitions;
 
     const TransferFunction transfer(sweep, take->heardWithMargins);
     const ExpectedResponse expected(gains, kSampleRate);
@@ -201,6 +203,7 @@ Demo::Outcome Demo::firstPresetRun() {
     const auto take = Take::record(*stage_, trackFile_, track_.sound(), Stage::kVirtualOutput);
     if (!take) return std::unexpected(take.error());
     report_.underruns += take->gaps;
+    report_.repeatedTakes += take->repetitions;
     if (const auto failure = writeSoundFile(folder_ + "/after.wav", take->heard))
         return std::unexpected(*failure);
     if (auto outcome = judgeFirstPreset(*take); !outcome) return outcome;

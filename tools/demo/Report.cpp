@@ -11,6 +11,7 @@ namespace halvo::demo {
 namespace {
 
 constexpr std::size_t kBandCount = 20;
+constexpr std::size_t kMostRepeatedTakes = 3;
 constexpr double kMostPresetDeviationDb = 0.4;
 constexpr std::int64_t kMostLatencyFrames = 4096;
 constexpr double kMostStartMs = 3000;
@@ -70,6 +71,8 @@ std::vector<std::string> Report::failures() const {
     if (!flatBitExact)
         sentences.push_back("With a flat preset the sound was not the same bit for bit.");
     if (underruns > 0) sentences.push_back(text("The sound was interrupted %zu times.", underruns));
+    if (repeatedTakes > kMostRepeatedTakes)
+        sentences.push_back(text("The sound server missed cycles in %zu takes.", repeatedTakes));
     if (addedLatencyFrames < 0 || addedLatencyFrames > kMostLatencyFrames)
         sentences.push_back(text("Halvo adds %lld frames of delay, not between 0 and %lld.",
                                  static_cast<long long>(addedLatencyFrames),
@@ -90,6 +93,7 @@ std::string Report::json() const {
         root["bands"].push_back(bandJson(band));
     root["flatBitExact"] = flatBitExact;
     root["underruns"] = underruns;
+    root["repeatedTakes"] = repeatedTakes;
     root["addedLatencyFrames"] = addedLatencyFrames;
     root["startToSoundMs"] = startToSoundMs;
     root["cpuPercent"] = {{"halvo", halvo.cpuPercent}, {"driver", driver.cpuPercent}};
@@ -106,6 +110,7 @@ std::string Report::table() const {
     result += text("  First factory preset       within %.2f dB\n", firstPresetDeviationDb);
     result += text("  Flat preset, bit for bit   %s\n", flatBitExact ? "yes" : "NO");
     result += text("  Interruptions              %zu\n", underruns);
+    result += text("  Takes repeated             %zu\n", repeatedTakes);
     result += text("  Added delay                %lld frames (%.1f ms)\n",
                    static_cast<long long>(addedLatencyFrames),
                    static_cast<double>(addedLatencyFrames) / 48.0);

@@ -34,6 +34,8 @@ struct Report {
     double firstPresetDeviationDb = 0;
     bool flatBitExact = false;
     std::size_t underruns = 0;
+    /// How often something had to be played again because the server missed a cycle.
+    std::size_t repeatedTakes = 0;
     std::int64_t addedLatencyFrames = 0;
     double startToSoundMs = 0;
     Cost halvo;

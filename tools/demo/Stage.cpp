@@ -30,11 +30,11 @@ std::expected<void, std::string> Stage::startDriver() {
     const auto hasAppeared = [this] {
         return std::ranges::count(session_->nodeNames(), kVirtualOutput) > 0;
     };
-    if (!PrivateSession::waitFor([&] { return hasAppeared() || !driver_->isRunning(); }) ||
-        !hasAppeared())
-        return std::unexpected("The driver runs but no virtual output appears: " +
-                               driver_->standardOutput() + driver_->standardError());
-    return {};
+    const auto isSettled = [&] { return hasAppeared() || !driver_->isRunning(); };
+    if (PrivateSession::waitFor(isSettled) && hasAppeared()) return {};
+    const std::string what = driver_->isRunning() ? "The driver runs but shows no virtual output. "
+                                                  : "The driver ended by itself. ";
+    return std::unexpected(what + driver_->standardOutput() + driver_->standardError());
 }
 
 std::expected<std::string, std::string> Stage::prepare(const std::string& name,

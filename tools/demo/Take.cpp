@@ -13,7 +13,7 @@ using session::Recording;
 /// Longer than the sound stays anywhere on its way.
 constexpr std::size_t kTailFrames = 8192;
 constexpr std::size_t kMarginFrames = 4096;
-constexpr int kAttempts = 4;
+constexpr std::size_t kAttempts = 4;
 
 /// The same stretch of time at two places.
 struct TwoRecordings {
@@ -70,15 +70,18 @@ std::expected<Take, std::string> evaluate(std::int64_t sentAt, const ClockedSoun
 
 std::expected<Take, std::string> Take::record(Stage& stage, const std::string& path,
                                               const StereoSound& sound, const char* into) {
-    for (int attempt = 1; attempt <= kAttempts; ++attempt) {
+    for (std::size_t repetitions = 0; repetitions < kAttempts; ++repetitions) {
         const auto recordings = playAndRecord(stage, path, into);
         if (!recordings) return std::unexpected(recordings.error());
-        if (const auto sentAt = undisturbedBegin(*recordings, sound))
-            return evaluate(*sentAt, ClockedSound::from(recordings->heard), sound);
-        progress("The machine was too busy to play in time; once more.");
+        if (const auto sentAt = undisturbedBegin(*recordings, sound)) {
+            auto take = evaluate(*sentAt, ClockedSound::from(recordings->heard), sound);
+            if (take) take->repetitions = repetitions;
+            return take;
+        }
+        progress("The sound server missed a cycle; once more.");
     }
-    return std::unexpected("The machine is too busy: not even the player keeps up. Please try "
-                           "again when it has less to do.");
+    return std::unexpected("The sound server misses cycles each time. Please try again when the "
+                           "machine has less to do.");
 }
 
 } // namespace halvo::demo

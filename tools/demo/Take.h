@@ -19,9 +19,12 @@ struct Take {
     /// How many frames later the speakers had it than the output that the client played into.
     std::int64_t delayFrames = 0;
 
+    /// How often it had to be taken again.
+    std::size_t repetitions = 0;
+
     /// Plays `sound`, which lies in the file `path`, into the output `into` and records it there
-    /// and at the speakers. What does not even reach that output whole, or is missed by a recorder,
-    /// says something about the machine and nothing about Halvo: it is tried again a few times.
+    /// and at the speakers. When the server missed a cycle, the sound did not even reach that
+    /// output whole: a busy machine does that, a few times it is taken again.
     static std::expected<Take, std::string> record(Stage& stage, const std::string& path,
                                                    const StereoSound& sound, const char* into);
 };

@@ -48,6 +48,7 @@ TEST(ReportTest, NamesEachNumberThatDoesNotHold) {
         {"factory preset", [](Report& r) { r.firstPresetDeviationDb = 0.5; }, "factory preset"},
         {"not exact", [](Report& r) { r.flatBitExact = false; }, "bit for bit"},
         {"one underrun", [](Report& r) { r.underruns = 1; }, "interrupted 1 times"},
+        {"missed cycles", [](Report& r) { r.repeatedTakes = 4; }, "in 4 takes"},
         {"late", [](Report& r) { r.addedLatencyFrames = 20000; }, "20000 frames"},
         {"early", [](Report& r) { r.addedLatencyFrames = -1; }, "-1 frames"},
         {"slow start", [](Report& r) { r.startToSoundMs = 9000; }, "9000 ms"},
@@ -80,6 +81,7 @@ TEST(ReportTest, WritesEveryNumber) {
     EXPECT_DOUBLE_EQ(root.at("bands")[1].at("measuredDb"), 12.7);
     EXPECT_EQ(root.at("flatBitExact"), true);
     EXPECT_EQ(root.at("underruns"), 0);
+    EXPECT_EQ(root.at("repeatedTakes"), 0);
     EXPECT_EQ(root.at("addedLatencyFrames"), 1024);
     EXPECT_EQ(root.at("startToSoundMs"), 480.5);
     EXPECT_EQ(root.at("cpuPercent").at("halvo"), 2.5);
@@ -91,7 +93,7 @@ TEST(ReportTest, TableFitsTheTerminal) {
     std::size_t lines = 0;
     for (std::string line; std::getline(table, line); ++lines)
         EXPECT_LE(line.size(), 80U) << line;
-    EXPECT_EQ(lines, 18U);
+    EXPECT_EQ(lines, 19U);
 }
 
 TEST(ClockedSoundTest, LostFramesAreSilence) {
