@@ -12,7 +12,8 @@ std::shared_ptr<AppDelegate> AppDelegate::create(const Platform& platform) {
 
 AppDelegate::AppDelegate(const Platform& platform)
     : platform_(platform), log_(platform.systemLog, platform.fileSystem),
-      audioEngine_(platform.sharedMemory, platform.outputUnits, platform.standardOutput,
+      audioEngine_(platform.sharedMemory, platform.outputUnits, platform.mainQueue,
+                   platform.standardOutput,
                    [this](const std::string& uid) { return deviceManager_.audioDeviceID(uid); }),
       deviceManager_(platform.audioHardware, platform.mainQueue),
       presetManager_(platform.fileSystem, platform.userDefaults, platform.systemLog),

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace halvo {
 
@@ -16,9 +17,12 @@ constexpr float kUnityVolume = 0.999F; // from here on the volume stage is skipp
 
 } // namespace
 
-AudioEngine::AudioEngine(SharedMemory& memory, OutputUnitFactory& units, StandardOutput& output,
-                         DeviceLookup lookup)
-    : units_(units), output_(output), lookup_(std::move(lookup)), ringBuffer_(memory) {}
+AudioEngine::AudioEngine(SharedMemory& memory, OutputUnitFactory& units, MainQueue& queue,
+                         StandardOutput& output, DeviceLookup lookup)
+    : units_(units), output_(output), lookup_(std::move(lookup)), ringBuffer_(memory),
+      meter_(queue) {
+    meter_.onTick = [this] { spectrum_.deliver(); };
+}
 
 AudioEngine::~AudioEngine() {
     stop();
@@ -36,12 +40,17 @@ void AudioEngine::start(const std::string& outputDeviceUID) {
     }
     eq_.setSampleRate(static_cast<float>(startedFormat_.sampleRate));
     eq_.resetState();
+    if (startedFormat_.sampleRate < double{SpectrumAnalyzer::kMinimumSampleRate}) {
+        output_.print("Halvo: No spectrum at this sample rate, it needs 22414 Hz or more");
+    }
     setupOutputUnit(outputDeviceUID);
     isRunning_ = true; // by design also without a unit
+    meter_.start();
 }
 
 void AudioEngine::stop() {
     isRunning_ = false;
+    meter_.stop();
     disposeOutputUnit();
     ringBuffer_.disconnect();
 }
@@ -84,8 +93,20 @@ void AudioEngine::processBuffer(float* samples, std::int64_t frameCount,
         if (channelCount == 2) eq_.process(samples, frameCount); // a stereo design
         softClip(samples, count);
     }
+    meter_.rawPeak.set(maximumMagnitude(samples, count));
+    meter_.captureAmplitude(samples, frameCount, channelCount);
+    feedSpectrum(samples, frameCount, channelCount);
     const float volume = outputVolume_.load(std::memory_order_relaxed);
     if (volume < kUnityVolume) scaleSamples(samples, count, volume);
+}
+
+void AudioEngine::feedSpectrum(const float* samples, std::int64_t frameCount,
+                               std::int64_t channelCount) noexcept HALVO_REALTIME {
+    const auto ring = ringBuffer_.format();
+    const auto rate =
+        ring ? static_cast<float>(ring->sampleRate) : static_cast<float>(kDefaultFormat.sampleRate);
+    if (rate < SpectrumAnalyzer::kMinimumSampleRate) return;
+    spectrum_.feed(samples, frameCount, channelCount, rate);
 }
 
 void AudioEngine::render(const RenderBuffer& buffer,

@@ -1,6 +1,8 @@
 #pragma once
 
+#include "audio/AudioMeter.h"
 #include "audio/SharedRingBufferReader.h"
+#include "audio/SpectrumAnalyzer.h"
 #include "audio/TenBandEQ.h"
 #include "base/Realtime.h"
 #include "platform/OutputUnit.h"
@@ -14,6 +16,7 @@
 
 namespace halvo {
 
+class MainQueue;
 class StandardOutput;
 
 /// The real-time path: pulls frames from the ring inside the output unit's render callback and
@@ -24,8 +27,8 @@ class AudioEngine {
     /// Finds the device for a UID, as `DeviceManager::audioDeviceID` does.
     using DeviceLookup = std::function<std::optional<AudioDeviceID>(const std::string& uid)>;
 
-    AudioEngine(SharedMemory& memory, OutputUnitFactory& units, StandardOutput& output,
-                DeviceLookup lookup);
+    AudioEngine(SharedMemory& memory, OutputUnitFactory& units, MainQueue& queue,
+                StandardOutput& output, DeviceLookup lookup);
     ~AudioEngine();
 
     /// Maps the ring and plays to the named device. Without a ring it prints why and stays stopped;
@@ -45,6 +48,8 @@ class AudioEngine {
     bool isRingCurrent() const;
     SharedRingBufferReader& ringBuffer() { return ringBuffer_; }
     TenBandEQ& eq() { return eq_; }
+    AudioMeter& meter() { return meter_; }
+    SpectrumAnalyzer& spectrum() { return spectrum_; }
 
     /// The preset whose preamp is applied; absent means no preamp.
     const std::optional<EQPreset>& currentPreset() const { return currentPreset_; }
@@ -56,7 +61,8 @@ class AudioEngine {
     bool eqEnabled() const { return eqEnabled_.load(std::memory_order_relaxed); }
     void setEQEnabled(bool enabled) { eqEnabled_.store(enabled, std::memory_order_relaxed); }
 
-    /// Processes interleaved samples in place. Negative counts end the process. Render thread.
+    /// Processes interleaved samples in place. Meter and spectrum hear them before the volume.
+    /// Negative counts end the process. Render thread.
     void processBuffer(float* samples, std::int64_t frameCount,
                        std::int64_t channelCount) noexcept HALVO_REALTIME;
 
@@ -64,6 +70,8 @@ class AudioEngine {
     friend OSStatus renderCallback(void*, std::uint32_t*, const RenderTimestamp*, std::uint32_t,
                                    std::uint32_t, RenderBufferList*) noexcept HALVO_REALTIME;
     void render(const RenderBuffer& buffer, std::uint32_t frameCount) noexcept HALVO_REALTIME;
+    void feedSpectrum(const float* samples, std::int64_t frameCount,
+                      std::int64_t channelCount) noexcept HALVO_REALTIME;
     StreamFormat streamFormat() const;
 
     // Main thread.
@@ -79,7 +87,9 @@ class AudioEngine {
     std::atomic<bool> eqEnabled_{true};
     // Render thread while the unit runs.
     SharedRingBufferReader ringBuffer_;
+    AudioMeter meter_;
     TenBandEQ eq_;
+    SpectrumAnalyzer spectrum_;
     // Last, so that rendering ends before what it uses.
     std::unique_ptr<OutputUnit> outputUnit_;
 };

@@ -6,7 +6,7 @@
 
 namespace halvo {
 
-/// Operations on `count` samples in place. Render thread.
+/// Operations on `count` samples, in place where they change them. Render thread.
 
 /// Multiplies every sample by `gain`.
 void scaleSamples(float* samples, std::int64_t count, float gain) noexcept HALVO_REALTIME;
@@ -15,5 +15,11 @@ void scaleSamples(float* samples, std::int64_t count, float gain) noexcept HALVO
 /// Samples within [−1, 1] stay. By design the curve jumps at the bounds: just above 1 gives just
 /// above 0.5, and the result approaches 1 only as x grows.
 void softClip(float* samples, std::int64_t count) noexcept HALVO_REALTIME;
+
+/// The largest magnitude; 0 of nothing.
+float maximumMagnitude(const float* samples, std::int64_t count) noexcept HALVO_REALTIME;
+
+/// The root of the mean of the squares; 0 of nothing.
+float rootMeanSquare(const float* samples, std::int64_t count) noexcept HALVO_REALTIME;
 
 } // namespace halvo

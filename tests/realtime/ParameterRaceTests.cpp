@@ -39,7 +39,7 @@ void writeUntil(FakeSharedMemory& memory, const std::atomic<bool>& done) {
 // Says little without ThreadSanitizer, under which any unguarded word ends it.
 TEST(ParameterRace, MainThreadMayChangeEverythingWhileSoundIsRendered) {
     FakePlatform platform;
-    AudioEngine engine(platform.sharedMemory, platform.outputUnits, platform.standardOutput,
+    AudioEngine engine(platform.sharedMemory, platform.outputUnits, platform.mainQueue, platform.standardOutput,
                        [](const std::string&) { return std::optional<AudioDeviceID>(); });
     platform.sharedMemory.createRing(48000, 2, kCapacity);
     engine.start("");

@@ -14,7 +14,7 @@ class Engine : public testing::Test {
   protected:
     FakePlatform fake;
     AudioEngine engine{
-        fake.sharedMemory, fake.outputUnits, fake.standardOutput,
+        fake.sharedMemory, fake.outputUnits, fake.mainQueue, fake.standardOutput,
         [this](const std::string& uid) { return fake.audioHardware.deviceForUID(uid); }};
 
     void start(std::uint32_t channels = 2, std::uint32_t rate = 48000) {

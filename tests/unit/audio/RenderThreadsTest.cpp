@@ -15,7 +15,7 @@ TEST(Threads, EveryParameterChangesUnderARunningRenderThread) {
     fake.audioHardware.add("acc.a", "Speakers");
     fake.sharedMemory.createRing(48000, 2, 8192);
     AudioEngine engine(
-        fake.sharedMemory, fake.outputUnits, fake.standardOutput,
+        fake.sharedMemory, fake.outputUnits, fake.mainQueue, fake.standardOutput,
         [&](const std::string& uid) { return fake.audioHardware.deviceForUID(uid); });
     engine.start("acc.a");
     auto* unit = fake.outputUnits.current;
