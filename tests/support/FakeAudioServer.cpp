@@ -89,7 +89,13 @@ const FakeAudioServer::Sink* FakeAudioServer::sink(AudioDeviceID device) const {
     return found == sinks_.end() ? nullptr : &found->second;
 }
 
+void FakeAudioServer::release() {
+    held_.reset();
+    followDefault();
+}
+
 std::string FakeAudioServer::defaultUID() const {
+    if (held_) return *held_;
     if (configured_ && sink(*configured_) != nullptr) return *configured_;
     std::string result;
     for (const auto& [id, sink] : sinks_) {
@@ -259,7 +265,7 @@ void FakeAudioServer::moveStreams() {
 void FakeAudioServer::notify(const std::string& topic) {
     const auto [first, end] = listeners_.equal_range(topic);
     for (auto entry = first; entry != end; ++entry) {
-        queue_.async([this, topic, listener = entry->second] {
+        queue_.after(newsDelay, [this, topic, listener = entry->second] {
             if (listeners_.contains(topic)) listener(); // not silenced meanwhile
         });
     }

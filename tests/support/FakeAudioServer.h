@@ -15,7 +15,7 @@ namespace halvo::test {
 
 /// A sound server in memory: sinks with levels, streams that follow the default or are pinned to a
 /// sink, and a default that is the requested sink or, without a request, the first of its list.
-/// Listeners run one turn of the queue later, streams follow a new default after `moveDelay`.
+/// Listeners hear of a change after `newsDelay`, streams follow a new default after `moveDelay`.
 class FakeAudioServer final : public AudioServer {
   public:
     struct Sink {
@@ -46,9 +46,15 @@ class FakeAudioServer final : public AudioServer {
 
     // How it behaves.
     std::chrono::milliseconds moveDelay{5};
+    std::chrono::milliseconds newsDelay{10}; ///< slower than the streams
     std::set<std::string> last;    ///< UIDs that are the default only when nothing else is there
     std::function<void()> changed; ///< called after everything that may be heard
 
+    /// Requests for a default have no effect until it is released.
+    void hold() { held_ = defaultUID(); }
+    void release();
+
+    bool isProtected(const std::string& uid) const { return protected_.contains(uid); }
     const std::vector<Stream>& streams() const { return streams_; }
     const Sink* sink(const std::string& uid) const;
     const Sink* sink(AudioDeviceID device) const;
@@ -99,6 +105,7 @@ class FakeAudioServer final : public AudioServer {
     std::vector<Stream> streams_;
     std::optional<std::string> configured_;
     std::string seenDefault_;
+    std::optional<std::string> held_; ///< the default, whatever is requested
     std::map<std::string, DeviceLevel> protected_;
     std::multimap<std::string, Listener> listeners_; ///< by topic
     std::vector<std::string> calls_;

@@ -37,8 +37,7 @@ LoudnessGuard::LoudnessGuard(AudioServer& server, OutputGate& gate, MainQueue& m
                              SystemLog& log, std::filesystem::path record)
     : LoudnessGuard(server, &gate, &mainQueue, &log, std::move(record)) {
     listen();
-    // Not here: whoever made the guard may be about to repair that session itself.
-    mainQueue.async(whileAlive(&LoudnessGuard::giveBackLeft));
+    giveBackLeft();
 }
 
 std::unique_ptr<LoudnessGuard> LoudnessGuard::forGiveBack(AudioServer& server,

@@ -44,9 +44,6 @@ bool LoudnessGuard::restoreDefault(AudioDeviceID id, const std::string& uid) {
     if (mainQueue_ == nullptr) return true; // the next start repeats this and needs the record
     record_.origin.reset();
     active_.clear();
-    if (!givesBack_) {
-        std::erase_if(devices_, [](const auto& entry) { return entry.second.state == State::own; });
-    }
     (void)save(); // what it still tells of is put right at the next start
     return true;
 }

@@ -44,6 +44,9 @@ class LoudnessGuardEndTest : public testing::Test {
         machine.delegate->deviceManager().selectedDeviceID.set(kSpeakers);
         machine.settle();
         ASSERT_EQ(machine.level(kHeadphones), stereo(0.5F, 1));
+        server.changeLevel(kVirtualDeviceUID, stereo(0.1F));
+        machine.settle();
+        machine.allow(kMusic, 0.5F); // the end brings back what was found
     }
     void expectOwnLevels() {
         EXPECT_EQ(machine.level(kSpeakers), speakers);
@@ -81,7 +84,9 @@ TEST_F(LoudnessGuardEndTest, TerminationGivesEveryDeviceBackFromTheRecord) {
 TEST_F(LoudnessGuardEndTest, AfterTerminationBeganTheMainThreadRaisesNothing) {
     begin();
     machine.launch();
+    EXPECT_TRUE(server.isProtected(kSpeakers));
     std::thread([this] { machine.guard->silenceListeners(); }).join();
+    EXPECT_FALSE(server.isProtected(kSpeakers)); // or giving the default back would lower it
     const auto hardware = LoudnessGuard::forGiveBack(server, machine.record());
     const auto before = server.calls();
     const auto device = *server.deviceForUID(kHeadphones);
@@ -167,6 +172,18 @@ INSTANTIATE_TEST_SUITE_P(Requests, ConfiguredDefaultTest,
                                          Configured{"oneThatIsAway", "acc.away", "acc.away"}),
                          [](const auto& test) { return std::string(test.param.name); });
 
+TEST_F(LoudnessGuardEndTest, ARequestThatTakesEffectLateIsStillTakenBack) {
+    begin();
+    server.hold();
+    machine.start();
+    machine.pass(400ms); // by now the application has asked twice
+    server.release();
+    machine.settle();
+    EXPECT_EQ(server.defaultUID(), kVirtualDeviceUID);
+    machine.quit();
+    EXPECT_EQ(server.configuredDefault(), std::nullopt);
+}
+
 TEST_F(LoudnessGuardEndTest, ADefaultThatWouldGoElsewhereIsPinned) {
     begin();
     machine.launch();
@@ -176,6 +193,15 @@ TEST_F(LoudnessGuardEndTest, ADefaultThatWouldGoElsewhereIsPinned) {
     machine.quit();
     EXPECT_EQ(server.configuredDefault(), kHeadphones);
     EXPECT_EQ(server.defaultUID(), kHeadphones);
+}
+
+TEST_F(LoudnessGuardEndTest, ADefaultThatNoLongerComesByItselfIsPinned) {
+    begin();
+    machine.launch();
+    server.last.insert(kSpeakers); // something that ranks higher is there now
+    machine.quit();
+    EXPECT_EQ(server.configuredDefault(), kSpeakers);
+    EXPECT_EQ(server.defaultUID(), kSpeakers);
 }
 
 TEST_F(LoudnessGuardEndTest, TheRecordIsWrittenBeforeTheRaise) {

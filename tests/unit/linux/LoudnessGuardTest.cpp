@@ -117,9 +117,24 @@ TEST_F(LoudnessGuardTest, ADeviceWithAForeignStreamKeepsItsLevel) {
 TEST_F(LoudnessGuardTest, AForeignStreamThatEndsInTimeDelaysTheRaise) {
     begin(stereo(0.5F));
     server.moveDelay = 900ms; // this desktop moves its streams slowly
-    machine.launch();
+    machine.start();
+    machine.pass(800ms);
+    EXPECT_EQ(machine.level(kSpeakers), stereo(0.5F));
+    machine.pass(200ms);
     EXPECT_EQ(machine.level(kSpeakers), stereo(1));
     EXPECT_HEARD(machine, kMusic, 0.5F);
+}
+
+TEST_F(LoudnessGuardTest, ALevelThatChangesWhileTheRaiseWaitsIsTheOneToGiveBack) {
+    begin(stereo(0.5F));
+    server.moveDelay = 900ms;
+    machine.start();
+    machine.pass(800ms);
+    server.changeLevel(kSpeakers, stereo(0.4F));
+    machine.settle();
+    EXPECT_EQ(machine.level(kSpeakers), stereo(1));
+    machine.quit();
+    EXPECT_EQ(machine.level(kSpeakers), stereo(0.4F));
 }
 
 TEST_F(LoudnessGuardTest, ADeviceThatWasGivenUpIsRaisedWithoutAJumpWhenAskedAgain) {
@@ -136,6 +151,31 @@ TEST_F(LoudnessGuardTest, ADeviceThatWasGivenUpIsRaisedWithoutAJumpWhenAskedAgai
     machine.settle();
     EXPECT_EQ(machine.level(kSpeakers), stereo(1));
     EXPECT_HEARD(machine, kMusic, 0.5F);
+    machine.quit();
+    EXPECT_EQ(server.configuredDefault(), std::nullopt); // nobody asked but the application
+}
+
+TEST_F(LoudnessGuardTest, ADeviceThatWasGivenUpIsAsLoudAsEverOnceItIsChosenAfresh) {
+    begin(stereo(0.5F), stereo(0.8F));
+    server.play("game", kSpeakers);
+    machine.settle();
+    machine.launch();
+    server.stopStream("game");
+    machine.allow(kMusic, 0.5F);
+    server.choose(kSpeakers);
+    machine.settle();
+    EXPECT_HEARD(machine, kMusic, 0.5F);
+
+    server.play("call", kHeadphones);
+    pick(kHeadphones);
+    EXPECT_EQ(machine.level(kHeadphones), stereo(0.8F));
+    EXPECT_THAT(log(), Contains(HasSubstr("play straight into Headphones")));
+    EXPECT_HEARD(machine, kMusic, 0.4F);
+    machine.allow(kMusic, 0.5F);
+    pick(kSpeakers);
+    server.stopStream("call");
+    pick(kHeadphones);
+    EXPECT_HEARD(machine, kMusic, 0.5F);
 }
 
 TEST_F(LoudnessGuardTest, AStreamPutStraightIntoARaisedDeviceIsAsLoudAsTheSession) {
@@ -143,7 +183,7 @@ TEST_F(LoudnessGuardTest, AStreamPutStraightIntoARaisedDeviceIsAsLoudAsTheSessio
     machine.launch();
     turnTo(stereo(0.1F));
     server.play("call", kSpeakers);
-    machine.fake.mainQueue.flush();
+    machine.pass(server.newsDelay);
     EXPECT_EQ(machine.level(kSpeakers), stereo(0.1F, 0.05F));
     machine.settle();
     EXPECT_THAT(log(), Contains(HasSubstr("play straight into Speakers")));
@@ -174,6 +214,10 @@ TEST_P(DefaultChangeTest, NeverGetsLouderThanTheDeviceThatWasChosen) {
     EXPECT_EQ(server.defaultUID(), kVirtualDeviceUID);
     EXPECT_EQ(machine.level(change.uid), stereo(1));
     EXPECT_HEARD(machine, kMusic, change.expected);
+    machine.allow(kMusic, 1);
+    machine.quit();
+    EXPECT_EQ(machine.level(kSpeakers), stereo(0.5F));
+    EXPECT_EQ(machine.level(kHeadphones), stereo(change.headphones));
 }
 
 INSTANTIATE_TEST_SUITE_P(Devices, DefaultChangeTest,
@@ -195,6 +239,50 @@ TEST_F(LoudnessGuardTest, ADefaultChangeToAFormerDeviceUsesItsSessionLevel) {
     EXPECT_HEARD(machine, kMusic, 0.3F);
 }
 
+TEST_F(LoudnessGuardTest, ADefaultChangeKeepsAMutedSessionSilent) {
+    begin(stereo(0.5F));
+    machine.launch();
+    turnTo(muted(0.5F));
+    server.choose(kSpeakers);
+    machine.settle();
+    EXPECT_EQ(machine.level(kVirtualDeviceUID), muted(0.5F));
+}
+
+TEST_F(LoudnessGuardTest, TheEngineIsSilentWhileProgramsPlayStraightIntoAnotherDefault) {
+    begin(stereo(0.5F));
+    machine.launch();
+    EXPECT_TRUE(machine.gate.isOpen());
+    server.choose(kHeadphones);
+    machine.pass(server.newsDelay);
+    EXPECT_FALSE(machine.gate.isOpen());
+    machine.pass(400ms); // shortly before the virtual device is the default again
+    EXPECT_FALSE(machine.gate.isOpen());
+    machine.settle();
+    EXPECT_TRUE(machine.gate.isOpen());
+}
+
+TEST_F(LoudnessGuardTest, ADefaultIsNotRaisedEvenWhileNothingPlays) {
+    begin(stereo(0.5F), stereo(0.2F));
+    machine.launch();
+    server.stopStream(kMusic);
+    server.choose(kHeadphones);
+    machine.pass(400ms);
+    machine.allow("alarm", 0.2F);
+    server.play("alarm");
+    machine.settle();
+    EXPECT_EQ(machine.level(kHeadphones), stereo(1));
+    EXPECT_HEARD(machine, "alarm", 0.2F);
+}
+
+TEST_F(LoudnessGuardTest, ADefaultChangeToADeviceThatWasJustPickedIsSafe) {
+    begin(stereo(0.3F), stereo(0.8F));
+    machine.launch();
+    pick(kHeadphones);
+    server.choose(kHeadphones);
+    machine.settle();
+    EXPECT_HEARD(machine, kMusic, 0.3F);
+}
+
 TEST_F(LoudnessGuardTest, ADefaultThatTheEngineDoesNotFollowLeavesItsLoudnessAlone) {
     begin(stereo(0.2F));
     server.plug("conference", "Microsoft Teams Audio", stereo(1));
@@ -203,14 +291,18 @@ TEST_F(LoudnessGuardTest, ADefaultThatTheEngineDoesNotFollowLeavesItsLoudnessAlo
     server.choose("conference");
     machine.pass(400ms);
     machine.allow(kMusic, 1);
-    machine.pass(3s);
+    machine.settle();
     EXPECT_EQ(server.defaultUID(), kVirtualDeviceUID);
     EXPECT_HEARD(machine, kMusic, 0.2F);
+    machine.quit();
+    EXPECT_EQ(server.defaultUID(), kSpeakers);
+    EXPECT_THAT(server.calls(), Not(Contains("configured conference")));
 }
 
 TEST_F(LoudnessGuardTest, PickingADeviceIsNeverLouderThanEither) {
-    begin(stereo(0.3F), stereo(0.8F));
+    begin(stereo(0.5F), stereo(0.8F));
     machine.launch();
+    turnTo(stereo(0.3F));
     pick(kHeadphones);
     EXPECT_EQ(machine.level(kHeadphones), stereo(1));
     EXPECT_HEARD(machine, kMusic, 0.3F);
@@ -220,9 +312,9 @@ TEST_F(LoudnessGuardTest, PickingADeviceIsNeverLouderThanEither) {
     turnTo(stereo(0.1F));
     pick(kHeadphones);
     EXPECT_HEARD(machine, kMusic, 0.1F);
-    machine.allow(kMusic, 0.3F); // the speakers' own level comes back
+    machine.allow(kMusic, 0.5F); // the speakers' own level comes back
     machine.quit();
-    EXPECT_EQ(machine.level(kSpeakers), stereo(0.3F));
+    EXPECT_EQ(machine.level(kSpeakers), stereo(0.5F));
     EXPECT_EQ(machine.level(kHeadphones), stereo(0.8F));
 }
 
@@ -255,11 +347,46 @@ TEST_F(LoudnessGuardTest, ADeviceThatVanishedAndReturnsIsStillKnown) {
     EXPECT_EQ(machine.level(kSpeakers), stereo(0.5F, 0.25F));
 }
 
+TEST_F(LoudnessGuardTest, ADeviceThatReturnsWithoutBeingUsedIsGivenBack) {
+    begin(stereo(0.5F));
+    server.plug("conference", "Microsoft Teams Audio", stereo(0.4F));
+    machine.launch();
+    pick("conference");
+    pick(kSpeakers);
+    server.unplug("conference");
+    machine.settle();
+    server.plug("conference", "Microsoft Teams Audio", stereo(1)); // its mixer kept the raise
+    machine.settle();
+    EXPECT_EQ(machine.level("conference"), stereo(0.4F));
+    EXPECT_FALSE(server.isProtected("conference"));
+}
+
+TEST_F(LoudnessGuardTest, ARestartOfTheServerIsNoLouderThanTheSession) {
+    begin(stereo(0.5F));
+    machine.launch();
+    turnTo(stereo(0.1F));
+    for (const char* uid : {kVirtualDeviceUID, kHeadphones, kSpeakers})
+        server.unplug(uid);
+    machine.pass(1s);
+    machine.allow(kMusic, 0.1F);
+    for (const char* uid : {kSpeakers, kHeadphones, kVirtualDeviceUID}) {
+        server.plugAgain(uid);
+        machine.pass(100ms);
+    }
+    machine.settle();
+    EXPECT_EQ(server.defaultUID(), kVirtualDeviceUID);
+    EXPECT_HEARD(machine, kMusic, 0.1F);
+    machine.allow(kMusic, 0.5F);
+    machine.quit();
+    EXPECT_EQ(machine.level(kSpeakers), stereo(0.5F));
+}
+
 TEST_F(LoudnessGuardTest, AWaitingRaiseGoesByTheLevelOfThatMoment) {
     server.plug(kSpeakers, "Speakers", stereo(0.5F));
     server.play(kMusic);
     machine.launch(); // without the driver the speakers stay the default
     machine.pass(10s);
+    EXPECT_THAT(log(), Not(Contains(HasSubstr("play straight into"))));
     server.changeLevel(kSpeakers, stereo(0.2F));
     machine.settle();
     machine.plugDriver();

@@ -42,6 +42,11 @@ void LoudnessMachine::plugDriver() {
 }
 
 void LoudnessMachine::launch() {
+    start();
+    settle();
+}
+
+void LoudnessMachine::start() {
     guard.emplace(server, gate, fake.mainQueue, fake.systemLog, record());
     const auto all = fake.platform();
     delegate = AppDelegate::create({*guard, all.outputUnits, all.sharedMemory, all.mainQueue,
@@ -49,7 +54,6 @@ void LoudnessMachine::launch() {
                                     all.standardOutput, all.alert, all.driverInstallation,
                                     all.terminationSignal, all.application});
     delegate->applicationDidFinishLaunching();
-    settle();
 }
 
 void LoudnessMachine::quit() {

@@ -33,7 +33,8 @@ class LoudnessMachine {
     std::shared_ptr<AppDelegate> delegate;
 
     void plugDriver(); ///< the virtual device, at full scale, and its ring
-    void launch();     ///< and lets it settle
+    void start();      ///< the application; everything that follows is still to come
+    void launch();     ///< starts and settles
     void quit();
     void terminate(); ///< SIGTERM
     void crash();
