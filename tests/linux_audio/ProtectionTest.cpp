@@ -42,6 +42,11 @@ TEST_F(ProtectionTest, LowersARaisedDeviceBeforeAStreamIsHeardThere) {
 
 TEST_F(ProtectionTest, ActsWithoutTheMainThreadAndOnEitherKey) {
     const DeviceLevel own{{0.5F, 0.25F}, true};
+    // It is the default already, because nobody asked for another; now somebody asks for it.
+    raise("acc.a", own);
+    ASSERT_TRUE(session_->setDefault("acc.a"));
+    EXPECT_TRUE(session::PrivateSession::waitFor(
+        [&] { return session_->volume("acc.a") == own.channelVolumes; }));
     raise("acc.b", own);
     // Nothing runs the main queue here.
     ASSERT_TRUE(session_->setDefault("acc.b"));

@@ -72,6 +72,26 @@ TEST_F(RecoveryTest, OfAServerThatComesLate) {
     EXPECT_TRUE(waitFor([&] { return lists > 0 && hardware.defaultOutput(); }));
 }
 
+TEST_F(RecoveryTest, WaitsForTheSessionManagerButNotForEver) {
+    session_->stopServer();
+    const auto server = session_->spawn({"pipewire"});
+    ASSERT_TRUE(server);
+    std::unique_ptr<PipeWireConnection> connection;
+    ASSERT_TRUE(waitFor([&] {
+        connection = PipeWireConnection::create(session_->serverSocket());
+        const PipeWireConnection::Lock lock(*connection);
+        return connection->core() != nullptr;
+    }));
+    {
+        // Long after everything that the server knows has come; there is no default yet.
+        PipeWireConnection::Lock lock(*connection);
+        for (int i = 0; i < 10; ++i)
+            ASSERT_TRUE(lock.roundTrip(session::PrivateSession::kPatience));
+        EXPECT_FALSE(connection->isReady());
+    }
+    EXPECT_TRUE(connection->waitUntilReady(session::PrivateSession::kPatience));
+}
+
 TEST_F(RecoveryTest, LeavesASecondConnectionAlone) {
     // As the termination signal's thread uses one: its own, while the main thread goes on.
     FakeMainQueue otherQueue;
