@@ -17,6 +17,7 @@ AppDelegate::AppDelegate(const Platform& platform)
                    [this](const std::string& uid) { return deviceManager_.audioDeviceID(uid); }),
       deviceManager_(platform.audioHardware, platform.mainQueue),
       presetManager_(platform.fileSystem, platform.userDefaults, platform.systemLog),
+      appSettings_(platform.userDefaults),
       driverInstaller_(platform.driverInstallation, platform.alert, platform.systemLog) {}
 
 void AppDelegate::applicationDidFinishLaunching() {
@@ -34,6 +35,7 @@ void AppDelegate::applicationDidFinishLaunching() {
     setupAutoSwitch();
     setupAudioEngine();
     setupVolumeMonitoring();
+    setupSettingsBindings();
     setupRecovery();
     log_.write("Launch done");
 }

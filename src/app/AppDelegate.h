@@ -2,12 +2,15 @@
 
 #include "app/DiagnosticLog.h"
 #include "app/SavedSession.h"
+#include "app/StatusEQView.h"
 #include "audio/AudioEngine.h"
+#include "audio/SpectrumData.h"
 #include "base/Subscription.h"
 #include "devices/DeviceManager.h"
 #include "devices/DriverInstaller.h"
 #include "platform/Platform.h"
 #include "presets/PresetManager.h"
+#include "settings/AppSettings.h"
 
 #include <memory>
 #include <optional>
@@ -29,6 +32,9 @@ class AppDelegate : public std::enable_shared_from_this<AppDelegate> {
     AudioEngine& audioEngine() { return audioEngine_; }
     DeviceManager& deviceManager() { return deviceManager_; }
     PresetManager& presetManager() { return presetManager_; }
+    SpectrumData& spectrumData() { return spectrumData_; }
+    AppSettings& appSettings() { return appSettings_; }
+    StatusEQView& statusView() { return statusView_; }
 
     /// The real device that was the default when the application took over.
     const std::optional<std::string>& originalOutputUID() const { return originalOutputUID_; }
@@ -49,6 +55,8 @@ class AppDelegate : public std::enable_shared_from_this<AppDelegate> {
 
     // The engine and what drives it: AppDelegateEngine.cpp.
     void setupAudioEngine();
+    void connectMeters();
+    void setupSettingsBindings();
     void startEngine(const std::string& uid);
     void subscribeToPresets();
     void subscribeToDevices();
@@ -84,6 +92,9 @@ class AppDelegate : public std::enable_shared_from_this<AppDelegate> {
     AudioEngine audioEngine_;
     DeviceManager deviceManager_;
     PresetManager presetManager_;
+    SpectrumData spectrumData_;
+    AppSettings appSettings_;
+    StatusEQView statusView_;
     DriverInstaller driverInstaller_;
 
     std::optional<std::string> originalOutputUID_;

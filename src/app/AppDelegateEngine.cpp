@@ -1,6 +1,7 @@
 #include "app/AppDelegate.h"
 
 #include "app/RealDevices.h"
+#include "platform/MainQueue.h"
 
 #include <algorithm>
 
@@ -17,6 +18,7 @@ const EQPreset* findPreset(const std::vector<EQPreset>& presets, const std::opti
 } // namespace
 
 void AppDelegate::setupAudioEngine() {
+    connectMeters();
     const auto uid = originalOutputUID_ ? originalOutputUID_
                                         : findRealOutputDevice(deviceManager_.outputDevices.get());
     if (uid) {
@@ -30,6 +32,53 @@ void AppDelegate::setupAudioEngine() {
     if (!presetManager_.presets.get().empty()) {
         presetManager_.activate(presetManager_.presets.get().front());
     }
+}
+
+/// Meter and analyser call on the main thread already.
+void AppDelegate::connectMeters() {
+    const auto weak = weak_from_this();
+    audioEngine_.spectrum().onSpectrumUpdate = [weak](const auto& levels) {
+        if (const auto delegate = weak.lock()) delegate->spectrumData_.bandLevels.set(levels);
+    };
+    auto& meter = audioEngine_.meter();
+    meter.onWaveformUpdate = [weak](const auto& history) {
+        const auto delegate = weak.lock();
+        if (!delegate) return;
+        delegate->statusView_.waveformSamples = history;
+        delegate->statusView_.setNeedsDisplay();
+    };
+    meter.onLevelUpdate = [weak](float level) {
+        if (const auto delegate = weak.lock()) delegate->statusView_.level = level;
+    };
+    meter.onRunningUpdate = [weak](bool isRunning) {
+        const auto delegate = weak.lock();
+        if (!delegate) return;
+        delegate->statusView_.isIORunning = isRunning;
+        delegate->statusView_.setNeedsDisplay();
+    };
+    meter.isIORunning = [weak] {
+        const auto delegate = weak.lock();
+        return delegate && delegate->audioEngine_.isRunning();
+    };
+}
+
+void AppDelegate::setupSettingsBindings() {
+    // One turn later: the accent is read from the settings, which store it after the announcement.
+    auto& queue = platform_.mainQueue;
+    cancellables_.push_back(
+        appSettings_.showMenubarWaveform.pipe().receiveOn(queue).subscribe([this](bool show) {
+            statusView_.showActiveWaveform = show;
+            statusView_.setNeedsDisplay();
+        }));
+    cancellables_.push_back(appSettings_.accentColorHex.pipe().receiveOn(queue).subscribe(
+        [this](const std::string& hex) {
+            if (hex == AppSettings::kNativeAccent) {
+                statusView_.waveformColor.reset();
+            } else {
+                statusView_.waveformColor = appSettings_.accentColor();
+            }
+            statusView_.setNeedsDisplay();
+        }));
 }
 
 void AppDelegate::startEngine(const std::string& uid) {

@@ -53,6 +53,20 @@ template <typename T> class Pipeline {
         });
     }
 
+    /// Passes values on at the next turn of a queue (anything with `async`), each as it was then.
+    /// The queue must outlive the subscription; what is under way when that ends is dropped.
+    template <typename Queue> Pipeline receiveOn(Queue& queue) && {
+        return Pipeline([source = std::move(source_), &queue](Handler<T> next) {
+            auto target = std::make_shared<Handler<T>>(std::move(next));
+            // The source alone keeps the handler alive.
+            return source([&queue, target](const T& value) {
+                queue.async([weak = std::weak_ptr(target), value] {
+                    if (const auto alive = weak.lock()) (*alive)(value);
+                });
+            });
+        });
+    }
+
     Subscription subscribe(Handler<T> handler) && { return source_(std::move(handler)); }
 
   private:
