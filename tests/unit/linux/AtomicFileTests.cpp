@@ -2,8 +2,10 @@
 
 #include "unit/linux/TemporaryDirectory.h"
 
+#include <array>
 #include <csignal>
 #include <gtest/gtest.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 
 namespace {
@@ -88,21 +90,25 @@ TEST(AtomicFileTests, AKilledWriterLeavesOneOfTheTwoTexts) {
     const std::string other(500'000, 'b');
     ASSERT_TRUE(AtomicFile::write(path, one));
     for (int round = 0; round < 15; ++round) {
+        std::array<int, 2> progress{};
+        ASSERT_EQ(::pipe(progress.data()), 0);
         const auto child = ::fork();
         ASSERT_GE(child, 0);
-        if (child == 0) {
-            while (true) {
-                (void)AtomicFile::write(path, other);
-                (void)AtomicFile::write(path, one);
-            }
+        if (child == 0) (void)::prctl(PR_SET_PDEATHSIG, SIGKILL); // none is left behind
+        while (child == 0) {
+            (void)AtomicFile::write(path, other);
+            (void)AtomicFile::write(path, one);
+            (void)!::write(progress[1], "", 1);
         }
-        // The child is at work: the file has changed, in this round a few times more.
-        for (int changes = 0; changes <= round % 4; ++changes) {
-            for (const auto last = inode(path); inode(path) == last;) {
-            }
-        }
+        // Until the child is at work, then a little later each time.
+        char step = 0;
+        EXPECT_EQ(::read(progress[0], &step, 1), 1);
+        for (int delay = 0; delay < round; ++delay)
+            (void)AtomicFile::read(path, kEnough);
         ::kill(child, SIGKILL);
         ::waitpid(child, nullptr, 0);
+        for (const int end : progress)
+            ::close(end);
         const auto left = AtomicFile::read(path, kEnough);
         ASSERT_TRUE(left == one || left == other)
             << "round " << round << ": " << (left ? left->size() : 0) << " bytes";
