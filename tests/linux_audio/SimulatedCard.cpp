@@ -2,6 +2,7 @@
 
 #include <array>
 #include <gtest/gtest.h>
+#include <iterator>
 #include <spa/monitor/utils.h>
 #include <spa/param/props.h>
 #include <spa/param/route.h>
@@ -89,7 +90,7 @@ void SimulatedCard::exportCard() {
     }();
     const spa_dict_item items[] = {{PW_KEY_DEVICE_NAME, "card"},
                                    {PW_KEY_MEDIA_CLASS, "Audio/Device"}};
-    const spa_dict properties = SPA_DICT_INIT_ARRAY(items);
+    const spa_dict properties{0, std::size(items), items};
     exported_.reset(pw_core_export(core_, SPA_TYPE_INTERFACE_Device, &properties, &device_, 0));
     EXPECT_TRUE(exported_);
     pw_proxy_add_listener(exported_.get(), exportedHook_.get(), &events, this);
@@ -104,7 +105,7 @@ void SimulatedCard::createSink(std::uint32_t card) {
                                    {"audio.position", "FL,FR"},
                                    {PW_KEY_DEVICE_ID, cardID.c_str()},
                                    {"card.profile.device", profileDevice.c_str()}};
-    const spa_dict properties = SPA_DICT_INIT_ARRAY(items);
+    const spa_dict properties{0, std::size(items), items};
     sink_.reset(static_cast<pw_proxy*>(pw_core_create_object(
         core_, "adapter", PW_TYPE_INTERFACE_Node, PW_VERSION_NODE, &properties, 0)));
     EXPECT_TRUE(sink_);
@@ -163,10 +164,11 @@ const spa_device_methods& SimulatedCard::methods() {
 
 void SimulatedCard::reportChange() {
     // A changed flag makes the server ask for the routes again.
-    spa_param_info param =
-        SPA_PARAM_INFO(SPA_PARAM_Route, SPA_PARAM_INFO_READWRITE | SPA_PARAM_INFO_SERIAL);
-    if (++changes_ % 2) param.flags = SPA_PARAM_INFO_READWRITE;
-    spa_device_info info = SPA_DEVICE_INFO_INIT();
+    spa_param_info param{};
+    param.id = SPA_PARAM_Route;
+    param.flags = SPA_PARAM_INFO_READWRITE;
+    if (++changes_ % 2 == 0) param.flags |= SPA_PARAM_INFO_SERIAL;
+    spa_device_info info{};
     info.change_mask = SPA_DEVICE_CHANGE_MASK_PARAMS;
     info.params = &param;
     info.n_params = 1;

@@ -44,7 +44,7 @@ TestSignal::Match TestSignal::match(const session::Recording& recording) {
 }
 
 OSStatus TestSignal::render(void* self, std::uint32_t*, const RenderTimestamp*, std::uint32_t,
-                            std::uint32_t frames, RenderBufferList* list) noexcept {
+                            std::uint32_t frames, RenderBufferList* list) noexcept HALVO_REALTIME {
     auto& signal = *static_cast<TestSignal*>(self);
     signal.inside = true;
     float* samples = list->buffers[0].data;

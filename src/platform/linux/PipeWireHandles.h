@@ -5,8 +5,11 @@
 
 #include <memory>
 
-// The server's calls are macros that cast their arguments in the manner of C.
+// The server's calls are macros in the manner of C.
 #pragma GCC diagnostic ignored "-Wold-style-cast"
+#ifdef __clang__
+#pragma clang diagnostic ignored "-Wgnu-statement-expression-from-macro-expansion"
+#endif
 
 namespace halvo {
 

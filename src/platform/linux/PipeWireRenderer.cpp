@@ -32,7 +32,7 @@ void PipeWireRenderer::prepare(const StreamFormat& format, RenderCallback callba
     clockSeen_ = false;
 }
 
-void PipeWireRenderer::render(float* samples, std::uint32_t frames) noexcept {
+void PipeWireRenderer::render(float* samples, std::uint32_t frames) noexcept HALVO_REALTIME {
     const std::size_t count = std::size_t{frames} * channels_;
     std::fill_n(samples, count, 0.0F);
     RenderBuffer buffer{channels_, static_cast<std::uint32_t>(count * sizeof(float)), samples};
@@ -47,7 +47,7 @@ void PipeWireRenderer::render(float* samples, std::uint32_t frames) noexcept {
     framesPlayed_.fetch_add(frames, std::memory_order_relaxed);
 }
 
-void PipeWireRenderer::fade(float* samples, std::uint32_t frames) noexcept {
+void PipeWireRenderer::fade(float* samples, std::uint32_t frames) noexcept HALVO_REALTIME {
     const bool open = gate_.isOpen();
     if (open && gain_ >= 1) return;
     float gain = gain_;
@@ -60,7 +60,7 @@ void PipeWireRenderer::fade(float* samples, std::uint32_t frames) noexcept {
 }
 
 void PipeWireRenderer::clock(std::uint32_t clockID, std::uint64_t position,
-                             std::uint64_t duration) noexcept {
+                             std::uint64_t duration) noexcept HALVO_REALTIME {
     const bool follows = !clockSeen_ || clockID != clockID_ || position == nextPosition_ ||
                          position == position_; // asked twice in one cycle
     if (!follows) underruns_.fetch_add(1, std::memory_order_relaxed);

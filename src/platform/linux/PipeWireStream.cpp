@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <iterator>
 #include <spa/node/io.h>
 #include <spa/param/audio/format-utils.h>
 #include <spa/param/props.h>
@@ -58,7 +59,7 @@ pw_properties* streamProperties(const std::string& sinkName) {
         {"state.restore-props", "false"},
         {"state.restore-target", "false"},
     };
-    const spa_dict dict = SPA_DICT_INIT_ARRAY(items);
+    const spa_dict dict{0, std::size(items), items};
     return pw_properties_new_dict(&dict);
 }
 
