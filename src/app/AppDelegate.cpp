@@ -43,6 +43,7 @@ void AppDelegate::applicationDidFinishLaunching() {
 void AppDelegate::applicationWillTerminate() {
     // Before the first write, or giving the default back would be taken for a person's choice.
     platform_.audioHardware.silenceListeners();
+    cancellables_.clear();
     giveOutputBack();
     SavedSession::clear(platform_.userDefaults);
     audioEngine_.stop();

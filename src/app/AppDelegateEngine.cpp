@@ -2,6 +2,7 @@
 
 #include "app/RealDevices.h"
 #include "platform/MainQueue.h"
+#include "platform/StatusPublisher.h"
 
 #include <algorithm>
 
@@ -38,7 +39,10 @@ void AppDelegate::setupAudioEngine() {
 void AppDelegate::connectMeters() {
     const auto weak = weak_from_this();
     audioEngine_.spectrum().onSpectrumUpdate = [weak](const auto& levels) {
-        if (const auto delegate = weak.lock()) delegate->spectrumData_.bandLevels.set(levels);
+        const auto delegate = weak.lock();
+        if (!delegate) return;
+        delegate->spectrumData_.bandLevels.set(levels);
+        delegate->platform_.statusPublisher.setBandLevels(levels);
     };
     auto& meter = audioEngine_.meter();
     meter.onWaveformUpdate = [weak](const auto& history) {
@@ -132,6 +136,7 @@ void AppDelegate::subscribeToDevices() {
 
 void AppDelegate::applyPreset(const EQPreset& preset) {
     audioEngine_.setCurrentPreset(preset);
+    platform_.statusPublisher.setActivePreset(preset.name);
     audioEngine_.eq().setBands(preset.bands);
 }
 

@@ -16,6 +16,7 @@ class Alert;
 class DriverInstallation;
 class TerminationSignal;
 class Application;
+class StatusPublisher;
 
 /// Everything that the system asks of the machine, in one bundle. Each service lives as long as
 /// the bundle's owner and outlives the application delegate.
@@ -32,6 +33,7 @@ struct Platform {
     DriverInstallation& driverInstallation;
     TerminationSignal& terminationSignal;
     Application& application;
+    StatusPublisher& statusPublisher;
 };
 
 } // namespace halvo

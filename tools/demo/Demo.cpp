@@ -6,6 +6,7 @@
 #include "ProcessUsage.h"
 #include "Progress.h"
 #include "SoundFile.h"
+#include "StatusWatch.h"
 #include "TransferFunction.h"
 
 #include <algorithm>
@@ -200,8 +201,12 @@ Demo::Outcome Demo::firstPresetRun() {
     auto application = ApplicationRun::start(*stage_);
     if (!application) return std::unexpected(application.error());
     if (auto ready = (*application)->waitUntilReady(); !ready) return ready;
+    StatusWatch status(stage_->session().directory() + "/run/bus");
     const auto take = Take::record(*stage_, trackFile_, track_.sound(), Stage::kVirtualOutput);
+    const auto seen = status.finish();
     if (!take) return std::unexpected(take.error());
+    report_.activePreset = seen.activePreset;
+    report_.bandLevels = seen.highestLevels;
     report_.underruns += take->gaps;
     report_.repeatedTakes += take->repetitions;
     if (const auto failure = writeSoundFile(folder_ + "/after.wav", take->heard))

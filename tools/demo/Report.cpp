@@ -2,6 +2,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
+
 #include <array>
 #include <cmath>
 #include <cstdarg>
@@ -81,6 +83,9 @@ std::vector<std::string> Report::failures() const {
         sentences.push_back(
             text("The first sound came %.0f ms after the start, not within %.0f ms.",
                  startToSoundMs, kMostStartMs));
+    if (activePreset.empty()) sentences.push_back("Halvo did not tell its active preset.");
+    if (!std::ranges::all_of(bandLevels, [](double level) { return level > 0 && level <= 1; }))
+        sentences.push_back("Not every band level rose during the demo track.");
     judgeCost(sentences, "halvo", halvo, kMostOfHalvo);
     judgeCost(sentences, "The driver", driver, kMostOfDriver);
     return sentences;
@@ -96,6 +101,8 @@ std::string Report::json() const {
     root["repeatedTakes"] = repeatedTakes;
     root["addedLatencyFrames"] = addedLatencyFrames;
     root["startToSoundMs"] = startToSoundMs;
+    root["activePreset"] = activePreset;
+    root["bandLevels"] = bandLevels;
     root["cpuPercent"] = {{"halvo", halvo.cpuPercent}, {"driver", driver.cpuPercent}};
     root["rssMiB"] = {{"halvo", halvo.rssMiB}, {"driver", driver.rssMiB}};
     return root.dump(2) + "\n";
@@ -115,6 +122,11 @@ std::string Report::table() const {
                    static_cast<long long>(addedLatencyFrames),
                    static_cast<double>(addedLatencyFrames) / 48.0);
     result += text("  Start to first sound       %.0f ms\n", startToSoundMs);
+    result += text("  Active preset              %s\n", activePreset.c_str());
+    result += "  Band levels, highest      ";
+    for (const double level : bandLevels)
+        result += text(" %.2f", level);
+    result += "\n";
     result += text("  halvo                      %.1f %% of a processor, %.1f MiB\n",
                    halvo.cpuPercent, halvo.rssMiB);
     result += text("  driver                     %.1f %% of a processor, %.1f MiB\n",

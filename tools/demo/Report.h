@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -38,6 +39,10 @@ struct Report {
     std::size_t repeatedTakes = 0;
     std::int64_t addedLatencyFrames = 0;
     double startToSoundMs = 0;
+    /// The preset that the application said was active during the demo track, and how high each of
+    /// its ten band levels (0 to 1) rose.
+    std::string activePreset;
+    std::array<double, 10> bandLevels{};
     Cost halvo;
     Cost driver;
 

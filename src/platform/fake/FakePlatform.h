@@ -25,14 +25,25 @@ struct FakePlatform {
     FakeDriverInstallation driverInstallation;
     FakeTerminationSignal terminationSignal;
     FakeApplication application;
+    FakeStatusPublisher statusPublisher;
 
     /// Pending work may hold what uses the other fakes.
     ~FakePlatform() { mainQueue.discard(); }
 
     Platform platform() {
-        return {audioHardware, outputUnits,        sharedMemory,      mainQueue,
-                userDefaults,  fileSystem,         systemLog,         standardOutput,
-                alert,         driverInstallation, terminationSignal, application};
+        return {.audioHardware = audioHardware,
+                .outputUnits = outputUnits,
+                .sharedMemory = sharedMemory,
+                .mainQueue = mainQueue,
+                .userDefaults = userDefaults,
+                .fileSystem = fileSystem,
+                .systemLog = systemLog,
+                .standardOutput = standardOutput,
+                .alert = alert,
+                .driverInstallation = driverInstallation,
+                .terminationSignal = terminationSignal,
+                .application = application,
+                .statusPublisher = statusPublisher};
     }
 };
 

@@ -6,6 +6,7 @@
 #include "platform/DriverInstallation.h"
 #include "platform/FileSystem.h"
 #include "platform/StandardOutput.h"
+#include "platform/StatusPublisher.h"
 #include "platform/SystemLog.h"
 #include "platform/TerminationSignal.h"
 #include "platform/fake/CallLog.h"
@@ -85,6 +86,16 @@ class FakeTerminationSignal final : public TerminationSignal {
   public:
     void install(Handler installed) override { handler = installed; }
     Handler handler = nullptr;
+};
+
+class FakeStatusPublisher final : public StatusPublisher {
+  public:
+    void setActivePreset(const std::string& name) override { activePreset = name; }
+    void setBandLevels(std::span<const float> levels) override {
+        bandLevels.assign(levels.begin(), levels.end());
+    }
+    std::string activePreset;
+    std::vector<float> bandLevels;
 };
 
 class FakeApplication final : public Application {

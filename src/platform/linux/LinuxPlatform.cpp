@@ -71,7 +71,8 @@ Platform LinuxPlatform::platform() {
             .alert = alert_,
             .driverInstallation = driverInstallation_,
             .terminationSignal = terminationSignal_,
-            .application = desktop_->application};
+            .application = desktop_->application,
+            .statusPublisher = statusService_};
 }
 
 } // namespace halvo

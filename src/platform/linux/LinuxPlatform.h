@@ -11,6 +11,7 @@
 #include "platform/linux/PipeWireAudioHardware.h"
 #include "platform/linux/PipeWireConnection.h"
 #include "platform/linux/PipeWireOutputUnit.h"
+#include "platform/linux/StatusService.h"
 #include "platform/linux/SyslogSystemLog.h"
 #include "platform/linux/XdgFileSystem.h"
 #include "platform/posix/ProcessStandardOutput.h"
@@ -63,6 +64,7 @@ class LinuxPlatform final : public PlatformHost {
     JsonUserDefaults userDefaults_;
     LinuxDriverInstallation driverInstallation_;
     LinuxSharedMemory sharedMemory_;
+    StatusService statusService_;
 
     Connection connection_;
     PipeWireAudioHardware server_;

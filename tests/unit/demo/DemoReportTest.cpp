@@ -26,6 +26,8 @@ Report goodReport() {
     report.flatBitExact = true;
     report.addedLatencyFrames = 1024;
     report.startToSoundMs = 480.5;
+    report.activePreset = "R&B";
+    report.bandLevels.fill(0.5);
     report.halvo = {.cpuPercent = 2.5, .rssMiB = 60};
     report.driver = {.cpuPercent = 0.5, .rssMiB = 12};
     return report;
@@ -54,6 +56,8 @@ TEST(ReportTest, NamesEachNumberThatDoesNotHold) {
         {"slow start", [](Report& r) { r.startToSoundMs = 9000; }, "9000 ms"},
         {"start not a number", [&](Report& r) { r.startToSoundMs = nan; }, "ms after the start"},
         {"busy", [](Report& r) { r.halvo.cpuPercent = 99; }, "halvo took 99.0"},
+        {"no preset told", [](Report& r) { r.activePreset.clear(); }, "active preset"},
+        {"a silent band", [](Report& r) { r.bandLevels[3] = 0; }, "band level"},
         {"no memory read", [](Report& r) { r.driver.rssMiB = 0; }, "driver held 0.0"},
     };
     for (const Case& item : cases) {

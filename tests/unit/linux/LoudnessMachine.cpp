@@ -52,7 +52,7 @@ void LoudnessMachine::start() {
     delegate = AppDelegate::create({*guard, all.outputUnits, all.sharedMemory, all.mainQueue,
                                     all.userDefaults, all.fileSystem, all.systemLog,
                                     all.standardOutput, all.alert, all.driverInstallation,
-                                    all.terminationSignal, all.application});
+                                    all.terminationSignal, all.application, all.statusPublisher});
     delegate->applicationDidFinishLaunching();
 }
 

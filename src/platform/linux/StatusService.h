@@ -1,0 +1,34 @@
+#pragma once
+
+#include "platform/StatusPublisher.h"
+
+#include <QList>
+#include <QObject>
+#include <QString>
+
+namespace halvo {
+
+/// The program's status on the session bus: interface org.halvo.Status of the application's object.
+/// It answers when it is asked and sends nothing by itself. Main thread only.
+class StatusService final : public QObject, public StatusPublisher {
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.halvo.Status")
+
+  public:
+    /// Does nothing without a session bus.
+    StatusService();
+
+    void setActivePreset(const std::string& name) override;
+    void setBandLevels(std::span<const float> levels) override;
+
+  public Q_SLOTS:
+    Q_SCRIPTABLE QString ActivePreset() const { return activePreset_; }
+    /// Ten levels from 0 to 1, lowest band first.
+    Q_SCRIPTABLE QList<double> BandLevels() const { return bandLevels_; }
+
+  private:
+    QString activePreset_;
+    QList<double> bandLevels_;
+};
+
+} // namespace halvo
