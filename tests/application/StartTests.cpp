@@ -143,6 +143,16 @@ TEST(ApplicationStart, OtherRates) {
     }
 }
 
+TEST(ApplicationStart, ALowRateHasSoundAndAMessageButNoSpectrum) {
+    halvo::session::Options options;
+    options.rate = 22050;
+    ApplicationScene scene(options);
+    scene.startBoth();
+    EXPECT_TRUE(scene.prints("Halvo: No spectrum at this sample rate"));
+    EXPECT_TRUE(soundArrives(scene));
+    EXPECT_TRUE(scene.application().isRunning());
+}
+
 TEST(ApplicationStart, ASecondInstanceLeavesTheFirstAlone) {
     ApplicationScene scene;
     scene.startBoth();
