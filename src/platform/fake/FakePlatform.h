@@ -30,8 +30,10 @@ struct FakePlatform {
     /// Pending work may hold what uses the other fakes.
     ~FakePlatform() { mainQueue.discard(); }
 
-    Platform platform() {
-        return {.audioHardware = audioHardware,
+    Platform platform() { return platform(audioHardware); }
+    /// All of it, but for the hardware.
+    Platform platform(AudioHardware& hardware) {
+        return {.audioHardware = hardware,
                 .outputUnits = outputUnits,
                 .sharedMemory = sharedMemory,
                 .mainQueue = mainQueue,

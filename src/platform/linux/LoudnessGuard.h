@@ -132,7 +132,7 @@ class LoudnessGuard final : public AudioHardware {
     std::optional<AudioDeviceID> heardVirtualDevice_;
     const std::thread::id thread_ = std::this_thread::get_id();
 
-    std::timed_mutex writing_;            ///< held around everything that could raise
+    std::mutex writing_;                  ///< held around everything that could raise
     std::atomic<bool> isSilenced_{false}; ///< any thread
     Lifetime lifetime_;
 };

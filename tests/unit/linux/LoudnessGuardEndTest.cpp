@@ -246,6 +246,8 @@ INSTANTIATE_TEST_SUITE_P(
                         "moved": true}}})",
                     R"({"devices": {"acc.speakers": {"volumes": [0.5], "muted": 0,
                         "moved": true}}})",
+                    R"({"devices": {"acc.headphones": {"volumes": [1, 1], "muted": false,
+                        "moved": true}, "acc.speakers": 1}})",
                     R"({"devices": {}, "origin": "acc.speakers"})"));
 
 } // namespace

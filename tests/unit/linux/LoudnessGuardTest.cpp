@@ -98,6 +98,16 @@ TEST_F(LoudnessGuardTest, ASilentBalanceIsRaisedEvenly) {
     EXPECT_EQ(machine.level(kSpeakers), stereo(0));
 }
 
+TEST_F(LoudnessGuardTest, ADeviceBeyondFullScaleIsLoweredAndGivenBack) {
+    begin(stereo(1.5F, 0.75F));
+    machine.launch();
+    EXPECT_FLOAT_EQ(virtualVolume(), 1);
+    EXPECT_EQ(machine.level(kSpeakers), stereo(1, 0.5F));
+    machine.allow(kMusic, 1.5F);
+    machine.quit();
+    EXPECT_EQ(machine.level(kSpeakers), stereo(1.5F, 0.75F));
+}
+
 TEST_F(LoudnessGuardTest, ADeviceWithAForeignStreamKeepsItsLevel) {
     begin(stereo(0.5F));
     server.play("game", kSpeakers);
@@ -193,6 +203,15 @@ TEST_F(LoudnessGuardTest, AStreamPutStraightIntoARaisedDeviceIsAsLoudAsTheSessio
     EXPECT_EQ(machine.level(kSpeakers), stereo(0.5F, 0.25F));
 }
 
+TEST_F(LoudnessGuardTest, AStreamPutStraightIntoARaisedDeviceIsSilentWhileTheSessionIs) {
+    begin(stereo(1));
+    machine.launch();
+    turnTo(muted(1));
+    server.play("call", kSpeakers);
+    machine.pass(server.newsDelay);
+    EXPECT_HEARD(machine, "call", 0);
+}
+
 struct DefaultChange {
     const char* name;
     const char* uid;
@@ -265,13 +284,20 @@ TEST_F(LoudnessGuardTest, ADefaultIsNotRaisedEvenWhileNothingPlays) {
     begin(stereo(0.5F), stereo(0.2F));
     machine.launch();
     server.stopStream(kMusic);
-    server.choose(kHeadphones);
-    machine.pass(400ms);
-    machine.allow("alarm", 0.2F);
-    server.play("alarm");
+    for (const char* uid : {kHeadphones, kSpeakers, kSpeakers}) {
+        server.choose(uid);
+        machine.pass(400ms);
+        machine.allow("alarm", 0.2F);
+        server.play("alarm");
+        machine.settle();
+        EXPECT_EQ(machine.level(uid), stereo(1));
+        EXPECT_HEARD(machine, "alarm", 0.2F);
+        server.stopStream("alarm");
+        machine.settle();
+    }
+    server.choose(kSpeakers);
     machine.settle();
-    EXPECT_EQ(machine.level(kHeadphones), stereo(1));
-    EXPECT_HEARD(machine, "alarm", 0.2F);
+    EXPECT_EQ(machine.level(kSpeakers), stereo(1));
 }
 
 TEST_F(LoudnessGuardTest, ADefaultChangeToADeviceThatWasJustPickedIsSafe) {

@@ -48,11 +48,7 @@ void LoudnessMachine::launch() {
 
 void LoudnessMachine::start() {
     guard.emplace(server, gate, fake.mainQueue, fake.systemLog, record());
-    const auto all = fake.platform();
-    delegate = AppDelegate::create({*guard, all.outputUnits, all.sharedMemory, all.mainQueue,
-                                    all.userDefaults, all.fileSystem, all.systemLog,
-                                    all.standardOutput, all.alert, all.driverInstallation,
-                                    all.terminationSignal, all.application, all.statusPublisher});
+    delegate = AppDelegate::create(fake.platform(*guard));
     delegate->applicationDidFinishLaunching();
 }
 
