@@ -1,11 +1,9 @@
 #pragma once
 
-#include "audio/BandFrequencies.h"
-#include "audio/BiquadCoefficients.h"
+#include "audio/BiquadCascade.h"
 #include "audio/TripleBuffer.h"
 #include "base/Realtime.h"
 
-#include <array>
 #include <cstdint>
 #include <span>
 
@@ -15,7 +13,7 @@ namespace halvo {
 /// and reach the render thread as a whole set.
 class TenBandEQ {
   public:
-    using Coefficients = std::array<BiquadCoefficients, kBandCount>;
+    using Coefficients = BiquadCascade::Coefficients;
 
     /// Sets the gains in dB, lowest band first. A shorter list leaves the other bands as they are;
     /// what follows the tenth is ignored. The filters' memory is kept. Main thread.
@@ -25,7 +23,7 @@ class TenBandEQ {
     void process(float* frames, std::int64_t frameCount) noexcept HALVO_REALTIME;
 
     /// Empties the filters' memory. Main thread, while nothing is rendered.
-    void resetState();
+    void resetState() { cascade_.reset(); }
 
     /// Frames per second. By design a new rate does not touch the coefficients: they follow at the
     /// next `setBands`. Main thread.
@@ -36,24 +34,11 @@ class TenBandEQ {
     const Coefficients& coefficients() const { return coefficients_; }
 
   private:
-    /// A filter's memory, transposed direct form II.
-    struct State {
-        float z1 = 0;
-        float z2 = 0;
-    };
-    using Memory = std::array<State, kBandCount>;
-
-    static float filter(float x, const Coefficients& coefficients,
-                        Memory& memory) noexcept HALVO_REALTIME;
-
-    static void healMemory(Memory& memory) noexcept HALVO_REALTIME;
-
     // Main thread.
     Coefficients coefficients_{};
     float sampleRate_ = 48000;
     // Render thread.
-    Memory stateL_{};
-    Memory stateR_{};
+    BiquadCascade cascade_;
     // Shared.
     TripleBuffer<Coefficients> published_{Coefficients{}};
 };
