@@ -93,7 +93,13 @@ TEST(ApplicationStart, WithoutASoundServerItWaitsForOne) {
     scene.startApplication();
     ASSERT_TRUE(PrivateSession::waitFor([&] { return scene.debugLog().contains("Launch done"); }));
     EXPECT_TRUE(scene.application().isRunning());
+    const auto says = [&](const char* text) {
+        return PrivateSession::waitFor(
+            [&] { return scene.application().standardError().contains(text); });
+    };
+    EXPECT_TRUE(says("No sound server answers"));
     ASSERT_TRUE(scene.session().startServer());
+    EXPECT_TRUE(says("The sound server is there"));
     scene.startDriver();
     ASSERT_TRUE(scene.isReady());
     EXPECT_TRUE(soundArrives(scene));
@@ -124,6 +130,25 @@ TEST(ApplicationStart, ADriverThatIsKilledAndComesBackGoesOn) {
     EXPECT_TRUE(soundArrives(scene));
     ASSERT_TRUE(scene.session().setVolume(kVirtualSink, {0.25F, 0.25F}));
     EXPECT_TRUE(PrivateSession::waitFor([&] { return scene.savedSettings().contains("0.25"); }));
+}
+
+TEST(ApplicationStart, AVirtualDeviceThatIsNotLetBeDefaultIsGivenUpAndTriedAgainLater) {
+    ApplicationScene scene;
+    scene.startDriver();
+    // Another program insists on the speakers.
+    auto rival = scene.session().spawn(
+        {"sh", "-c",
+         "while :; do pw-metadata 0 default.configured.audio.sink '{\"name\":\"acc.a\"}' "
+         "Spa:String:JSON; done >/dev/null"});
+    ASSERT_TRUE(rival);
+    scene.startApplication();
+    EXPECT_TRUE(scene.prints("Halvo: WARNING - Could not switch to Halvo Virtual Output"));
+    EXPECT_TRUE(scene.application().isRunning());
+    rival->reset();
+    ASSERT_TRUE(scene.session().setDefault(kHeadphones));
+    EXPECT_TRUE(
+        PrivateSession::waitFor([&] { return scene.session().defaultSink() == kVirtualSink; }));
+    EXPECT_TRUE(soundArrives(scene, kHeadphones));
 }
 
 TEST(ApplicationStart, OtherRates) {

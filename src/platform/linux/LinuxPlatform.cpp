@@ -45,7 +45,8 @@ LinuxPlatform::LinuxPlatform(std::unique_ptr<Desktop> desktop, Connection connec
                              Connection signalConnection)
     : desktop_(std::move(desktop)), userDefaults_(JsonUserDefaults::standardPath(), systemLog_),
       driverInstallation_(QCoreApplication::applicationDirPath().toStdString()),
-      connection_(std::move(connection)), server_(*connection_, mainQueue_),
+      connection_(std::move(connection)), serverReport_(*connection_, mainQueue_, systemLog_),
+      server_(*connection_, mainQueue_),
       audioHardware_(server_, gate_, mainQueue_, systemLog_, raisedDevicesPath()),
       outputUnits_(*connection_, gate_), signalConnection_(std::move(signalConnection)),
       signalServer_(*signalConnection_, mainQueue_),

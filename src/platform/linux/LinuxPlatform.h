@@ -11,6 +11,7 @@
 #include "platform/linux/PipeWireAudioHardware.h"
 #include "platform/linux/PipeWireConnection.h"
 #include "platform/linux/PipeWireOutputUnit.h"
+#include "platform/linux/ServerReport.h"
 #include "platform/linux/StatusService.h"
 #include "platform/linux/SyslogSystemLog.h"
 #include "platform/linux/XdgFileSystem.h"
@@ -67,6 +68,7 @@ class LinuxPlatform final : public PlatformHost {
     StatusService statusService_;
 
     Connection connection_;
+    ServerReport serverReport_;
     PipeWireAudioHardware server_;
     OutputGate gate_;
     LoudnessGuard audioHardware_;

@@ -5,7 +5,7 @@
 namespace halvo {
 
 // The user's base directories. A variable that is unset, empty or relative does not count, as the
-// XDG specification has it. Any thread, while nobody changes the environment.
+// XDG base directories are defined. Any thread, while nobody changes the environment.
 
 /// $XDG_CONFIG_HOME, by default ~/.config.
 std::filesystem::path configDirectory();
