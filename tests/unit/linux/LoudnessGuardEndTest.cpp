@@ -1,5 +1,5 @@
 #include "platform/linux/RaisedDevicesRecord.h"
-#include "unit/linux/LoudnessMachine.h"
+#include "unit/linux/LoudnessGuardFixture.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -16,9 +16,6 @@ using testing::HasSubstr;
 using testing::StartsWith;
 
 namespace {
-
-constexpr const char* kSpeakers = "acc.speakers";
-constexpr const char* kHeadphones = "acc.headphones";
 
 /// Two devices are raised, with a balance each; music plays.
 class LoudnessGuardEndTest : public testing::Test {
