@@ -46,8 +46,7 @@ class AudioHardware {
     // Listeners stay until the process ends or `silenceListeners`.
     virtual bool listenToDeviceList(Listener listener) = 0;
     virtual bool listenToDefaultOutput(Listener listener) = 0;
-    virtual bool listenToVolume(AudioDeviceID device, VolumeElement element,
-                                Listener listener) = 0;
+    virtual bool listenToVolume(AudioDeviceID device, VolumeElement element, Listener listener) = 0;
     virtual bool listenToMute(AudioDeviceID device, Listener listener) = 0;
 
     /// Once this returns no listener runs again. Called before the system is given back its own

@@ -111,7 +111,8 @@ std::span<const RenderScene::Cycle> RenderScene::cycles() {
 }
 
 RenderScene::RenderScene()
-    : engine(platform.sharedMemory, platform.outputUnits, platform.mainQueue, platform.standardOutput,
+    : engine(platform.sharedMemory, platform.outputUnits, platform.mainQueue,
+             platform.standardOutput,
              [](const std::string&) { return std::optional<AudioDeviceID>(); }),
       buffer_(std::size_t{kLargestCycle} * 2) {
     platform.sharedMemory.createRing(48000, 2, kCapacity);
