@@ -69,6 +69,24 @@ TEST(ApplicationEnd, TerminationGivesBackAndKeepsTheRecord) {
     RecordProperty("slowestTerminationMs", std::to_string(slowest));
 }
 
+TEST(ApplicationEnd, ADefaultThatWasNeverTakenAwayIsNotPinned) {
+    for (const bool isTerminated : {false, true}) {
+        ApplicationScene scene(quietSpeakers());
+        scene.startApplication(); // without a driver there is nothing to switch to
+        ASSERT_TRUE(scene.prints("Halvo: Can't find virtual device"));
+        ASSERT_TRUE(
+            PrivateSession::waitFor([&] { return scene.debugLog().contains("Launch done"); }));
+        if (isTerminated) {
+            ASSERT_TRUE(scene.application().signal(SIGTERM));
+            EXPECT_EQ(scene.application().wait(PrivateSession::kPatience), 128 + SIGTERM);
+        } else {
+            EXPECT_EQ(scene.quit(), 0);
+        }
+        EXPECT_EQ(scene.session().configuredDefault(), std::nullopt) << isTerminated;
+        EXPECT_TRUE(isGivenBack(scene.session()));
+    }
+}
+
 TEST(ApplicationEnd, AfterACrashTheNextStartRepairsFirst) {
     ApplicationScene scene(quietSpeakers());
     scene.startBoth();

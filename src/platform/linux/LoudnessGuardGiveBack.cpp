@@ -39,6 +39,8 @@ void LoudnessGuard::giveBackLeft() {
 
 bool LoudnessGuard::restoreDefault(AudioDeviceID id, const std::string& uid) {
     if (auto* entry = find(uid)) (void)giveBack(id, *entry); // the default all the same
+    // The default was never taken away: asking for it now would only pin it.
+    if (!record_.origin && server_.defaultOutput() == id) return true;
     if (!server_.setDefaultOutput(id)) return false;
     if (!restoreConfiguredDefault(id, uid)) return false;
     if (mainQueue_ == nullptr) return true; // the next start repeats this and needs the record
