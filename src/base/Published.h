@@ -74,7 +74,7 @@ template <typename T> class Published {
 
     static void announce(const Entries& entries, const T& value) {
         // A copy: handlers may subscribe and cancel while this runs.
-        const Entries current = entries;
+        const Entries current = entries; // NOLINT(performance-unnecessary-copy-initialization)
         for (const auto& entry : current) {
             if (!entry->cancelled) entry->handler(value);
         }
