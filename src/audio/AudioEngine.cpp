@@ -5,7 +5,6 @@
 #include "platform/StandardOutput.h"
 
 #include <algorithm>
-#include <cmath>
 #include <utility>
 
 namespace halvo {
@@ -38,8 +37,8 @@ void AudioEngine::start(const std::string& outputDeviceUID) {
     if (!ringBuffer_.format()) {
         output_.print("Halvo: The driver's ring is not ready, playing silence until it is");
     }
-    eq_.setSampleRate(static_cast<float>(startedFormat_.sampleRate));
-    eq_.resetState();
+    eq().setSampleRate(static_cast<float>(startedFormat_.sampleRate));
+    eq().resetState();
     if (startedFormat_.sampleRate < double{SpectrumAnalyzer::kMinimumSampleRate}) {
         output_.print("Halvo: No spectrum at this sample rate, it needs 22414 Hz or more");
     }
@@ -79,20 +78,14 @@ bool AudioEngine::isRingCurrent() const {
 
 void AudioEngine::setCurrentPreset(std::optional<EQPreset> preset) {
     currentPreset_ = std::move(preset);
-    const float preamp = currentPreset_ ? currentPreset_->preamp : 0.0F;
-    preampGain_.store(std::pow(10.0F, preamp / 20.0F), std::memory_order_relaxed);
+    equalizer_.setPreamp(currentPreset_ ? currentPreset_->preamp : 0.0F);
 }
 
 void AudioEngine::processBuffer(float* samples, std::int64_t frameCount,
                                 std::int64_t channelCount) noexcept HALVO_REALTIME {
     const std::int64_t count =
         checkedMultiply(checkedCount(frameCount), checkedCount(channelCount));
-    if (eqEnabled_.load(std::memory_order_relaxed)) {
-        const float gain = preampGain_.load(std::memory_order_relaxed);
-        if (gain != 1.0F) scaleSamples(samples, count, gain);
-        if (channelCount == 2) eq_.process(samples, frameCount); // a stereo design
-        softClip(samples, count);
-    }
+    equalizer_.process(samples, frameCount, channelCount);
     meter_.rawPeak.set(maximumMagnitude(samples, count));
     meter_.captureAmplitude(samples, frameCount, channelCount);
     feedSpectrum(samples, frameCount, channelCount);

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "audio/AudioMeter.h"
+#include "audio/EqualizerStage.h"
 #include "audio/SharedRingBufferReader.h"
 #include "audio/SpectrumAnalyzer.h"
-#include "audio/TenBandEQ.h"
 #include "base/Realtime.h"
 #include "platform/OutputUnit.h"
 #include "presets/EQPreset.h"
@@ -47,7 +47,7 @@ class AudioEngine {
     /// was started with.
     bool isRingCurrent() const;
     SharedRingBufferReader& ringBuffer() { return ringBuffer_; }
-    TenBandEQ& eq() { return eq_; }
+    TenBandEQ& eq() { return equalizer_.bands(); }
     AudioMeter& meter() { return meter_; }
     SpectrumAnalyzer& spectrum() { return spectrum_; }
 
@@ -58,8 +58,8 @@ class AudioEngine {
     float outputVolume() const { return outputVolume_.load(std::memory_order_relaxed); }
     void setOutputVolume(float volume) { outputVolume_.store(volume, std::memory_order_relaxed); }
     /// When off, only the output volume is applied.
-    bool eqEnabled() const { return eqEnabled_.load(std::memory_order_relaxed); }
-    void setEQEnabled(bool enabled) { eqEnabled_.store(enabled, std::memory_order_relaxed); }
+    bool eqEnabled() const { return equalizer_.isEnabled(); }
+    void setEQEnabled(bool enabled) { equalizer_.setEnabled(enabled); }
 
     /// Processes interleaved samples in place. Meter and spectrum hear them before the volume.
     /// Negative counts end the process. Render thread.
@@ -82,13 +82,11 @@ class AudioEngine {
     std::optional<EQPreset> currentPreset_;
     StreamFormat startedFormat_;
     // Shared.
-    std::atomic<float> preampGain_{1}; ///< linear; 1 = none
     std::atomic<float> outputVolume_{1};
-    std::atomic<bool> eqEnabled_{true};
+    EqualizerStage equalizer_;
     // Render thread while the unit runs.
     SharedRingBufferReader ringBuffer_;
     AudioMeter meter_;
-    TenBandEQ eq_;
     SpectrumAnalyzer spectrum_;
     // Last, so that rendering ends before what it uses.
     std::unique_ptr<OutputUnit> outputUnit_;
