@@ -2,6 +2,7 @@
 
 #include "audio/BandFrequencies.h"
 #include "audio/BiquadCoefficients.h"
+#include "audio/WavefrontMemory.h"
 #include "base/Realtime.h"
 
 #include <array>
@@ -12,10 +13,19 @@ namespace halvo {
 /// Ten second-order sections in series for each of two interleaved channels, with the channels'
 /// memory. Transposed direct form II; every section's operations keep the order of
 /// y = b0·x + z1, z1 = b1·x − a1·y + z2, z2 = b2·x − a2·y, so that the result is the same to the
-/// last bit however the work is laid out. Render thread.
+/// last bit however the work is laid out. Render thread, but for the choice of the form.
 class BiquadCascade {
   public:
     using Coefficients = std::array<BiquadCoefficients, kBandCount>;
+
+    /// How many numbers the work is done on at a time.
+    enum class Form { FourLanes, EightLanes };
+    /// Whether this processor has the instructions of a form. Any thread.
+    static bool canRun(Form form);
+    /// The fastest form on this processor. Any thread.
+    static Form fastestForm();
+
+    explicit BiquadCascade(Form form = fastestForm()) : form_(form) {}
 
     /// Filters `frameCount` frames in place.
     void process(float* frames, std::int64_t frameCount,
@@ -25,20 +35,10 @@ class BiquadCascade {
     void reset() { memory_ = {}; }
 
   private:
-    /// The memory of one section, left and right.
-    struct Memory {
-        std::array<float, 2> z1{};
-        std::array<float, 2> z2{};
-    };
-
-    /// Sends the frame at `frame` through the sections from `first` up to, not including, `last`.
-    void passThrough(float* frame, std::size_t first, std::size_t last,
-                     const Coefficients& coefficients) noexcept HALVO_REALTIME;
-    void processWavefront(float* frames, std::int64_t frameCount,
-                          const Coefficients& coefficients) noexcept HALVO_REALTIME;
     void heal() noexcept HALVO_REALTIME;
 
-    std::array<Memory, kBandCount> memory_{};
+    Form form_;
+    WavefrontMemory memory_;
 };
 
 } // namespace halvo
