@@ -1,56 +1,42 @@
 #include "SoundFile.h"
 
+#include "support/PendingFile.h"
+
 #include <sndfile.h>
 
-#include <cstdio>
-#include <cstring>
-#include <fstream>
-
+#include <cerrno>
+#include <string_view>
 #include <unistd.h>
 
 namespace halvo::demo {
-namespace {
 
-std::string temporaryName(const std::string& path) {
-    return path + ".part" + std::to_string(::getpid());
-}
-
-std::optional<std::string> putInPlace(const std::string& temporary, const std::string& path) {
-    if (std::rename(temporary.c_str(), path.c_str()) == 0) return std::nullopt;
-    const std::string reason = std::strerror(errno);
-    std::remove(temporary.c_str());
-    return "cannot write " + path + ": " + reason;
-}
-
-std::string abandon(const std::string& temporary, const std::string& path,
-                    const std::string& reason) {
-    std::remove(temporary.c_str());
-    return "cannot write " + path + ": " + reason;
-}
-
-} // namespace
+using tools::PendingFile;
 
 std::optional<std::string> writeSoundFile(const std::string& path, const StereoSound& sound) {
-    const std::string temporary = temporaryName(path);
+    auto pending = PendingFile::create(path);
+    if (!pending) return pending.error();
     SF_INFO format{};
     format.samplerate = kSampleRate;
     format.channels = 2;
     format.format = SF_FORMAT_WAV | SF_FORMAT_FLOAT;
-    SNDFILE* file = sf_open(temporary.c_str(), SFM_WRITE, &format);
-    if (file == nullptr) return abandon(temporary, path, sf_strerror(nullptr));
+    SNDFILE* file = sf_open_fd(pending->descriptor(), SFM_WRITE, &format, SF_FALSE);
+    if (file == nullptr) return "cannot write " + path + ": " + sf_strerror(nullptr);
     const auto count = static_cast<sf_count_t>(sound.frameCount());
     const bool complete = sf_writef_float(file, sound.samples.data(), count) == count;
-    if (sf_close(file) != 0 || !complete) return abandon(temporary, path, "the disk may be full");
-    return putInPlace(temporary, path);
+    if (sf_close(file) != 0 || !complete) return tools::cannotWrite(path, ENOSPC);
+    return pending->commit(PendingFile::Existing::replace);
 }
 
 std::optional<std::string> writeTextFile(const std::string& path, const std::string& text) {
-    const std::string temporary = temporaryName(path);
-    std::ofstream file(temporary, std::ios::binary);
-    file << text;
-    file.close();
-    if (!file) return abandon(temporary, path, std::strerror(errno));
-    return putInPlace(temporary, path);
+    auto pending = PendingFile::create(path);
+    if (!pending) return pending.error();
+    for (std::string_view rest = text; !rest.empty();) {
+        const auto count = ::write(pending->descriptor(), rest.data(), rest.size());
+        if (count < 0 && errno == EINTR) continue;
+        if (count < 0) return tools::cannotWrite(path, errno);
+        rest.remove_prefix(static_cast<std::size_t>(count));
+    }
+    return pending->commit(PendingFile::Existing::replace);
 }
 
 } // namespace halvo::demo

@@ -1,0 +1,77 @@
+#include "render/WavWriter.h"
+
+#include "render/SampleCoding.h"
+#include "render/SoundLength.h"
+#include "render/WavReader.h"
+
+#include <cerrno>
+#include <utility>
+
+namespace halvo::render {
+
+using tools::PendingFile;
+
+std::expected<WavWriter, std::string> WavWriter::create(const std::string& path,
+                                                        const WavReader& like, bool writeFloat) {
+    auto pending = PendingFile::create(path);
+    if (!pending) return std::unexpected(pending.error());
+    SF_INFO info{};
+    info.samplerate = like.sampleRate();
+    info.channels = like.channels();
+    info.format = outputFormatFor(like.format(), writeFloat, like.frameCount() * like.channels());
+    SoundFileHandle file(sf_open_fd(pending->descriptor(), SFM_WRITE, &info, SF_FALSE));
+    if (!file) {
+        return std::unexpected("cannot write " + path + " in the input's format (" +
+                               sf_strerror(nullptr) + "); try --float");
+    }
+    // The peak comes with the time of writing: the same input would give another file each time.
+    (void)sf_command(file.get(), SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
+    for (const auto& [kind, text] : like.texts())
+        (void)sf_set_string(file.get(), kind, text.c_str()); // sound without a title is sound
+    return WavWriter(path, std::move(*pending), std::move(file), info);
+}
+
+WavWriter::WavWriter(std::string path, PendingFile pending, SoundFileHandle file,
+                     const SF_INFO& info)
+    : path_(std::move(path)), pending_(std::move(pending)), file_(std::move(file)), info_(info) {}
+
+std::optional<std::string> WavWriter::write(float* frames, std::int64_t frameCount) {
+    if (info_.channels == 1) {
+        for (std::int64_t frame = 0; frame < frameCount; ++frame)
+            frames[frame] = frames[2 * frame];
+    }
+    const std::int64_t count = frameCount * info_.channels;
+    std::int64_t written = 0;
+    errno = 0;
+    switch (carrierOf(info_.format)) {
+    case Carrier::shorts:
+        shorts_.resize(static_cast<std::size_t>(count));
+        encode(frames, shorts_.data(), count);
+        written = sf_write_short(file_.get(), shorts_.data(), count);
+        break;
+    case Carrier::integers:
+        integers_.resize(static_cast<std::size_t>(count));
+        encode(frames, integers_.data(), count, integerBitsOf(info_.format));
+        written = sf_write_int(file_.get(), integers_.data(), count);
+        break;
+    case Carrier::floats:
+        written = sf_write_float(file_.get(), frames, count);
+        break;
+    }
+    return written == count ? std::nullopt : std::optional(failure());
+}
+
+std::optional<std::string> WavWriter::finish(PendingFile::Existing existing) {
+    errno = 0;
+    if (sf_close(file_.release()) != 0) return failure();
+    // What the library could not write while closing, it does not tell.
+    const auto length = soundLength(pending_.descriptor());
+    if (!length || !length->isComplete()) return failure();
+    return pending_.commit(existing);
+}
+
+std::string WavWriter::failure() const {
+    return tools::cannotWrite(path_, errno != 0 ? errno : ENOSPC);
+}
+
+} // namespace halvo::render

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "render/WavFormat.h"
+#include "support/PendingFile.h"
+
+#include <cstdint>
+#include <expected>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace halvo::render {
+
+class WavReader;
+
+/// A WAV file of one channel or two, written from stereo in blocks. It appears under its name when
+/// `finish` succeeds; until then, and if that never comes, nothing is there but what was before.
+class WavWriter {
+  public:
+    /// For the length, rate, channels, texts and, unless floats are wanted, the format of `like`.
+    /// The error is a sentence that says what to do.
+    static std::expected<WavWriter, std::string> create(const std::string& path,
+                                                        const WavReader& like, bool writeFloat);
+
+    /// Writes stereo frames and may change them; of a mono file's two equal sides one is written.
+    /// Gives nothing when it worked, else a sentence.
+    std::optional<std::string> write(float* frames, std::int64_t frameCount);
+
+    /// Completes the file and puts it in place. As `write`.
+    std::optional<std::string> finish(tools::PendingFile::Existing existing);
+
+  private:
+    WavWriter(std::string path, tools::PendingFile pending, SoundFileHandle file,
+              const SF_INFO& info);
+    std::string failure() const;
+
+    std::string path_;
+    tools::PendingFile pending_;
+    SoundFileHandle file_; // goes before the descriptor that it uses
+    SF_INFO info_;
+    std::vector<std::int16_t> shorts_;
+    std::vector<std::int32_t> integers_;
+};
+
+} // namespace halvo::render
