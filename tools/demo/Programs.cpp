@@ -20,6 +20,16 @@ bool isInPath(const std::string& program) {
     return false;
 }
 
+/// The folder of the build that this program belongs to, however deep it lies in there.
+fs::path buildFolder() {
+    std::error_code error;
+    const fs::path self = fs::read_symlink("/proc/self/exe", error);
+    fs::path folder = self.parent_path();
+    while (folder.has_relative_path() && !fs::exists(folder / "CMakeCache.txt", error))
+        folder = folder.parent_path();
+    return folder;
+}
+
 /// What the session and the playing need from the system, and the Debian package that has it.
 struct SystemProgram {
     const char* name;
@@ -39,9 +49,7 @@ std::expected<Programs, std::string> Programs::find() {
                                    " is missing. Please install it: apt-get install " +
                                    program.package);
     std::error_code error;
-    const fs::path self = fs::read_symlink("/proc/self/exe", error);
-    // This program lies in tools/demo of the build tree.
-    const fs::path build = self.parent_path().parent_path().parent_path();
+    const fs::path build = buildFolder();
     const fs::path bundle = build / "driver" / "HalvoAudioDevice.driver";
     Programs programs{.application = (build / "src" / "halvo").string(),
                       .driver = (bundle / "Contents" / "Linux" / "halvo-audio-device").string(),
