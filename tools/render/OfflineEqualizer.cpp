@@ -6,8 +6,23 @@
 #include "render/SampleCoding.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace halvo::render {
+
+namespace {
+
+/// Whether the band can be set in single precision without growing by itself: it lies below half
+/// the rate, and both poles, of the coefficients as they are rounded, lie within the unit circle.
+bool isUsable(float gain, float frequency, float rate) {
+    const auto filter = BiquadCoefficients::peaking(gain, frequency, rate);
+    if (filter == BiquadCoefficients{}) return true;
+    const double a1 = filter.a1;
+    const double a2 = filter.a2;
+    return 2 * frequency < rate && std::fabs(a2) < 1 && std::fabs(a1) < 1 + a2;
+}
+
+} // namespace
 
 std::expected<void, std::string> OfflineEqualizer::check(const EQPreset& preset, int sampleRate) {
     const auto rate = static_cast<float>(sampleRate);
@@ -17,13 +32,12 @@ std::expected<void, std::string> OfflineEqualizer::check(const EQPreset& preset,
     }
     const std::size_t count = std::min(preset.bands.size(), kBandCount);
     for (std::size_t band = 0; band < count; ++band) {
-        const bool isFlat = BiquadCoefficients::peaking(preset.bands[band], kBandFrequencies[band],
-                                                        48000) == BiquadCoefficients{};
-        if (isFlat || 2 * kBandFrequencies[band] <= rate) continue;
+        if (isUsable(preset.bands[band], kBandFrequencies[band], rate)) continue;
         const auto hertz = std::to_string(static_cast<int>(kBandFrequencies[band]));
-        return std::unexpected("the band at " + hertz + " Hz needs twice as many frames per " +
-                               "second, this has " + std::to_string(sampleRate) +
-                               "; resample it first, or set this band and those above it to 0");
+        return std::unexpected(
+            "the band at " + hertz + " Hz needs more than twice as many " +
+            "frames per second, this has " + std::to_string(sampleRate) +
+            "; resample it first, or set this band and those above it to 0 with --gains");
     }
     return {};
 }
@@ -43,6 +57,7 @@ void OfflineEqualizer::process(float* frames, std::int64_t frameCount) {
     if (peak > 1) clippedSamples_ += countBeyondFullScale(frames, count);
     peak_ = std::max(peak_, peak);
     softClip(frames, count);
+    notFinite_ += silenceNotFinite(frames, count); // as the output does
 }
 
 } // namespace halvo::render

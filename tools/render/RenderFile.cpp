@@ -80,7 +80,7 @@ std::expected<RenderReport, std::string> renderFile(const Options& options, cons
     return RenderReport{.samples = reader->frameCount() * reader->channels(),
                         .clipped = equalizer.clippedSamples() / (reader->channels() == 1 ? 2 : 1),
                         .peak = equalizer.peak(),
-                        .notFinite = reader->notFiniteSamples()};
+                        .notFinite = reader->notFiniteSamples() + equalizer.notFiniteSamples()};
 }
 
 std::string RenderReport::remarks() const {
@@ -88,12 +88,11 @@ std::string RenderReport::remarks() const {
     if (clipped > 0) {
         const float over = std::ceil(200.0F * std::log10(peak)) / 10.0F; // tenths of a dB, up
         text += std::to_string(clipped) + " of " + std::to_string(samples) +
-                " samples were clipped; a preamp " + numberText(over) +
-                " dB lower would leave them whole\n";
+                " samples were clipped; the loudest was " + numberText(over) +
+                " dB beyond full scale, so that much less --preamp avoids it\n";
     }
     if (notFinite > 0) {
-        text += std::to_string(notFinite) +
-                " samples of the input were not numbers and became silence\n";
+        text += std::to_string(notFinite) + " samples were not finite numbers and became silence\n";
     }
     return text;
 }

@@ -16,7 +16,7 @@ struct RenderReport {
     std::int64_t samples = 0;   ///< of all channels
     std::int64_t clipped = 0;   ///< changed by the soft clip
     float peak = 0;             ///< largest magnitude ahead of the clip; 1 is full scale
-    std::int64_t notFinite = 0; ///< samples of the input that became silence
+    std::int64_t notFinite = 0; ///< samples that became silence
 
     /// Sentences about what a listener should know; empty when all is well.
     std::string remarks() const;

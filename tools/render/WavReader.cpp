@@ -45,10 +45,12 @@ std::string objectionTo(const SF_INFO& info) {
     return "";
 }
 
-std::string cutShort(const SoundLength& length) {
+std::string cutShort(const SoundLength& length, const SF_INFO& info) {
+    const auto tenths = info.samplerate > 0 ? info.frames * 10 / info.samplerate : 0;
     const auto percent = length.present * 100 / length.promised;
-    return "it is cut short: of its sound " + std::to_string(percent) +
-           " % is there; get a whole copy, or render what there is with --truncated";
+    return "it is cut short: " + std::to_string(tenths / 10) + "." + std::to_string(tenths % 10) +
+           " s of sound are there, " + std::to_string(percent) +
+           " % of what it promises; get a whole copy, or render what there is with --truncated";
 }
 
 } // namespace
@@ -70,7 +72,7 @@ std::expected<WavReader, std::string> WavReader::open(const std::string& path,
     }
     const auto length = soundLength(descriptor.get());
     if (isWav(info.format) && length && !length->isComplete() && truncated == Truncated::refuse)
-        return failure(cutShort(*length));
+        return failure(cutShort(*length, info));
     if (const auto why = objectionTo(info); !why.empty()) return failure(why);
     return WavReader(std::move(descriptor), std::move(file), info);
 }
