@@ -4,7 +4,6 @@
 
 #include <array>
 #include <cstddef>
-#include <cstdint>
 
 namespace halvo {
 
@@ -23,19 +22,36 @@ class RealFFT {
     /// Transforms in place. In: even samples in `real`, odd ones in `imaginary`. Out: bin k of
     /// 0 … 1023; bin 0 holds the constant part (real) and the Nyquist frequency (imaginary).
     /// Render thread.
-    void transform(Part& real, Part& imaginary) const noexcept HALVO_REALTIME;
+    void transform(Part& real, Part& imaginary) noexcept HALVO_REALTIME;
 
   private:
-    void transformComplex(Part& real, Part& imaginary) const noexcept HALVO_REALTIME;
-    void reorder(Part& real, Part& imaginary) const noexcept HALVO_REALTIME;
-    static void separate(const Part& cosines, const Part& sines, Part& real,
-                         Part& imaginary) noexcept HALVO_REALTIME;
+    struct Split {
+        Part real;
+        Part imaginary;
+    };
+    /// Two parts, to be read from or written to.
+    struct Source {
+        const float* real;
+        const float* imaginary;
+    };
+    struct Target {
+        float* real;
+        float* imaginary;
+    };
+    /// The factors exp(−2πi·turns·p/1024).
+    struct Factors {
+        std::array<float, kHalf / 4> cosine;
+        std::array<float, kHalf / 4> sine;
+    };
 
-    Part cosines_;                           ///< cos(2πk/1024)
-    Part sines_;                             ///< −sin(2πk/1024)
-    Part halfCosines_;                       ///< cos(2πk/2048)
-    Part halfSines_;                         ///< −sin(2πk/2048)
-    std::array<std::uint16_t, kHalf> order_; ///< digits of the index in base 4, reversed
+    void firstStage(Source source, Target target) const noexcept HALVO_REALTIME;
+    void laterStage(std::size_t stride, Source source, Target target) const noexcept HALVO_REALTIME;
+    void separate(Source source, Target target) const noexcept HALVO_REALTIME;
+
+    std::array<Factors, 3> factors_;       ///< of one, two and three turns
+    std::array<float, kHalf> halfCosines_; ///< cos(2πk/2048)
+    std::array<float, kHalf> halfSines_;   ///< −sin(2πk/2048)
+    Split scratch_{};
 };
 
 } // namespace halvo

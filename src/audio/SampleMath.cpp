@@ -1,15 +1,44 @@
 #include "audio/SampleMath.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
+#include <cstring>
 
 namespace halvo {
 
 namespace {
 
-/// Independent sums or maxima, so that the compiler may keep them side by side in vectors.
+using Vector = float __attribute__((vector_size(16)));
+using Bits = std::int32_t __attribute__((vector_size(16)));
+
+/// Independent sums or maxima, kept side by side in vectors: one alone would wait for itself.
 constexpr std::int64_t kLanes = 16;
+constexpr std::int64_t kVectors = 4;
+
+Vector vectorAt(const float* samples) noexcept HALVO_REALTIME {
+    Vector result;
+    std::memcpy(&result, samples, sizeof result);
+    return result;
+}
+
+/// The sum of what `term` makes of each value; it takes single values and vectors of them.
+template <typename Term>
+float sumOf(const float* values, std::int64_t count, Term term) noexcept HALVO_REALTIME {
+    Vector sums[kVectors]{};
+    std::int64_t i = 0;
+    for (; i + kLanes <= count; i += kLanes) {
+        for (std::int64_t v = 0; v < kVectors; ++v)
+            sums[v] += term(vectorAt(values + i + 4 * v));
+    }
+    float result = 0;
+    for (; i < count; ++i)
+        result += term(values[i]);
+    for (const auto& vector : sums) {
+        for (int lane = 0; lane < 4; ++lane)
+            result += vector[lane];
+    }
+    return result;
+}
 
 } // namespace
 
@@ -19,47 +48,45 @@ void scaleSamples(float* samples, std::int64_t count, float gain) noexcept HALVO
 }
 
 void softClip(float* samples, std::int64_t count) noexcept HALVO_REALTIME {
+    // To look is cheaper than to divide, and most blocks stay within bounds.
+    if (maximumMagnitude(samples, count) <= 1.0F) return;
     for (std::int64_t i = 0; i < count; ++i) {
         const float x = samples[i];
-        const float above = 1.0F - 1.0F / (x + 1.0F);
-        const float below = 1.0F / (1.0F - x) - 1.0F;
-        samples[i] = x > 1.0F ? above : (x < -1.0F ? below : x);
+        const float magnitude = std::fabs(x);
+        const float bent = 1.0F - 1.0F / (magnitude + 1.0F);
+        samples[i] = magnitude > 1.0F ? std::copysign(bent, x) : x;
     }
 }
 
 float maximumMagnitude(const float* samples, std::int64_t count) noexcept HALVO_REALTIME {
-    std::array<float, kLanes> largest{};
+    Vector largest[kVectors]{};
     std::int64_t i = 0;
     for (; i + kLanes <= count; i += kLanes) {
-        for (std::int64_t lane = 0; lane < kLanes; ++lane) {
-            auto& lead = largest[static_cast<std::size_t>(lane)];
-            const float magnitude = std::fabs(samples[i + lane]);
-            lead = magnitude > lead ? magnitude : lead;
+        for (std::int64_t v = 0; v < kVectors; ++v) {
+            const auto withoutSign =
+                reinterpret_cast<Bits>(vectorAt(samples + i + 4 * v)) & INT32_MAX;
+            const auto magnitude = reinterpret_cast<Vector>(withoutSign);
+            largest[v] = magnitude > largest[v] ? magnitude : largest[v];
         }
     }
     float result = 0;
     for (; i < count; ++i)
         result = std::max(result, std::fabs(samples[i]));
-    for (const float lead : largest)
-        result = std::max(result, lead);
+    for (const auto& vector : largest) {
+        for (int lane = 0; lane < 4; ++lane)
+            result = std::max(result, vector[lane]);
+    }
     return result;
+}
+
+float sum(const float* values, std::int64_t count) noexcept HALVO_REALTIME {
+    return sumOf(values, count, [](auto x) { return x; });
 }
 
 float rootMeanSquare(const float* samples, std::int64_t count) noexcept HALVO_REALTIME {
     if (count <= 0) return 0;
-    std::array<float, kLanes> sums{};
-    std::int64_t i = 0;
-    for (; i + kLanes <= count; i += kLanes) {
-        for (std::int64_t lane = 0; lane < kLanes; ++lane) {
-            sums[static_cast<std::size_t>(lane)] += samples[i + lane] * samples[i + lane];
-        }
-    }
-    float sum = 0;
-    for (; i < count; ++i)
-        sum += samples[i] * samples[i];
-    for (const float part : sums)
-        sum += part;
-    return std::sqrt(sum / static_cast<float>(count));
+    const float squares = sumOf(samples, count, [](auto x) { return x * x; });
+    return std::sqrt(squares / static_cast<float>(count));
 }
 
 } // namespace halvo

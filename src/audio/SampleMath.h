@@ -19,6 +19,9 @@ void softClip(float* samples, std::int64_t count) noexcept HALVO_REALTIME;
 /// The largest magnitude; 0 of nothing.
 float maximumMagnitude(const float* samples, std::int64_t count) noexcept HALVO_REALTIME;
 
+/// The sum, in no particular order; 0 of nothing.
+float sum(const float* values, std::int64_t count) noexcept HALVO_REALTIME;
+
 /// The root of the mean of the squares; 0 of nothing.
 float rootMeanSquare(const float* samples, std::int64_t count) noexcept HALVO_REALTIME;
 

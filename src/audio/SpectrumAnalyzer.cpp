@@ -1,5 +1,7 @@
 #include "audio/SpectrumAnalyzer.h"
 
+#include "audio/SampleMath.h"
+
 #include <algorithm>
 #include <cmath>
 #include <numbers>
@@ -27,11 +29,24 @@ SpectrumAnalyzer::SpectrumAnalyzer() {
 
 void SpectrumAnalyzer::feed(const float* samples, std::int64_t frameCount,
                             std::int64_t channelCount, float sampleRate) noexcept HALVO_REALTIME {
-    const bool isMono = channelCount < 2;
-    for (std::int64_t frame = 0; frame < frameCount; ++frame) {
-        const float* const first = samples + frame * channelCount;
-        monoBuffer_[accumulatedCount_] = isMono ? first[0] : (first[0] + first[1]) * 0.5F;
-        if (++accumulatedCount_ < kFFTSize) continue;
+    while (frameCount > 0) {
+        const auto room = static_cast<std::int64_t>(kFFTSize - accumulatedCount_);
+        const std::int64_t count = std::min(frameCount, room);
+        float* const mono = monoBuffer_.data() + accumulatedCount_;
+        if (channelCount == 2) {
+            for (std::int64_t i = 0; i < count; ++i)
+                mono[i] = (samples[2 * i] + samples[2 * i + 1]) * 0.5F;
+        } else {
+            const bool isMono = channelCount < 2;
+            for (std::int64_t i = 0; i < count; ++i) {
+                const float* const first = samples + i * channelCount;
+                mono[i] = isMono ? first[0] : (first[0] + first[1]) * 0.5F;
+            }
+        }
+        samples += count * channelCount;
+        frameCount -= count;
+        accumulatedCount_ += static_cast<std::size_t>(count);
+        if (accumulatedCount_ < kFFTSize) return;
         runFFT(sampleRate);
         accumulatedCount_ = 0;
     }
@@ -75,10 +90,9 @@ void SpectrumAnalyzer::runFFT(float sampleRate) noexcept HALVO_REALTIME {
 float SpectrumAnalyzer::bandLevel(std::size_t band,
                                   float sampleRate) const noexcept HALVO_REALTIME {
     const auto [lowest, highest] = binsOfBand(band, sampleRate);
-    float sum = 0;
-    for (std::size_t k = lowest; k <= highest; ++k)
-        sum += magnitudes_[k];
-    const float power = sum / static_cast<float>(highest - lowest + 1) * kBinsPerHertz;
+    const auto count = static_cast<std::int64_t>(highest - lowest + 1);
+    const float mean = sum(&magnitudes_[lowest], count) / static_cast<float>(count);
+    const float power = mean * kBinsPerHertz;
     const float decibels = 10 * std::log10(std::max(power, kQuietest));
     return std::clamp((decibels + kRangeDb) / kRangeDb, 0.0F, 1.0F);
 }

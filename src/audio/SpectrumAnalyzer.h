@@ -50,7 +50,7 @@ class SpectrumAnalyzer {
     float bandLevel(std::size_t band, float sampleRate) const noexcept HALVO_REALTIME;
 
     // Render thread.
-    const RealFFT fft_;
+    RealFFT fft_;
     Samples window_;
     Samples monoBuffer_{};
     std::size_t accumulatedCount_ = 0;

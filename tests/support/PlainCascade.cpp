@@ -6,17 +6,19 @@ namespace halvo {
 
 void PlainCascade::process(float* frames, std::int64_t frameCount,
                            const BiquadCascade::Coefficients& coefficients) {
-    for (std::int64_t i = 0; i < frameCount * 2; ++i) {
-        float x = frames[i];
-        for (std::size_t section = 0; section < kBandCount; ++section) {
-            const auto& c = coefficients[section];
-            auto& [z1, z2] = memory_[static_cast<std::size_t>(i % 2)][section];
-            const float y = c.b0 * x + z1;
-            z1 = c.b1 * x - c.a1 * y + z2;
-            z2 = c.b2 * x - c.a2 * y;
-            x = y;
+    for (std::int64_t frame = 0; frame < frameCount; ++frame) {
+        for (std::size_t channel = 0; channel < 2; ++channel) {
+            float x = frames[2 * frame + static_cast<std::int64_t>(channel)];
+            for (std::size_t section = 0; section < kBandCount; ++section) {
+                const auto& c = coefficients[section];
+                auto& [z1, z2] = memory_[channel][section];
+                const float y = c.b0 * x + z1;
+                z1 = c.b1 * x - c.a1 * y + z2;
+                z2 = c.b2 * x - c.a2 * y;
+                x = y;
+            }
+            frames[2 * frame + static_cast<std::int64_t>(channel)] = x;
         }
-        frames[i] = x;
     }
     for (auto& channel : memory_) {
         for (auto& [z1, z2] : channel) {
