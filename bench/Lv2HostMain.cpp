@@ -106,7 +106,8 @@ int fail(const std::string& sentence) {
 } // namespace
 
 int main(int argumentCount, char** arguments) {
-    const auto job = parse(std::span(arguments, static_cast<std::size_t>(argumentCount)).subspan(1));
+    const auto job =
+        parse(std::span(arguments, static_cast<std::size_t>(argumentCount)).subspan(1));
     if (!job) {
         std::fputs(kUsage, stderr);
         return 2;

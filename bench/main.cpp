@@ -1,0 +1,154 @@
+#include "BenchReport.h"
+#include "CallbackMeasurement.h"
+#include "PeerMeasurement.h"
+#include "SessionMeasurement.h"
+#include "demo/Progress.h"
+#include "demo/SoundFile.h"
+#include "session/Janitor.h"
+
+#include <QCoreApplication>
+
+#include <nlohmann/json.hpp>
+
+#include <clocale>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <set>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace {
+
+namespace fs = std::filesystem;
+using halvo::demo::progress;
+using nlohmann::ordered_json;
+
+constexpr const char* kUsage =
+    "usage: halvo-bench [--only PART]... [FOLDER]\n"
+    "Measures what Halvo costs and writes report.json into FOLDER (out/bench).\n"
+    "  --only PART  render, callback, peers or session\n";
+
+/// A folder in memory where there is room, so that no disk is measured; on the disk else. It goes
+/// with the process, however that ends.
+class Workshop {
+  public:
+    static std::unique_ptr<Workshop> open() {
+        constexpr std::uintmax_t kNeeded = 1'000'000'000;
+        std::error_code error;
+        const auto space = fs::space("/dev/shm", error);
+        const bool fits = !error && space.available > kNeeded;
+        std::string path =
+            (fits ? fs::path("/dev/shm") : fs::temp_directory_path()) / "halvo-bench-XXXXXX";
+        if (::mkdtemp(path.data()) == nullptr) return nullptr;
+        auto janitor = halvo::session::Janitor::start(path, "/halvo_bench_none");
+        if (!janitor) return nullptr;
+        return std::unique_ptr<Workshop>(new Workshop(path, std::move(*janitor)));
+    }
+    const std::string& folder() const { return folder_; }
+
+  private:
+    Workshop(std::string folder, std::unique_ptr<halvo::session::Janitor> janitor)
+        : folder_(std::move(folder)), janitor_(std::move(janitor)) {}
+    std::string folder_;
+    std::unique_ptr<halvo::session::Janitor> janitor_;
+};
+
+constexpr const char* kParts[] = {"render", "callback", "session", "peers"};
+
+struct Arguments {
+    std::set<std::string> parts{std::begin(kParts), std::end(kParts)};
+    std::string folder = "out/bench";
+};
+
+std::optional<Arguments> parse(std::span<char*> words) {
+    Arguments arguments;
+    std::set<std::string> only;
+    for (std::size_t i = 0; i < words.size(); ++i) {
+        if (std::string_view(words[i]) != "--only") {
+            arguments.folder = words[i];
+        } else if (++i == words.size() || !arguments.parts.contains(words[i])) {
+            return std::nullopt;
+        } else {
+            only.insert(words[i]);
+        }
+    }
+    if (!only.empty()) arguments.parts = only;
+    return arguments.folder.starts_with('-') ? std::nullopt : std::optional(arguments);
+}
+
+std::string buildFolder() {
+    std::error_code error;
+    const fs::path self = fs::read_symlink("/proc/self/exe", error);
+    return self.parent_path().parent_path(); // this program lies in bench/ of it
+}
+
+/// What the figures mean where their names do not say it.
+ordered_json units() {
+    return {{"callback", "microseconds"},
+            {"stages", "nanoseconds per stereo frame"},
+            {"cpuSecondsPerMinute", "per minute of stereo sound at 48000 frames per second"},
+            {"idle", "application and driver together"},
+            {"playing", "application and driver together"}};
+}
+
+/// Measures the parts into `report`; false when something could not be measured.
+bool measure(const Arguments& arguments, ordered_json& report) {
+    bool isWhole = true;
+    if (arguments.parts.contains("callback")) {
+        progress("The render callback as a sound server calls it");
+        report["callback"] = halvo::bench::measureCallback();
+    }
+    if (arguments.parts.contains("peers")) {
+        const auto workshop = Workshop::open();
+        if (!workshop) return false;
+        report.update(halvo::bench::PeerMeasurement(workshop->folder(), buildFolder()).run());
+        isWhole = report["missing"].empty();
+    }
+    if (arguments.parts.contains("session")) {
+        const auto session = halvo::bench::measureSession();
+        if (session)
+            report.update(*session);
+        else
+            std::fprintf(stderr, "halvo-bench: %s\n", session.error().c_str());
+        isWhole = isWhole && session.has_value();
+    }
+    return isWhole;
+}
+
+void print(const ordered_json& report) {
+    std::printf("\n%s", halvo::bench::table(report).c_str());
+    for (const auto& [aim, measured, holds] : halvo::bench::verdicts(report))
+        std::printf("%-56s%9.2f  %s\n", aim.c_str(), measured, holds ? "yes" : "NO");
+}
+
+} // namespace
+
+int main(int argumentCount, char** words) {
+    // Qt alone needs it, for the session bus; numbers keep their point whatever the language.
+    const QCoreApplication application(argumentCount, words);
+    (void)std::setlocale(LC_NUMERIC, "C");
+    const auto arguments =
+        parse(std::span(words, static_cast<std::size_t>(argumentCount)).subspan(1));
+    if (!arguments) {
+        std::fputs(kUsage, stderr);
+        return 2;
+    }
+    ordered_json report;
+    const bool isWhole = measure(*arguments, report);
+    report["units"] = units();
+    print(report);
+
+    std::error_code error;
+    fs::create_directories(arguments->folder, error);
+    const std::string path = arguments->folder + "/report.json";
+    if (const auto failure = halvo::demo::writeTextFile(path, report.dump(2) + "\n")) {
+        std::fprintf(stderr, "halvo-bench: %s\n", failure->c_str());
+        return EXIT_FAILURE;
+    }
+    std::printf("All figures are in %s.\n", path.c_str());
+    return isWhole ? EXIT_SUCCESS : EXIT_FAILURE;
+}
