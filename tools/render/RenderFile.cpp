@@ -20,7 +20,7 @@ namespace {
 namespace fs = std::filesystem;
 using Failure = std::optional<std::string>; ///< a sentence
 
-constexpr std::int64_t kBlockFrames = 4096; // stays in the processor's nearest cache but one
+constexpr std::int64_t kBlockFrames = 16384; // few calls of the system
 
 /// What speaks against writing to the output.
 Failure objectionTo(const Options& options) {

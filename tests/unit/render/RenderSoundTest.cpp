@@ -145,6 +145,7 @@ TEST_F(RenderSound, EveryFormatComesOutAsItWentIn) {
          {FormatRow{"8 bits", SF_FORMAT_WAV | SF_FORMAT_PCM_U8, 2, 44100},
           FormatRow{"16 bits", SF_FORMAT_WAV | SF_FORMAT_PCM_16, 1, 96000},
           FormatRow{"24 bits", SF_FORMAT_WAV | SF_FORMAT_PCM_24},
+          FormatRow{"24 bits, big-endian", SF_FORMAT_WAV | SF_FORMAT_PCM_24 | SF_ENDIAN_BIG},
           FormatRow{"32 bits", SF_FORMAT_WAV | SF_FORMAT_PCM_32, 1},
           FormatRow{"float, extensible", SF_FORMAT_WAVEX | SF_FORMAT_FLOAT, 2, 192000},
           FormatRow{"double", SF_FORMAT_WAV | SF_FORMAT_DOUBLE},
