@@ -1,6 +1,7 @@
 #include "BenchReport.h"
 #include "CallbackMeasurement.h"
 #include "PeerMeasurement.h"
+#include "RenderMeasurement.h"
 #include "SessionMeasurement.h"
 #include "demo/Progress.h"
 #include "demo/SoundFile.h"
@@ -98,6 +99,10 @@ ordered_json units() {
 /// Measures the parts into `report`; false when something could not be measured.
 bool measure(const Arguments& arguments, ordered_json& report) {
     bool isWhole = true;
+    if (arguments.parts.contains("render")) {
+        progress("The render path and its stages");
+        report.update(ordered_json(halvo::bench::measureRenderPath()));
+    }
     if (arguments.parts.contains("callback")) {
         progress("The render callback as a sound server calls it");
         report["callback"] = halvo::bench::measureCallback();

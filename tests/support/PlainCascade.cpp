@@ -11,7 +11,8 @@ void PlainCascade::process(float* frames, std::int64_t frameCount,
             float x = frames[2 * frame + static_cast<std::int64_t>(channel)];
             for (std::size_t section = 0; section < kBandCount; ++section) {
                 const auto& c = coefficients[section];
-                auto& [z1, z2] = memory_[channel][section];
+                float& z1 = memory_[section].z1[channel];
+                float& z2 = memory_[section].z2[channel];
                 const float y = c.b0 * x + z1;
                 z1 = c.b1 * x - c.a1 * y + z2;
                 z2 = c.b2 * x - c.a2 * y;
@@ -20,10 +21,10 @@ void PlainCascade::process(float* frames, std::int64_t frameCount,
             frames[2 * frame + static_cast<std::int64_t>(channel)] = x;
         }
     }
-    for (auto& channel : memory_) {
-        for (auto& [z1, z2] : channel) {
-            z1 = std::isfinite(z1) ? z1 : 0.0F;
-            z2 = std::isfinite(z2) ? z2 : 0.0F;
+    for (auto& [z1, z2] : memory_) {
+        for (auto* memory : {&z1, &z2}) {
+            for (float& value : *memory)
+                value = std::isfinite(value) ? value : 0.0F;
         }
     }
 }

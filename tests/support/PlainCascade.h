@@ -14,11 +14,12 @@ class PlainCascade {
                  const BiquadCascade::Coefficients& coefficients);
 
   private:
+    /// The memory of one section, left and right.
     struct Memory {
-        float z1 = 0;
-        float z2 = 0;
+        std::array<float, 2> z1{};
+        std::array<float, 2> z2{};
     };
-    std::array<std::array<Memory, kBandCount>, 2> memory_{};
+    std::array<Memory, kBandCount> memory_{};
 };
 
 } // namespace halvo
