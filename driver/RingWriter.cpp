@@ -172,6 +172,10 @@ void RingWriter::write(const float* samples, std::size_t frames) noexcept HALVO_
     storeShared(header_->writeIndex, end);
 }
 
+ReaderPace::Indices RingWriter::indices() const noexcept HALVO_REALTIME {
+    return {writeIndex_, loadShared(header_->readIndex)};
+}
+
 bool RingWriter::isCurrent() const {
     struct stat status{};
     return isNamed(name_, descriptor_) && ::fstat(descriptor_, &status) == 0 &&

@@ -2,6 +2,7 @@
 
 #include "audio/RingLayout.h"
 #include "base/Realtime.h"
+#include "driver/ReaderPace.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -40,6 +41,9 @@ class RingWriter {
     /// Appends interleaved stereo frames; samples that are not finite become 0, because a single
     /// one would stay in a reader's filters for ever. Audio thread, one at a time.
     void write(const float* samples, std::size_t frames) noexcept HALVO_REALTIME;
+
+    /// How far writer and reader are. Audio thread.
+    ReaderPace::Indices indices() const noexcept HALVO_REALTIME;
 
     /// Whether the mapping is still the object that the name stands for, whole and as published.
     bool isCurrent() const;

@@ -1,6 +1,7 @@
 #include "driver/linux/CaptureStream.h"
 
 #include "driver/RingWriter.h"
+#include "driver/linux/TurnLink.h"
 #include "driver/linux/VirtualSink.h"
 
 #include <algorithm>
@@ -16,20 +17,11 @@ namespace {
 
 constexpr std::size_t kFrameSize = RingWriter::kChannels * sizeof(float);
 
-/// The bytes of a buffer, as far as its own claims can be true.
-void handOver(const spa_data& data, RingWriter& ring) noexcept {
-    if (data.data == nullptr || data.chunk == nullptr) return;
-    const std::uint32_t offset = std::min(data.chunk->offset, data.maxsize);
-    const std::uint32_t size = std::min(data.chunk->size, data.maxsize - offset);
-    const auto* bytes = static_cast<const std::byte*>(data.data) + offset;
-    ring.write(reinterpret_cast<const float*>(bytes), size / kFrameSize);
-}
-
 } // namespace
 
-CaptureStream::CaptureStream(pw_core* core, RingWriter& ring, std::uint32_t rate,
-                             std::function<void()> ended)
-    : ring_(ring), rate_(rate), ended_(std::move(ended)) {
+CaptureStream::CaptureStream(pw_core* core, RingWriter& ring, const TurnLink& turn,
+                             std::uint32_t rate, std::function<void()> ended)
+    : ring_(ring), turn_(turn), rate_(rate), ended_(std::move(ended)) {
     static const pw_stream_events events = [] {
         pw_stream_events result{};
         result.version = PW_VERSION_STREAM_EVENTS;
@@ -101,10 +93,22 @@ void CaptureStream::onControl(void* data, std::uint32_t id, const pw_stream_cont
     }
 }
 
+void CaptureStream::handOver(const spa_data& data) noexcept {
+    if (data.data == nullptr || data.chunk == nullptr) return;
+    // The bytes of the buffer, as far as its own claims can be true.
+    const std::uint32_t offset = std::min(data.chunk->offset, data.maxsize);
+    const std::uint32_t size = std::min(data.chunk->size, data.maxsize - offset);
+    const auto* bytes = static_cast<const std::byte*>(data.data) + offset;
+    const auto* samples = reinterpret_cast<const float*>(bytes);
+    const std::size_t frames = size / kFrameSize;
+    const auto turn = turn_.isMade() ? ReaderPace::Turn::afterWriter : ReaderPace::Turn::anyTime;
+    if (pace_.takes(samples, frames, ring_.indices(), turn)) ring_.write(samples, frames);
+}
+
 void CaptureStream::onProcess(void* data) {
     auto* self = static_cast<CaptureStream*>(data);
     while (pw_buffer* buffer = pw_stream_dequeue_buffer(self->stream_)) {
-        handOver(buffer->buffer->datas[0], self->ring_);
+        self->handOver(buffer->buffer->datas[0]);
         pw_stream_queue_buffer(self->stream_, buffer);
     }
 }

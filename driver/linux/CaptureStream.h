@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/Realtime.h"
+#include "driver/ReaderPace.h"
 
 #include <cstdint>
 #include <functional>
@@ -9,6 +10,7 @@
 namespace halvo::driver {
 
 class RingWriter;
+class TurnLink;
 
 /// Listens to what is played into the virtual sink, before its volume, and hands every frame to
 /// the ring. Does not keep the sink awake while nobody plays. Main loop only; the frames pass on
@@ -16,7 +18,8 @@ class RingWriter;
 class CaptureStream {
   public:
     /// Connects at `rate` frames per second; `ended` is called when the stream cannot go on.
-    CaptureStream(pw_core* core, RingWriter& ring, std::uint32_t rate, std::function<void()> ended);
+    CaptureStream(pw_core* core, RingWriter& ring, const TurnLink& turn, std::uint32_t rate,
+                  std::function<void()> ended);
     ~CaptureStream();
     CaptureStream(const CaptureStream&) = delete;
     CaptureStream& operator=(const CaptureStream&) = delete;
@@ -29,8 +32,11 @@ class CaptureStream {
                                const char* error);
     static void onControl(void* data, std::uint32_t id, const pw_stream_control* control);
     static void onProcess(void* data);
+    void handOver(const spa_data& data) noexcept;
 
     RingWriter& ring_;
+    const TurnLink& turn_;
+    ReaderPace pace_; // data thread only
     const std::uint32_t rate_;
     std::function<void()> ended_;
     pw_stream* stream_;

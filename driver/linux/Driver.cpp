@@ -109,6 +109,7 @@ bool Driver::connectToServer() {
     captureEnded_ = false;
     clock_.emplace([this] { reconcileIn(Milliseconds{0}); });
     sink_.emplace([this] { reconcileIn(Milliseconds{0}); });
+    turnLink_.emplace(core_);
     pw_core_add_listener(core_, &coreListener_, &coreEvents, this);
     registry_ = pw_core_get_registry(core_, PW_VERSION_REGISTRY, 0);
     pw_registry_add_listener(registry_, &registryListener_, &registryEvents, this);
@@ -120,6 +121,7 @@ bool Driver::connectToServer() {
 
 void Driver::disconnect() {
     capture_.reset();
+    turnLink_.reset();
     sink_.reset();
     clock_.reset();
     if (registry_ != nullptr) {
@@ -173,7 +175,7 @@ void Driver::updateCapture() {
     }
     if (capture_ || !sink_->isPresent() || !ring_) return;
     ring_->publish(rate);
-    capture_.emplace(core_, *ring_, rate, [this] {
+    capture_.emplace(core_, *ring_, *turnLink_, rate, [this] {
         captureEnded_ = true;
         reconcileIn(kCaptureRetry);
     });
@@ -219,6 +221,8 @@ void Driver::onError(void* data, std::uint32_t id, int, int result, const char* 
         say("the sound server refuses the virtual device", message != nullptr ? message : "");
         self->sink_->requestFailed();
         self->retryLater();
+    } else if (self->turnLink_) {
+        self->turnLink_->refused(id);
     }
 }
 
@@ -228,10 +232,13 @@ void Driver::onGlobal(void* data, std::uint32_t id, std::uint32_t, const char* t
     if (properties == nullptr) return;
     self->sink_->consider(id, type, properties);
     self->clock_->consider(self->registry_, id, type, properties);
+    self->turnLink_->consider(id, type, properties);
 }
 
 void Driver::onGlobalRemove(void* data, std::uint32_t id) {
-    static_cast<Driver*>(data)->sink_->forget(id);
+    auto* self = static_cast<Driver*>(data);
+    self->sink_->forget(id);
+    self->turnLink_->forget(id);
 }
 
 } // namespace halvo::driver

@@ -3,6 +3,7 @@
 #include "driver/RingWriter.h"
 #include "driver/linux/CaptureStream.h"
 #include "driver/linux/ClockRate.h"
+#include "driver/linux/TurnLink.h"
 #include "driver/linux/VirtualSink.h"
 
 #include <chrono>
@@ -69,6 +70,7 @@ class Driver {
     bool captureEnded_ = false;
     std::optional<ClockRate> clock_;
     std::optional<VirtualSink> sink_;
+    std::optional<TurnLink> turnLink_;
 
     std::unique_ptr<RingWriter> ring_;
     std::optional<CaptureStream> capture_; // uses the ring, so it goes first

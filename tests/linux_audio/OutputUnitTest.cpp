@@ -20,6 +20,7 @@ class OutputUnitTest : public ServerFixture {
         const auto target = unit.framesPlayed() + frames;
         return waitFor([&] { return unit.framesPlayed() >= target; });
     }
+    /// Also keeps the device awake: for a unit alone it sleeps.
     std::unique_ptr<session::Recorder> record(const std::string& uid) {
         auto recorder =
             std::make_unique<session::Recorder>(session_->serverSocket(), uid, 48000, 20.0);
@@ -66,6 +67,7 @@ TEST_F(OutputUnitTest, WithoutADevicePlaysToTheDefaultButNeverToHalvosOwn) {
     EXPECT_FALSE(unit.start());
     // Another unit's cycles are the clock: it had every chance to play.
     TestSignal otherSignal;
+    const auto awake = record("acc.a");
     PipeWireOutputUnit other(*connection_, gate_);
     configure(other, otherSignal);
     ASSERT_TRUE(other.setDevice(device("acc.a")));
@@ -81,6 +83,7 @@ TEST_F(OutputUnitTest, WithoutADevicePlaysToTheDefaultButNeverToHalvosOwn) {
 }
 
 TEST_F(OutputUnitTest, IsStillOnceStopReturns) {
+    const auto awake = record("acc.a");
     PipeWireOutputUnit unit(*connection_, gate_);
     configure(unit, signal_);
     ASSERT_TRUE(unit.setDevice(device("acc.a")));
@@ -110,6 +113,7 @@ TEST_F(OutputUnitTest, IsStillOnceStopReturns) {
 
 TEST_F(OutputUnitTest, MovesWhenItIsBuiltAnew) {
     const auto recorder = record("acc.a");
+    const auto awake = record("acc.b");
     for (const char* uid : {"acc.a", "acc.b", "acc.a"}) {
         auto unit = PipeWireOutputUnitFactory(*connection_, gate_).makeOutputUnit();
         auto& built = dynamic_cast<PipeWireOutputUnit&>(*unit);
@@ -128,12 +132,14 @@ TEST_F(OutputUnitTest, ComesBackWithItsDevice) {
     configure(unit, signal_);
     ASSERT_TRUE(unit.setDevice(device("usb")));
     ASSERT_TRUE(unit.start());
+    auto awake = record("usb");
     ASSERT_TRUE(plays(unit, 8192));
     for (int i = 0; i < 3; ++i) {
         const auto recorderA = record("acc.a");
         ASSERT_TRUE(session_->unplug("usb"));
         ASSERT_TRUE(waitFor([&] { return !hardware_->deviceForUID("usb"); }));
         ASSERT_TRUE(session_->plug({"usb", "USB"}));
+        awake = record("usb");
         EXPECT_TRUE(plays(unit, 8192)) << i;
         EXPECT_EQ(recorderA->recording().peak(), 0.0F) << "nothing moved to another device";
     }
@@ -146,6 +152,7 @@ TEST_F(OutputUnitTest, StaysAtUnityWhateverOthersSet) {
     configure(unit, signal_);
     ASSERT_TRUE(unit.setDevice(device("acc.b")));
     ASSERT_TRUE(unit.start());
+    const auto recorder = record("acc.b");
     ASSERT_TRUE(plays(unit, 4096));
     ASSERT_TRUE(waitFor([&] { return view->node("halvo").has_value(); }));
     ASSERT_TRUE(view->setVolume("halvo", {0.25F, 0.25F}));
@@ -157,7 +164,7 @@ TEST_F(OutputUnitTest, StaysAtUnityWhateverOthersSet) {
         const auto node = view->node("halvo");
         return node && !node->muted && node->volumes == std::vector<float>{1, 1};
     }));
-    const auto recorder = record("acc.b");
+    recorder->clear();
     ASSERT_TRUE(waitFor([&] { return recorder->frames() >= 8192; }));
     EXPECT_EQ(TestSignal::match(recorder->recording()).wrongFrames, 0U);
 }

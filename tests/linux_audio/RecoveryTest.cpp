@@ -1,6 +1,7 @@
 #include "linux_audio/ServerFixture.h"
 #include "linux_audio/TestSignal.h"
 #include "platform/linux/PipeWireOutputUnit.h"
+#include "session/Recorder.h"
 
 #include <thread>
 
@@ -27,6 +28,11 @@ TEST_F(RecoveryTest, OfAServerThatWentAndCameBack) {
     ASSERT_TRUE(unit.setDevice(device("acc.b")));
     ASSERT_TRUE(unit.initialize());
     ASSERT_TRUE(unit.start());
+    // Somebody has to listen: for a unit alone the device sleeps.
+    const auto listen = [this] {
+        return std::make_unique<session::Recorder>(session_->serverSocket(), "acc.b", 48000);
+    };
+    auto listener = listen();
     ASSERT_TRUE(waitFor([&] { return unit.framesPlayed() > 4096; }));
 
     for (int round = 0; round < 2; ++round) {
@@ -46,6 +52,7 @@ TEST_F(RecoveryTest, OfAServerThatWentAndCameBack) {
         lists = defaults = 0;
         const auto played = unit.framesPlayed();
         ASSERT_TRUE(session_->startServer());
+        listener = listen();
         ASSERT_TRUE(waitFor([&] { return lists > 0 && defaults > 0; })) << round;
         // What the first listener finds is complete: nothing seems to be newly connected.
         EXPECT_EQ(hardware_->deviceIDs()->size(), 2U);

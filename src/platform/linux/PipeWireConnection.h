@@ -8,12 +8,12 @@
 #include <string>
 
 struct pw_core;
-struct pw_data_loop;
 struct pw_loop;
 
 namespace halvo {
 
 class PipeWireGraph;
+class PipeWireHook;
 
 /// A connection to the sound server with a thread of its own, which comes back by itself: a server
 /// that is missing or goes away is tried again after 0.25 s, then ever more rarely, at least every
@@ -57,7 +57,8 @@ class PipeWireConnection {
     /// Null while there is no server.
     pw_core* core() const;
     pw_loop* loop() const;
-    pw_data_loop* dataLoop() const;
+    /// Takes a listener off on the render thread: when this returns, no cycle is in it any more.
+    void removeBetweenCycles(PipeWireHook& hook);
     PipeWireGraph& graph();
 
     /// Observers are called in the order in which they came; one may leave while it is called.

@@ -54,6 +54,7 @@ pw_properties* streamProperties(const std::string& sinkName) {
         {PW_KEY_MEDIA_CLASS, "Stream/Output/Audio/Internal"},
         {PW_KEY_TARGET_OBJECT, sinkName.c_str()},
         {PW_KEY_NODE_DONT_RECONNECT, "true"},
+        {PW_KEY_NODE_PASSIVE, "true"},
         {PW_KEY_NODE_GROUP, kGroup},
         {PW_KEY_NODE_LINK_GROUP, kGroup},
         {"state.restore-props", "false"},
@@ -78,14 +79,7 @@ std::unique_ptr<PipeWireStream> PipeWireStream::create(PipeWireConnection& conne
 }
 
 PipeWireStream::~PipeWireStream() {
-    if (!stream_) return;
-    running_.store(false, std::memory_order_release);
-    // Runs on the render thread: when it returns, no cycle that saw the old value is left.
-    pw_data_loop_invoke(
-        connection_.dataLoop(),
-        [](spa_loop*, bool, std::uint32_t, const void*, std::size_t, void*) { return 0; }, 0,
-        nullptr, 0, true, nullptr);
-    hook_.remove();
+    if (turn_) turn_->end();
 }
 
 bool PipeWireStream::connect(const std::string& sinkName) {
@@ -104,9 +98,14 @@ bool PipeWireStream::connect(const std::string& sinkName) {
     spa_pod_builder builder{};
     spa_pod_builder_init(&builder, storage.data(), storage.size());
     const spa_pod* params[] = {spa_format_audio_raw_build(&builder, SPA_PARAM_EnumFormat, &info)};
-    constexpr auto kFlags = static_cast<pw_stream_flags>(
-        PW_STREAM_FLAG_AUTOCONNECT | PW_STREAM_FLAG_MAP_BUFFERS | PW_STREAM_FLAG_RT_PROCESS);
-    return pw_stream_connect(stream_.get(), PW_DIRECTION_OUTPUT, PW_ID_ANY, kFlags, params, 1) >= 0;
+    constexpr auto kFlags =
+        static_cast<pw_stream_flags>(PW_STREAM_FLAG_AUTOCONNECT | PW_STREAM_FLAG_MAP_BUFFERS |
+                                     PW_STREAM_FLAG_RT_PROCESS | PW_STREAM_FLAG_TRIGGER);
+    if (pw_stream_connect(stream_.get(), PW_DIRECTION_OUTPUT, PW_ID_ANY, kFlags, params, 1) < 0) {
+        return false;
+    }
+    turn_ = PipeWireTurn::create(connection_, *this);
+    return turn_ != nullptr;
 }
 
 const pw_stream_events& PipeWireStream::events() {
@@ -131,10 +130,15 @@ const pw_stream_events& PipeWireStream::events() {
 }
 
 void PipeWireStream::stateChanged(pw_stream_state state) {
+    streaming_.store(state == PW_STREAM_STATE_STREAMING, std::memory_order_release);
     if (state == PW_STREAM_STATE_PAUSED || state == PW_STREAM_STATE_STREAMING) connected_ = true;
     const bool ended =
         state == PW_STREAM_STATE_ERROR || (connected_ && state == PW_STREAM_STATE_UNCONNECTED);
-    if (ended && running_.load(std::memory_order_relaxed)) owner_.streamFailed();
+    if (ended) owner_.streamFailed();
+}
+
+void PipeWireStream::turnFailed() {
+    owner_.streamFailed();
 }
 
 void PipeWireStream::controlChanged(std::uint32_t id, const pw_stream_control& control) {
@@ -150,8 +154,12 @@ void PipeWireStream::controlChanged(std::uint32_t id, const pw_stream_control& c
                           values.data(), 0);
 }
 
+void PipeWireStream::turnCame() noexcept {
+    // A stream that is not started would take sound and not play it.
+    if (streaming_.load(std::memory_order_acquire)) (void)pw_stream_trigger_process(stream_.get());
+}
+
 void PipeWireStream::process() noexcept {
-    if (!running_.load(std::memory_order_acquire)) return;
     if (const auto* position = position_.load(std::memory_order_acquire)) {
         renderer_.clock(position->clock.id, position->clock.position, position->clock.duration);
     }

@@ -2,6 +2,7 @@
 
 #include "platform/OutputUnit.h"
 #include "platform/linux/PipeWireHandles.h"
+#include "platform/linux/PipeWireTurn.h"
 
 #include <atomic>
 #include <memory>
@@ -15,8 +16,8 @@ class PipeWireConnection;
 class PipeWireRenderer;
 
 /// One playback stream to one sink. Lives with the connection's lock; its destructor returns when
-/// the render thread has left it for good.
-class PipeWireStream {
+/// the render thread has left it for good. It renders in its turn, see `PipeWireTurn`.
+class PipeWireStream : private PipeWireTurn::Owner {
   public:
     class Owner {
       public:
@@ -30,7 +31,7 @@ class PipeWireStream {
                                                   PipeWireRenderer& renderer,
                                                   const std::string& sinkName,
                                                   const StreamFormat& format);
-    ~PipeWireStream();
+    ~PipeWireStream() override;
     PipeWireStream(const PipeWireStream&) = delete;
     PipeWireStream& operator=(const PipeWireStream&) = delete;
 
@@ -47,6 +48,8 @@ class PipeWireStream {
     void stateChanged(pw_stream_state state);
     void controlChanged(std::uint32_t id, const pw_stream_control& control);
     void process() noexcept;
+    void turnCame() noexcept override;
+    void turnFailed() override;
 
     PipeWireConnection& connection_;
     Owner& owner_;
@@ -54,8 +57,10 @@ class PipeWireStream {
     const StreamFormat format_;
     bool connected_ = false;
     // Render thread reads.
-    std::atomic<bool> running_{true};
+    std::atomic<bool> streaming_{false};
     std::atomic<const spa_io_position*> position_{nullptr};
+    // The stream goes first: its sink would wait for a turn that never comes.
+    std::unique_ptr<PipeWireTurn> turn_;
     std::unique_ptr<pw_stream, Deleter> stream_;
     PipeWireHook hook_;
 };
