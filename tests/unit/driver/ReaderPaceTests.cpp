@@ -48,7 +48,7 @@ TEST(ReaderPaceTests, WhatTheRingTakes) {
         {"one late cycle, mended in the next silence", afterWriter, "SSSS..S", "rr-rrrr",
          "SSSSx.S"},
         {"away: no more than two blocks wait", afterWriter, "SSSSSSSS..S", "rr----rrrrr",
-         "SSSSxxxSxxS"},
+         "SSSSxxxSx.S"},
         {"without turns one block has to wait", anyTime, "SS..SS..S", "rrrrrrrrr", "SS..SS..S"},
         {"without turns, two late cycles", anyTime, "SSSSSS..S", "rrr--rrrr", "SSSSxS..S"},
         {"nobody has ever read", afterWriter, "SS..SS", "------", "SS..SS"},
