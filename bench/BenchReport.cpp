@@ -105,9 +105,8 @@ std::string peerTable(const ordered_json& report) {
     std::string result = "Ten peaking filters over a stereo file, one thread, reading and writing "
                          "taken off\n";
     result += text("  %-37s%14s%12s%13s\n", "", "CPU s per min", "dB off", "times Halvo");
-    if (report.contains("halvo") && report["halvo"].is_object())
-        result += peerLine("Halvo", report["halvo"]);
-    for (const ordered_json& peer : report["peers"])
+    if (part(report, "halvo").is_object()) result += peerLine("Halvo", part(report, "halvo"));
+    for (const ordered_json& peer : part(report, "peers"))
         result += peerLine(peer.value("name", ""), peer);
     for (const ordered_json& sentence : part(report, "missing"))
         result += "  " + sentence.get<std::string>() + "\n";
@@ -118,7 +117,7 @@ std::string callbackTable(const ordered_json& report) {
     if (!report.contains("callback")) return {};
     std::string result =
         text("%-39s%13s%12s%13s\n", "Render callback, microseconds", "p50", "p99", "p99.9");
-    for (const auto& [block, times] : report["callback"].items())
+    for (const auto& [block, times] : part(report, "callback").items())
         result += text("  %-37s%13.2f%12.2f%13.2f\n", (block + " frames").c_str(),
                        numberOrZero(times, "/p50"), numberOrZero(times, "/p99"),
                        numberOrZero(times, "/p99.9"));
@@ -131,7 +130,8 @@ std::string sessionTable(const ordered_json& report) {
         if (!report.contains(state)) continue;
         for (const char* program : {"", "application", "driver"}) {
             const bool isSum = *program == '\0';
-            const ordered_json& cost = isSum ? report[state] : report[state][program];
+            const ordered_json& whole = part(report, state);
+            const ordered_json& cost = isSum ? whole : part(whole, program);
             const std::string label =
                 isSum ? std::string("Together, ") + state : std::string("  ") + program;
             result +=

@@ -28,10 +28,10 @@ std::vector<double> frequencies() {
 
 StereoSound click() {
     constexpr float kHeight = 0.1F; // loud bands and all, it stays below full scale
-    StereoSound sound(std::size_t{kSampleRate} * 3);
-    const std::size_t middle = std::size_t{kSampleRate} * 2; // the first sample of second 1
-    sound.samples[middle] = kHeight;
-    sound.samples[middle + 1] = kHeight;
+    StereoSound sound(kSampleRate);
+    constexpr std::size_t kFrame = kSampleRate / 4;
+    sound.samples[kFrame * 2] = kHeight;
+    sound.samples[kFrame * 2 + 1] = kHeight;
     return sound;
 }
 

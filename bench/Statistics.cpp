@@ -9,8 +9,7 @@ double percentile(std::vector<double> values, double share) {
     if (values.empty()) return 0;
     std::ranges::sort(values);
     const auto count = static_cast<double>(values.size());
-    // A share of 0.999 times 1000 is a little more than 999 in binary.
-    const double rank = std::clamp(std::ceil(share * count - 1e-6), 1.0, count);
+    const double rank = std::clamp(std::ceil(share * count), 1.0, count);
     return values[static_cast<std::size_t>(rank) - 1];
 }
 
