@@ -1,7 +1,6 @@
 #include "render/WavWriter.h"
 
 #include "render/SampleCoding.h"
-#include "render/SoundLength.h"
 #include "render/WavReader.h"
 
 #include <cerrno>
@@ -19,8 +18,10 @@ std::expected<WavWriter, std::string> WavWriter::create(const std::string& path,
     info.samplerate = like.sampleRate();
     info.channels = like.channels();
     info.format = outputFormatFor(like.format(), writeFloat, like.frameCount() * like.channels());
-    SoundFileHandle file(sf_open_fd(pending->descriptor(), SFM_WRITE, &info, SF_FALSE));
+    auto output = std::make_unique<CheckedOutput>(pending->descriptor());
+    SoundFileHandle file(output->open(info));
     if (!file) {
+        if (output->error() != 0) return std::unexpected(tools::cannotWrite(path, output->error()));
         return std::unexpected("cannot write " + path + " in the input's format (" +
                                sf_strerror(nullptr) + "); try --float");
     }
@@ -28,12 +29,13 @@ std::expected<WavWriter, std::string> WavWriter::create(const std::string& path,
     (void)sf_command(file.get(), SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
     for (const auto& [kind, text] : like.texts())
         (void)sf_set_string(file.get(), kind, text.c_str()); // sound without a title is sound
-    return WavWriter(path, std::move(*pending), std::move(file), info);
+    return WavWriter(path, std::move(*pending), std::move(output), std::move(file), info);
 }
 
-WavWriter::WavWriter(std::string path, PendingFile pending, SoundFileHandle file,
-                     const SF_INFO& info)
-    : path_(std::move(path)), pending_(std::move(pending)), file_(std::move(file)), info_(info) {}
+WavWriter::WavWriter(std::string path, PendingFile pending, std::unique_ptr<CheckedOutput> output,
+                     SoundFileHandle file, const SF_INFO& info)
+    : path_(std::move(path)), pending_(std::move(pending)), output_(std::move(output)),
+      file_(std::move(file)), info_(info) {}
 
 std::optional<std::string> WavWriter::write(float* frames, std::int64_t frameCount) {
     if (info_.channels == 1) {
@@ -42,7 +44,6 @@ std::optional<std::string> WavWriter::write(float* frames, std::int64_t frameCou
     }
     const std::int64_t count = frameCount * info_.channels;
     std::int64_t written = 0;
-    errno = 0;
     switch (carrierOf(info_.format)) {
     case Carrier::shorts:
         shorts_.resize(static_cast<std::size_t>(count));
@@ -62,16 +63,12 @@ std::optional<std::string> WavWriter::write(float* frames, std::int64_t frameCou
 }
 
 std::optional<std::string> WavWriter::finish(PendingFile::Existing existing) {
-    errno = 0;
-    if (sf_close(file_.release()) != 0) return failure();
-    // What the library could not write while closing, it does not tell.
-    const auto length = soundLength(pending_.descriptor());
-    if (!length || !length->isComplete()) return failure();
+    if (sf_close(file_.release()) != 0 || output_->error() != 0) return failure();
     return pending_.commit(existing);
 }
 
 std::string WavWriter::failure() const {
-    return tools::cannotWrite(path_, errno != 0 ? errno : ENOSPC);
+    return tools::cannotWrite(path_, output_->error() != 0 ? output_->error() : EIO);
 }
 
 } // namespace halvo::render

@@ -1,10 +1,12 @@
 #pragma once
 
+#include "render/CheckedOutput.h"
 #include "render/WavFormat.h"
 #include "support/PendingFile.h"
 
 #include <cstdint>
 #include <expected>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -30,13 +32,14 @@ class WavWriter {
     std::optional<std::string> finish(tools::PendingFile::Existing existing);
 
   private:
-    WavWriter(std::string path, tools::PendingFile pending, SoundFileHandle file,
-              const SF_INFO& info);
+    WavWriter(std::string path, tools::PendingFile pending, std::unique_ptr<CheckedOutput> output,
+              SoundFileHandle file, const SF_INFO& info);
     std::string failure() const;
 
     std::string path_;
     tools::PendingFile pending_;
-    SoundFileHandle file_; // goes before the descriptor that it uses
+    std::unique_ptr<CheckedOutput> output_; // stays in its place when this object moves
+    SoundFileHandle file_;                  // goes before the two that it uses
     SF_INFO info_;
     std::vector<std::int16_t> shorts_;
     std::vector<std::int32_t> integers_;

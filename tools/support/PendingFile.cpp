@@ -90,6 +90,8 @@ PendingFile::~PendingFile() {
 std::optional<std::string> PendingFile::commit(Existing existing) {
     struct stat status{};
     if (existing == Existing::replace && ::stat(place_.c_str(), &status) == 0) {
+        // A device or a pipe would be gone for everybody.
+        if (!S_ISREG(status.st_mode)) return "cannot write " + target_.string() + ": not a file";
         (void)::fchmod(descriptor_, status.st_mode & 07777); // who may read it stays as it was
     }
     // Some file systems tell only here that the disk was full.

@@ -60,6 +60,21 @@ TEST_F(RenderFailure, InputsThatCannotBeRead) {
     expectFailure("is not a file"); // and does not wait for somebody to write
 }
 
+TEST_F(RenderFailure, ACutIsSeenInEveryContainer) {
+    constexpr int k24 = SF_FORMAT_PCM_24;
+    for (const int format : {SF_FORMAT_WAV | k24, SF_FORMAT_WAV | k24 | SF_ENDIAN_BIG,
+                             SF_FORMAT_WAVEX | k24, SF_FORMAT_RF64 | k24}) {
+        write({noise(2000, 0.5F), format});
+        auto bytes = test::contents(folder / "in.wav");
+        bytes.resize(bytes.size() - 600);
+        if (format == (SF_FORMAT_WAV | k24)) // and behind a chunk of odd length
+            bytes.insert(12, std::string("junk\3\0\0\0xyz\0", 12));
+        test::put(folder / "in.wav", bytes);
+        SCOPED_TRACE(format);
+        expectFailure("cut short");
+    }
+}
+
 TEST_F(RenderFailure, WhatIsThereOfACutInputOnRequest) {
     writeInput();
     const auto whole = test::contents(folder / "in.wav");
@@ -96,6 +111,9 @@ TEST_F(RenderFailure, RatesAndBandsThatDoNotFit) {
         options.force = true;
         EXPECT_EQ(failure(bass), "") << rate;
     }
+    // Just above, single precision still puts a pole on the far side.
+    write({.samples = noise(2000, 0.1F), .rate = 32002});
+    expectFailure("the band at 16000 Hz", preset(0, {0, 0, 0, 0, 0, 0, 0, 0, 0, -19}));
     write({.samples = noise(2000, 0.1F), .rate = 44100});
     EXPECT_EQ(failure(treble), "");
     write({.samples = noise(2000, 0.1F), .rate = 384000});
@@ -112,9 +130,10 @@ TEST_F(RenderFailure, OutputsThatCannotBeWritten) {
     expectFailure("is the input itself");
     options.output = folder.path();
     expectFailure("is a folder");
-    options.output = "/dev/null";
+    ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);
+    options.output = folder / "pipe";
     expectFailure("is not a file");
-    EXPECT_TRUE(fs::is_character_file("/dev/null"));
+    EXPECT_TRUE(fs::is_fifo(folder / "pipe"));
     options.output = folder / "no/such/out.wav";
     expectFailure("make its folder first");
     fs::create_directory(folder / "locked");
@@ -137,36 +156,56 @@ TEST_F(RenderFailure, AnExistingFileIsReplacedOnRequestAlone) {
     EXPECT_EQ(test::mode(folder / "old.wav"), 0640U);
 }
 
-TEST_F(RenderFailure, AFileThatAppearsMeanwhileIsKept) {
+TEST_F(RenderFailure, WhatAppearsMeanwhileIsKept) {
     writeInput();
-    const auto result = renderFile(options, {}, [this](auto, auto) {
-        test::put(folder / "out.wav", "another's");
-        return true;
-    });
-    ASSERT_FALSE(result);
-    EXPECT_NE(result.error().find("it is there already"), std::string::npos);
-    EXPECT_EQ(test::contents(folder / "out.wav"), "another's");
-    EXPECT_EQ(folder.names(), (std::vector<std::string>{"in.wav", "out.wav"}));
+    const auto renderWhile = [this](const auto& happens) {
+        const auto result = renderFile(options, {}, [&](std::int64_t done, std::int64_t) {
+            if (done == 0) happens();
+            return true;
+        });
+        return result ? "" : result.error();
+    };
+    EXPECT_NE(renderWhile([this] {
+                  test::put(folder / "out.wav", "another's");
+              }).find("it is there already"),
+              std::string::npos);
+    EXPECT_TRUE(test::contents(folder / "out.wav") == "another's");
+    fs::remove(folder / "out.wav");
+    options.force = true;
+    EXPECT_NE(renderWhile([this] {
+                  (void)::mkfifo((folder / "out.wav").c_str(), 0600);
+              }).find("not a file"),
+              std::string::npos);
+    EXPECT_TRUE(fs::is_fifo(folder / "out.wav"));
+    fs::remove(folder / "out.wav");
+    EXPECT_NE(
+        renderWhile([this] { fs::resize_file(folder / "in.wav", 100'000); }).find("ended early"),
+        std::string::npos);
+    EXPECT_EQ(folder.names(), (std::vector<std::string>{"in.wav"}));
 }
 
 TEST_F(RenderFailure, NoSpaceLeft) {
-    writeInput();
     test::put(folder / "out.wav", "old");
     options.force = true;
-    // The limit on a file's size stands for the disk's; both end in a write that fails.
-    for (const rlim_t limit : {0U, 20U, 100'000U}) {
-        EXPECT_EXIT(
-            {
-                const Interruption interruption; // takes the signal that comes with it
-                rlimit small{};
-                small.rlim_cur = small.rlim_max = limit;
-                (void)::setrlimit(RLIMIT_FSIZE, &small);
-                std::exit(failure().find("cannot write") == std::string::npos ? 1 : 0);
-            },
-            ExitedWithCode(0), "")
-            << limit;
-        EXPECT_EQ(test::contents(folder / "out.wav"), "old");
-        EXPECT_EQ(folder.names(), (std::vector<std::string>{"in.wav", "out.wav"}));
+    // The limit on a file's size stands for the disk's; both end in a write that fails: at the
+    // header, in the midst, or, where blocks are compressed, when the last one is flushed.
+    for (const int encoding : {SF_FORMAT_PCM_16, SF_FORMAT_IMA_ADPCM}) {
+        write({noise(2 * 48000, 0.5F), SF_FORMAT_WAV | encoding});
+        const auto size = fs::file_size(folder / "in.wav");
+        for (const rlim_t limit : {rlim_t{0}, rlim_t{20}, rlim_t{size / 2}, rlim_t{size - 10}}) {
+            EXPECT_EXIT(
+                {
+                    const Interruption interruption; // takes the signal that comes with it
+                    rlimit small{};
+                    small.rlim_cur = small.rlim_max = limit;
+                    (void)::setrlimit(RLIMIT_FSIZE, &small);
+                    std::exit(failure().find("cannot write") == std::string::npos ? 1 : 0);
+                },
+                ExitedWithCode(0), "")
+                << limit;
+            EXPECT_TRUE(test::contents(folder / "out.wav") == "old");
+            EXPECT_EQ(folder.names(), (std::vector<std::string>{"in.wav", "out.wav"}));
+        }
     }
 }
 

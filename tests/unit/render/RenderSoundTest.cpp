@@ -112,9 +112,14 @@ TEST_F(RenderSound, TellsWhatWasClippedAndHowToAvoidIt) {
     EXPECT_EQ(report.clipped, 3);
     EXPECT_EQ(report.remarks(), "3 of 6 samples were clipped; the loudest was 6.0 dB beyond full "
                                 "scale, so that much less --preamp avoids it\n");
+    // Full scale itself is not clipped, even beside what is.
+    write({.samples = {1.0F, -1.0F, 1.5F, 0.0F}});
     options.force = true;
     ASSERT_EQ(failure(preset(0)), "");
-    EXPECT_EQ(report.remarks(), "") << "full scale itself is not clipped";
+    EXPECT_EQ(report.clipped, 1);
+    write({.samples = {1.0F, -1.0F}});
+    ASSERT_EQ(failure(preset(0)), "");
+    EXPECT_EQ(report.remarks(), "");
 }
 
 TEST_F(RenderSound, WhatIsNotANumberBecomesSilenceAndHarmsNothingElse) {
@@ -181,9 +186,12 @@ TEST_F(RenderSound, RoundsAndHoldsAtTheEnds) {
     ASSERT_EQ(failure(preset(-12)), ""); // a quarter and a little
     const auto out = read().samples;
     EXPECT_EQ(out[0] * 32768, std::round(8192 * std::pow(10.0F, -0.6F)));
-    options.force = true;
-    ASSERT_EQ(failure(preset(20)), "");
-    EXPECT_GT(read().samples[1], 0.89F) << "loud, not wrapped around";
+    // The largest 32-bit integer is no float; the nearest one would wrap around.
+    write({{1.0F, -1.0F}, SF_FORMAT_WAV | SF_FORMAT_PCM_32});
+    options.force = options.bypass = true;
+    ASSERT_EQ(failure(), "");
+    EXPECT_NEAR(read().samples[0], 1.0F, 1e-6F);
+    EXPECT_EQ(read().samples[1], -1.0F);
 }
 
 TEST_F(RenderSound, FloatsOnRequestAndLongSoundInAContainerThatHoldsIt) {
