@@ -21,52 +21,80 @@ void FakeHTTPSession::answer(std::optional<HTTPResponse> response) {
     completion(std::move(response));
 }
 
-/// Ends with its owner, as a real one does.
+/// A handle; its handlers fall silent with it.
 class FakeChildProcessLauncher::Process final : public ChildProcess {
   public:
-    explicit Process(FakeChildProcessLauncher& launcher) : launcher_(launcher) {}
-    ~Process() override { end(); }
+    Process(FakeChildProcessLauncher& launcher, std::shared_ptr<ChildProcessHandlers> handlers)
+        : launcher_(launcher), handlers_(std::move(handlers)) {}
+    ~Process() override { *handlers_ = {}; }
     Process(const Process&) = delete;
     Process& operator=(const Process&) = delete;
 
-    bool isRunning() const override { return launcher_.isRunning_; }
-    void terminate() override { end(); }
-
-  private:
-    void end() {
-        if (std::exchange(launcher_.isRunning_, false)) launcher_.log_.add("terminate helper");
+    std::int64_t processIdentifier() const override { return 4711; }
+    bool isRunning() const override {
+        return launcher_.isRunning_ && launcher_.handlers_ == handlers_;
+    }
+    void terminate() override {
+        if (!isRunning()) return;
+        launcher_.isRunning_ = false;
+        launcher_.log_.add("terminate helper");
     }
 
+  private:
     FakeChildProcessLauncher& launcher_;
+    std::shared_ptr<ChildProcessHandlers> handlers_;
 };
 
-std::unique_ptr<ChildProcess>
-FakeChildProcessLauncher::launch(const std::string& program,
-                                 const std::vector<std::string>& arguments, OnOutput onOutput,
-                                 OnExit onExit) {
-    std::string call = "launch " + program;
-    for (const auto& argument : arguments)
-        call += " " + argument;
-    log_.add(std::move(call));
-    if (launchFails) return nullptr;
-    onOutput_ = std::move(onOutput);
-    onExit_ = std::move(onExit);
+namespace {
+
+std::string lineOf(const char* verb, const Command& command) {
+    std::string line = std::string(verb) + " " + command.program;
+    for (const auto& argument : command.arguments)
+        line += " " + argument;
+    return line;
+}
+
+} // namespace
+
+std::expected<std::unique_ptr<ChildProcess>, std::string>
+FakeChildProcessLauncher::launch(const Command& command, ChildProcessHandlers handlers) {
+    log_.add(lineOf("launch", command));
+    if (launchFails) return std::unexpected("no such program");
+    handlers_ = std::make_shared<ChildProcessHandlers>(std::move(handlers));
     isRunning_ = true;
-    return std::make_unique<Process>(*this);
+    return std::make_unique<Process>(*this, handlers_);
+}
+
+std::expected<int, std::string> FakeChildProcessLauncher::run(const Command& command) {
+    log_.add(lineOf("run", command));
+    if (launchFails) return std::unexpected("no such program");
+    return 0;
 }
 
 void FakeChildProcessLauncher::say(const std::string& bytes) {
-    if (isRunning_) onOutput_(bytes);
+    if (isRunning_ && handlers_->onOutput) handlers_->onOutput(bytes);
+}
+
+void FakeChildProcessLauncher::closeOutput() {
+    if (handlers_->onEndOfOutput) handlers_->onEndOfOutput();
 }
 
 void FakeChildProcessLauncher::exit(int status) {
-    if (std::exchange(isRunning_, false)) onExit_(status);
+    if (std::exchange(isRunning_, false) && handlers_->onExit) handlers_->onExit(status);
 }
 
-std::optional<std::string> FakeScriptRunner::run(const std::string& source) {
+std::expected<std::optional<std::string>, ScriptError>
+FakeScriptRunner::run(const std::string& source) {
     sources.push_back(source);
+    const auto error = errors.find(source);
+    if (error != errors.end()) return std::unexpected(error->second);
     const auto answer = answers.find(source);
     return answer == answers.end() ? std::nullopt : std::optional(answer->second);
+}
+
+std::optional<Image> FakeImageReader::read(const std::string& bytes, int /*longestSide*/) {
+    if (!bytes.starts_with("image")) return std::nullopt;
+    return Image{1, 1, std::make_shared<const std::vector<std::uint32_t>>(1, 0xFF000000U)};
 }
 
 } // namespace halvo
