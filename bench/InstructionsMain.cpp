@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <fstream>
 #include <string>
 
@@ -52,9 +53,18 @@ int check(const std::string& path, const json& counted) {
     return hasRisen ? EXIT_FAILURE : EXIT_SUCCESS;
 }
 
+int run(const std::string& mode, const std::string& path) {
+    const auto counted = halvo::bench::countInstructions();
+    if (!counted) {
+        std::fprintf(stderr, "halvo-instructions: %s\n", counted.error().c_str());
+        return EXIT_FAILURE;
+    }
+    return mode == "--check" ? check(path, *counted) : record(path, *counted);
+}
+
 } // namespace
 
-int main(int argumentCount, char** words) {
+int main(int argumentCount, char** words) try {
     const std::string mode = argumentCount > 1 ? words[1] : "";
     if (mode == "--run") {
         halvo::bench::runPiecesForCounting();
@@ -64,10 +74,8 @@ int main(int argumentCount, char** words) {
         std::fputs(kUsage, stderr);
         return 2;
     }
-    const auto counted = halvo::bench::countInstructions();
-    if (!counted) {
-        std::fprintf(stderr, "halvo-instructions: %s\n", counted.error().c_str());
-        return EXIT_FAILURE;
-    }
-    return mode == "--check" ? check(words[2], *counted) : record(words[2], *counted);
+    return run(mode, words[2]);
+} catch (const std::exception& error) { // of the JSON library: a record that holds something else
+    std::fprintf(stderr, "halvo-instructions: %s\n", error.what());
+    return EXIT_FAILURE;
 }

@@ -30,7 +30,7 @@ namespace halvo {
 /// bit. A new instance for each block; render thread.
 template <typename Lanes> class Wavefront {
   public:
-    explicit Wavefront(const BiquadCoefficients* coefficients) noexcept {
+    explicit Wavefront(const BiquadCoefficients* coefficients) noexcept HALVO_REALTIME {
         for (std::size_t row = 0; row < kRows; ++row) {
             const auto spread = [&](float BiquadCoefficients::* field) {
                 return Lanes::template perSlot<Floats>([&](std::size_t slot) {
