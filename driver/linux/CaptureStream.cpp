@@ -20,8 +20,8 @@ constexpr std::size_t kFrameSize = RingWriter::kChannels * sizeof(float);
 } // namespace
 
 CaptureStream::CaptureStream(pw_core* core, RingWriter& ring, const TurnLink& turn,
-                             std::uint32_t rate, std::function<void()> ended)
-    : ring_(ring), turn_(turn), rate_(rate), ended_(std::move(ended)) {
+                             std::uint32_t rate, Changed changed)
+    : ring_(ring), turn_(turn), rate_(rate), changed_(std::move(changed)) {
     static const pw_stream_events events = [] {
         pw_stream_events result{};
         result.version = PW_VERSION_STREAM_EVENTS;
@@ -40,7 +40,7 @@ CaptureStream::CaptureStream(pw_core* core, RingWriter& ring, const TurnLink& tu
                           "true", PW_KEY_NODE_DONT_RECONNECT, "true", "state.restore-props",
                           "false", nullptr));
     if (stream_ != nullptr) pw_stream_add_listener(stream_, &listener_, &events, this);
-    if (stream_ == nullptr || !connect()) ended_();
+    if (stream_ == nullptr || !connect()) changed_(State::ended);
 }
 
 CaptureStream::~CaptureStream() {
@@ -70,8 +70,11 @@ bool CaptureStream::connect() {
 
 void CaptureStream::onStateChanged(void* data, pw_stream_state, pw_stream_state state,
                                    const char*) {
+    auto* self = static_cast<CaptureStream*>(data);
+    if (state == PW_STREAM_STATE_STREAMING) self->changed_(State::awake);
+    if (state == PW_STREAM_STATE_PAUSED) self->changed_(State::asleep);
     if (state == PW_STREAM_STATE_ERROR || state == PW_STREAM_STATE_UNCONNECTED) {
-        static_cast<CaptureStream*>(data)->ended_();
+        self->changed_(State::ended);
     }
 }
 

@@ -17,9 +17,13 @@ class TurnLink;
 /// the server's data thread until the destructor returns.
 class CaptureStream {
   public:
-    /// Connects at `rate` frames per second; `ended` is called when the stream cannot go on.
+    /// Asleep: nobody plays. Ended: the stream cannot go on.
+    enum class State { asleep, awake, ended };
+    using Changed = std::function<void(State)>;
+
+    /// Connects at `rate` frames per second.
     CaptureStream(pw_core* core, RingWriter& ring, const TurnLink& turn, std::uint32_t rate,
-                  std::function<void()> ended);
+                  Changed changed);
     ~CaptureStream();
     CaptureStream(const CaptureStream&) = delete;
     CaptureStream& operator=(const CaptureStream&) = delete;
@@ -38,7 +42,7 @@ class CaptureStream {
     const TurnLink& turn_;
     ReaderPace pace_; // data thread only
     const std::uint32_t rate_;
-    std::function<void()> ended_;
+    Changed changed_;
     pw_stream* stream_;
     spa_hook listener_{};
 };

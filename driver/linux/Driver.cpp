@@ -48,8 +48,6 @@ int Driver::run() {
     pw_loop_add_signal(loop_, SIGINT, onSignal, this);
     reconcileTimer_ = pw_loop_add_timer(loop_, onReconcile, this);
     checkTimer_ = pw_loop_add_timer(loop_, onCheck, this);
-    timespec period{kCheckSeconds, 0};
-    pw_loop_update_timer(loop_, checkTimer_, &period, &period, false);
     // Real-time priority for the data thread comes with this configuration only.
     context_ =
         pw_context_new(loop_, pw_properties_new(PW_KEY_CONFIG_NAME, "client-rt.conf", nullptr), 0);
@@ -175,10 +173,24 @@ void Driver::updateCapture() {
     }
     if (capture_ || !sink_->isPresent() || !ring_) return;
     ring_->publish(rate);
-    capture_.emplace(core_, *ring_, *turnLink_, rate, [this] {
+    capture_.emplace(core_, *ring_, *turnLink_, rate,
+                     [this](CaptureStream::State state) { captureChanged(state); });
+}
+
+void Driver::captureChanged(CaptureStream::State state) {
+    if (state == CaptureStream::State::ended) {
         captureEnded_ = true;
         reconcileIn(kCaptureRetry);
-    });
+    }
+    checkRingWhile(state == CaptureStream::State::awake);
+}
+
+void Driver::checkRingWhile(bool needed) {
+    // At once, and then every second: nobody may have looked for long. Not while nobody plays, so
+    // that nothing wakes then.
+    timespec first{0, needed ? 1 : 0};
+    timespec period{needed ? kCheckSeconds : 0, 0};
+    pw_loop_update_timer(loop_, checkTimer_, &first, &period, false);
 }
 
 void Driver::finish(int status) {

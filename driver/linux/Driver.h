@@ -37,6 +37,8 @@ class Driver {
     void reconcileIn(Milliseconds delay);
     void reconcile();
     void updateCapture();
+    void captureChanged(CaptureStream::State state);
+    void checkRingWhile(bool needed);
     void finish(int status);
 
     static void onSignal(void* data, int number);

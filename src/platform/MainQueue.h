@@ -24,8 +24,15 @@ class MainQueue {
     /// Runs `work` once after `delay` unless the subscription ends first. Main thread.
     virtual Subscription afterCancellable(Duration delay, Work work) = 0;
 
-    /// Runs `work` every `period` until the subscription ends. Main thread.
+    /// Runs `work` every `period` until the subscription ends. A system may let it rest after some
+    /// seconds without any sound, when nothing that it could follow changes. Main thread.
     virtual Subscription every(Duration period, Work work) = 0;
+
+    /// The time since some fixed moment, by the clock that the delays follow. Any thread.
+    virtual Duration now() const {
+        return std::chrono::duration_cast<Duration>(
+            std::chrono::steady_clock::now().time_since_epoch());
+    }
 };
 
 } // namespace halvo

@@ -145,6 +145,28 @@ TEST_F(OutputUnitTest, ComesBackWithItsDevice) {
     }
 }
 
+TEST_F(OutputUnitTest, AsksForASecondMoreWhenItsDeviceFallsAsleep) {
+    std::atomic<int> rests{0};
+    std::atomic<bool> flows{false};
+    PipeWireOutputUnit unit(*connection_, gate_, [&](bool now) {
+        if (flows.exchange(now) && !now) ++rests;
+    });
+    configure(unit, signal_);
+    ASSERT_TRUE(unit.setDevice(device("acc.b")));
+    ASSERT_TRUE(unit.start());
+    for (int round = 1; round <= 2; ++round) {
+        auto awake = record("acc.b");
+        ASSERT_TRUE(plays(unit, 4096)) << round;
+        EXPECT_TRUE(flows);
+        awake.reset();
+        const auto played = unit.framesPlayed();
+        const std::uint64_t asked = signal_.next;
+        ASSERT_TRUE(waitFor([&] { return rests == round; }));
+        EXPECT_GE(signal_.next - asked, 40000U) << "for meters to fall";
+        EXPECT_LE(unit.framesPlayed() - played, 4096U) << "and nothing of it is played";
+    }
+}
+
 TEST_F(OutputUnitTest, StaysAtUnityWhateverOthersSet) {
     const auto view = session::ServerView::connect(session_->serverSocket());
     ASSERT_TRUE(view);

@@ -53,7 +53,7 @@ void Recorder::Stream::onProcess(void* data) {
 }
 
 Recorder::Recorder(const std::string& socket, const std::string& nodeName, std::uint32_t rate,
-                   double maxSeconds)
+                   double maxSeconds, Sink sink)
     : stream_(std::make_unique<Stream>()) {
     static const pw_stream_events events = [] {
         pw_stream_events result{};
@@ -69,6 +69,7 @@ Recorder::Recorder(const std::string& socket, const std::string& nodeName, std::
         PW_KEY_MEDIA_TYPE, "Audio", PW_KEY_MEDIA_CATEGORY, "Capture", PW_KEY_NODE_NAME,
         "session-recorder", PW_KEY_STREAM_CAPTURE_SINK, "true", PW_KEY_TARGET_OBJECT,
         nodeName.c_str(), PW_KEY_NODE_DONT_RECONNECT, "true", nullptr);
+    if (sink == Sink::maySleep) pw_properties_set(properties, PW_KEY_NODE_PASSIVE, "true");
     (void)stream_->host.start(socket, PW_DIRECTION_INPUT, rate, properties, events, stream_.get());
 }
 

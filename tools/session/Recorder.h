@@ -30,12 +30,15 @@ struct Recording {
 /// thread of its own. It stays with that sink whatever the default is. Any thread.
 class Recorder {
   public:
+    /// Whether the sink stays awake for it while nobody plays.
+    enum class Sink { staysAwake, maySleep };
+
     /// Connects to the server at `socket` and records the sink `nodeName`, at most `maxSeconds`.
     Recorder(const std::string& socket, const std::string& nodeName, std::uint32_t rate,
-             double maxSeconds = 60.0);
+             double maxSeconds = 60.0, Sink sink = Sink::staysAwake);
     ~Recorder();
 
-    /// Whether frames arrive; they do even while nobody plays.
+    /// Whether frames arrive; unless the sink may sleep, they do even while nobody plays.
     bool isRunning() const;
     /// Frames recorded so far.
     std::size_t frames() const;

@@ -48,8 +48,8 @@ LinuxPlatform::LinuxPlatform(std::unique_ptr<Desktop> desktop, Connection connec
       connection_(std::move(connection)), serverReport_(*connection_, mainQueue_, systemLog_),
       server_(*connection_, mainQueue_),
       audioHardware_(server_, gate_, mainQueue_, systemLog_, raisedDevicesPath()),
-      outputUnits_(*connection_, gate_), signalConnection_(std::move(signalConnection)),
-      signalServer_(*signalConnection_, mainQueue_),
+      outputUnits_(*connection_, gate_, [this](bool flows) { mainQueue_.setQuiet(!flows); }),
+      signalConnection_(std::move(signalConnection)), signalServer_(*signalConnection_, mainQueue_),
       terminationSignal_(
           audioHardware_,
           [this] {

@@ -277,9 +277,13 @@ pw_loop* PipeWireConnection::loop() const {
     return pw_thread_loop_get_loop(implementation_->threadLoop.get());
 }
 
+pw_data_loop* PipeWireConnection::dataLoop() const {
+    return pw_context_get_data_loop(implementation_->context.get());
+}
+
 void PipeWireConnection::removeBetweenCycles(PipeWireHook& hook) {
     pw_data_loop_invoke(
-        pw_context_get_data_loop(implementation_->context.get()),
+        dataLoop(),
         [](spa_loop*, bool, std::uint32_t, const void*, std::size_t, void* data) {
             static_cast<PipeWireHook*>(data)->remove();
             return 0;

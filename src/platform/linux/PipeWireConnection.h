@@ -8,6 +8,7 @@
 #include <string>
 
 struct pw_core;
+struct pw_data_loop;
 struct pw_loop;
 
 namespace halvo {
@@ -57,6 +58,7 @@ class PipeWireConnection {
     /// Null while there is no server.
     pw_core* core() const;
     pw_loop* loop() const;
+    pw_data_loop* dataLoop() const;
     /// Takes a listener off on the render thread: when this returns, no cycle is in it any more.
     void removeBetweenCycles(PipeWireHook& hook);
     PipeWireGraph& graph();

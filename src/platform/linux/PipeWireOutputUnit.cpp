@@ -19,8 +19,9 @@ constexpr milliseconds kLastRetry{2000};
 
 } // namespace
 
-PipeWireOutputUnit::PipeWireOutputUnit(PipeWireConnection& connection, const OutputGate& gate)
-    : connection_(connection), renderer_(gate) {
+PipeWireOutputUnit::PipeWireOutputUnit(PipeWireConnection& connection, const OutputGate& gate,
+                                       Flow flow)
+    : connection_(connection), flow_(std::move(flow)), renderer_(gate) {
     const PipeWireConnection::Lock lock(connection_);
     connection_.add(*this);
     retry_ = pw_loop_add_timer(
@@ -128,6 +129,10 @@ void PipeWireOutputUnit::streamFailed() {
     if (started_) tryAgainLater();
 }
 
+void PipeWireOutputUnit::flowChanged(bool flows) {
+    if (flow_) flow_(flows);
+}
+
 void PipeWireOutputUnit::serverCame() {
     retryDelay_ = kFirstRetry;
     update();
@@ -146,7 +151,7 @@ void PipeWireOutputUnit::defaultsChanged() {
 }
 
 std::unique_ptr<OutputUnit> PipeWireOutputUnitFactory::makeOutputUnit() {
-    return std::make_unique<PipeWireOutputUnit>(connection_, gate_);
+    return std::make_unique<PipeWireOutputUnit>(connection_, gate_, flow_);
 }
 
 } // namespace halvo

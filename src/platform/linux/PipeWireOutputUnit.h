@@ -8,9 +8,11 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
 struct spa_source;
 
@@ -24,8 +26,11 @@ class PipeWireOutputUnit final : public OutputUnit,
                                  private PipeWireObserver,
                                  private PipeWireStream::Owner {
   public:
+    /// Told, on the connection's thread, whether sound flows or all is at rest.
+    using Flow = std::function<void(bool flows)>;
+
     /// Both must outlive the unit.
-    PipeWireOutputUnit(PipeWireConnection& connection, const OutputGate& gate);
+    PipeWireOutputUnit(PipeWireConnection& connection, const OutputGate& gate, Flow flow = {});
     ~PipeWireOutputUnit() override;
 
     /// Takes effect at the next `start`. False, and nothing changes, for an unknown device. Without
@@ -51,6 +56,7 @@ class PipeWireOutputUnit final : public OutputUnit,
     void devicesChanged() override;
     void defaultsChanged() override;
     void streamFailed() override;
+    void flowChanged(bool flows) override;
 
     /// The name of the sink to play to; nothing while there is none to play to.
     std::optional<std::string> target() const;
@@ -61,6 +67,7 @@ class PipeWireOutputUnit final : public OutputUnit,
     void retry();
 
     PipeWireConnection& connection_;
+    const Flow flow_;
     // With the connection's lock.
     std::optional<std::string> deviceUID_;
     StreamFormat format_;
@@ -79,14 +86,16 @@ class PipeWireOutputUnit final : public OutputUnit,
 /// Makes units that share one connection and one gate; both must outlive every unit.
 class PipeWireOutputUnitFactory final : public OutputUnitFactory {
   public:
-    PipeWireOutputUnitFactory(PipeWireConnection& connection, const OutputGate& gate)
-        : connection_(connection), gate_(gate) {}
+    PipeWireOutputUnitFactory(PipeWireConnection& connection, const OutputGate& gate,
+                              PipeWireOutputUnit::Flow flow = {})
+        : connection_(connection), gate_(gate), flow_(std::move(flow)) {}
 
     std::unique_ptr<OutputUnit> makeOutputUnit() override;
 
   private:
     PipeWireConnection& connection_;
     const OutputGate& gate_;
+    const PipeWireOutputUnit::Flow flow_;
 };
 
 } // namespace halvo

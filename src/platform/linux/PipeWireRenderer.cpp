@@ -32,7 +32,7 @@ void PipeWireRenderer::prepare(const StreamFormat& format, RenderCallback callba
     clockSeen_ = false;
 }
 
-void PipeWireRenderer::render(float* samples, std::uint32_t frames) noexcept HALVO_REALTIME {
+void PipeWireRenderer::ask(float* samples, std::uint32_t frames) noexcept HALVO_REALTIME {
     const std::size_t count = std::size_t{frames} * channels_;
     std::fill_n(samples, count, 0.0F);
     RenderBuffer buffer{channels_, static_cast<std::uint32_t>(count * sizeof(float)), samples};
@@ -41,9 +41,18 @@ void PipeWireRenderer::render(float* samples, std::uint32_t frames) noexcept HAL
     std::uint32_t flags = 0;
     // A callback that fails has left silence or sound; either may be played.
     (void)callback_(refCon_, &flags, &timestamp, 0, frames, &list);
-    removeNotFinite(samples, count);
-    fade(samples, frames);
     sampleTime_ += frames;
+}
+
+void PipeWireRenderer::renderToNowhere(float* samples,
+                                       std::uint32_t frames) noexcept HALVO_REALTIME {
+    ask(samples, frames);
+}
+
+void PipeWireRenderer::render(float* samples, std::uint32_t frames) noexcept HALVO_REALTIME {
+    ask(samples, frames);
+    removeNotFinite(samples, std::size_t{frames} * channels_);
+    fade(samples, frames);
     framesPlayed_.fetch_add(frames, std::memory_order_relaxed);
 }
 

@@ -21,6 +21,9 @@ class PipeWireRenderer {
     /// Fills `frames` interleaved frames. Render thread.
     void render(float* samples, std::uint32_t frames) noexcept HALVO_REALTIME;
 
+    /// Asks the callback and lets go of what it gives; `samples` is room for it. Render thread.
+    void renderToNowhere(float* samples, std::uint32_t frames) noexcept HALVO_REALTIME;
+
     /// Where the server's clock stands at the start of a cycle, in frames, and how long the cycle
     /// is. A cycle that does not follow the one before counts as an underrun, unless the clock is
     /// another one. Render thread.
@@ -31,6 +34,7 @@ class PipeWireRenderer {
     std::uint64_t underruns() const { return underruns_.load(std::memory_order_relaxed); }
 
   private:
+    void ask(float* samples, std::uint32_t frames) noexcept HALVO_REALTIME;
     void fade(float* samples, std::uint32_t frames) noexcept HALVO_REALTIME;
 
     const OutputGate& gate_;

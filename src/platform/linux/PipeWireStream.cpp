@@ -68,7 +68,8 @@ pw_properties* streamProperties(const std::string& sinkName) {
 
 PipeWireStream::PipeWireStream(PipeWireConnection& connection, Owner& owner,
                                PipeWireRenderer& renderer, const StreamFormat& format)
-    : connection_(connection), owner_(owner), renderer_(renderer), format_(format) {}
+    : connection_(connection), owner_(owner), renderer_(renderer), format_(format),
+      settling_(connection, renderer, format, [this] { owner_.flowChanged(false); }) {}
 
 std::unique_ptr<PipeWireStream> PipeWireStream::create(PipeWireConnection& connection, Owner& owner,
                                                        PipeWireRenderer& renderer,
@@ -130,7 +131,16 @@ const pw_stream_events& PipeWireStream::events() {
 }
 
 void PipeWireStream::stateChanged(pw_stream_state state) {
-    streaming_.store(state == PW_STREAM_STATE_STREAMING, std::memory_order_release);
+    const bool flows = state == PW_STREAM_STATE_STREAMING;
+    if (flows) {
+        settling_.end();
+        owner_.flowChanged(true);
+    } else if (streaming_.load(std::memory_order_relaxed)) {
+        settling_.begin();
+    } else if (state == PW_STREAM_STATE_PAUSED) {
+        owner_.flowChanged(false);
+    }
+    streaming_.store(flows, std::memory_order_release);
     if (state == PW_STREAM_STATE_PAUSED || state == PW_STREAM_STATE_STREAMING) connected_ = true;
     const bool ended =
         state == PW_STREAM_STATE_ERROR || (connected_ && state == PW_STREAM_STATE_UNCONNECTED);

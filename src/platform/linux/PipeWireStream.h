@@ -2,6 +2,7 @@
 
 #include "platform/OutputUnit.h"
 #include "platform/linux/PipeWireHandles.h"
+#include "platform/linux/PipeWireSettling.h"
 #include "platform/linux/PipeWireTurn.h"
 
 #include <atomic>
@@ -24,6 +25,8 @@ class PipeWireStream : private PipeWireTurn::Owner {
         virtual ~Owner() = default;
         /// The server ended the stream. Connection's thread; the stream must not be destroyed here.
         virtual void streamFailed() = 0;
+        /// Sound flows, or has come to rest because nobody plays. Connection's thread.
+        virtual void flowChanged(bool flows) = 0;
     };
 
     /// Null when the server is away or refuses. The renderer is prepared already.
@@ -56,6 +59,7 @@ class PipeWireStream : private PipeWireTurn::Owner {
     PipeWireRenderer& renderer_;
     const StreamFormat format_;
     bool connected_ = false;
+    PipeWireSettling settling_;
     // Render thread reads.
     std::atomic<bool> streaming_{false};
     std::atomic<const spa_io_position*> position_{nullptr};

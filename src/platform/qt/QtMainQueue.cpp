@@ -15,6 +15,9 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using Milliseconds = std::chrono::milliseconds;
 
+constexpr std::chrono::seconds kUntilRest{2};
+const QString kPeriodic = QStringLiteral("periodic");
+
 /// The event loop counts whole milliseconds; rounding up never runs work too early.
 Milliseconds wholeMilliseconds(Clock::duration delay) {
     return std::max(Milliseconds(0), std::chrono::ceil<Milliseconds>(delay));
@@ -74,8 +77,29 @@ Subscription QtMainQueue::every(Duration period, Work work) {
         timer->start(wholeMilliseconds(*tick - Clock::now()));
         work();
     });
+    timer->setObjectName(kPeriodic);
     timer->start(wholeMilliseconds(step));
+    if (quiet_) restSoon();
     return cancellation(timer);
+}
+
+void QtMainQueue::setQuiet(bool quiet) {
+    async([this, quiet] {
+        if (quiet == quiet_) return;
+        quiet_ = quiet;
+        rest_.cancel();
+        if (quiet) return restSoon();
+        for (auto* timer : context_.findChildren<QTimer*>(kPeriodic)) {
+            if (!timer->isActive()) timer->start(0);
+        }
+    });
+}
+
+void QtMainQueue::restSoon() {
+    rest_ = afterCancellable(kUntilRest, [this] {
+        for (auto* timer : context_.findChildren<QTimer*>(kPeriodic))
+            timer->stop();
+    });
 }
 
 } // namespace halvo

@@ -18,8 +18,16 @@ class QtMainQueue final : public MainQueue {
     /// Keeps to the grid of whole periods since the call; ticks that were missed are left out.
     Subscription every(Duration period, Work work) override;
 
+    /// Says whether anything goes on that periodic work could follow. When nothing has for two
+    /// seconds, that work rests until something does. Any thread.
+    void setQuiet(bool quiet);
+
   private:
+    void restSoon();
+
     QObject context_;
+    bool quiet_ = false;
+    Subscription rest_;
 };
 
 } // namespace halvo
