@@ -18,7 +18,8 @@ struct Command {
 };
 
 /// A helper program that was launched. Main thread. Dropping it neither ends the program nor waits:
-/// its handlers fall silent, and the launcher takes up its end, so that no zombie stays.
+/// its handlers fall silent, and the launcher takes up its end, so that no zombie stays. It may be
+/// dropped by one of its own handlers.
 class ChildProcess {
   public:
     virtual ~ChildProcess() = default;

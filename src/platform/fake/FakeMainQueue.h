@@ -17,6 +17,7 @@ class FakeMainQueue final : public MainQueue {
     void after(Duration delay, Work work) override;
     Subscription afterCancellable(Duration delay, Work work) override;
     Subscription every(Duration period, Work work) override;
+    Duration now() const override { return now_; }
 
     /// Runs what is queued right now, but not what that work queues.
     void runTurn();
@@ -26,8 +27,6 @@ class FakeMainQueue final : public MainQueue {
     void advance(Duration time);
     /// Drops everything that has not run.
     void discard();
-
-    Duration now() const { return now_; }
 
   private:
     struct Timer {

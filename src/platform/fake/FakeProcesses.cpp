@@ -72,15 +72,18 @@ std::expected<int, std::string> FakeChildProcessLauncher::run(const Command& com
 }
 
 void FakeChildProcessLauncher::say(const std::string& bytes) {
-    if (isRunning_ && handlers_->onOutput) handlers_->onOutput(bytes);
+    // Copies: a handler may drop its process.
+    if (!isRunning_) return;
+    if (const auto handler = handlers_->onOutput) handler(bytes);
 }
 
 void FakeChildProcessLauncher::closeOutput() {
-    if (handlers_->onEndOfOutput) handlers_->onEndOfOutput();
+    if (const auto handler = handlers_->onEndOfOutput) handler();
 }
 
 void FakeChildProcessLauncher::exit(int status) {
-    if (std::exchange(isRunning_, false) && handlers_->onExit) handlers_->onExit(status);
+    if (!std::exchange(isRunning_, false)) return;
+    if (const auto handler = handlers_->onExit) handler(status);
 }
 
 std::expected<std::optional<std::string>, ScriptError>
