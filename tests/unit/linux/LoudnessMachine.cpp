@@ -88,7 +88,7 @@ void LoudnessMachine::pass(std::chrono::milliseconds time) {
 }
 
 void LoudnessMachine::settle() {
-    pass(3s);
+    pass(6s); // longer than anything waits
     for (const auto& stream : server.streams())
         limits_[stream.name] = heard(stream);
 }
