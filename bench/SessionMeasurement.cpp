@@ -1,6 +1,7 @@
 #include "SessionMeasurement.h"
 
 #include "BenchSound.h"
+#include "Statistics.h"
 #include "TaskUsage.h"
 #include "demo/ApplicationRun.h"
 #include "demo/PresetsFile.h"
@@ -13,6 +14,7 @@
 #include <chrono>
 #include <thread>
 #include <utility>
+#include <vector>
 
 namespace halvo::bench {
 
@@ -30,7 +32,8 @@ namespace {
 // The session manager suspends what nobody plays to after five seconds.
 constexpr Seconds kUntilIdle{8};
 constexpr Seconds kUntilSteady{2};
-constexpr Seconds kDuration{10};
+constexpr Seconds kWindow{5};
+constexpr int kWindows = 3;
 
 struct Cost {
     double cpuPercent = 0;
@@ -72,18 +75,37 @@ class Watch {
     Clock::time_point begin_;
 };
 
-/// Both programs together, and each of them.
+/// The median of each figure for itself.
+Cost medianOf(const std::vector<Cost>& costs) {
+    const auto of = [&](double Cost::* figure) {
+        std::vector<double> values;
+        for (const Cost& cost : costs)
+            values.push_back(cost.*figure);
+        return median(std::move(values));
+    };
+    return {of(&Cost::cpuPercent), of(&Cost::wakeupsPerSecond), of(&Cost::rssMiB)};
+}
+
+/// Both programs together, and each of them: medians of some windows of time.
 Outcome measure(const Stage& stage, const ApplicationRun& application) {
-    const Watch applicationWatch(application.pid());
-    const Watch driverWatch(stage.driverPid());
-    std::this_thread::sleep_for(kDuration);
-    const auto ofApplication = applicationWatch.finish();
-    const auto ofDriver = driverWatch.finish();
-    if (!ofApplication || !ofDriver)
-        return std::unexpected("The application or the driver ended during the measurement.");
-    ordered_json result = json(*ofApplication + *ofDriver);
-    result["application"] = json(*ofApplication);
-    result["driver"] = json(*ofDriver);
+    std::vector<Cost> together;
+    std::vector<Cost> ofApplication;
+    std::vector<Cost> ofDriver;
+    for (int window = 0; window < kWindows; ++window) {
+        const Watch applicationWatch(application.pid());
+        const Watch driverWatch(stage.driverPid());
+        std::this_thread::sleep_for(kWindow);
+        const auto applicationCost = applicationWatch.finish();
+        const auto driverCost = driverWatch.finish();
+        if (!applicationCost || !driverCost)
+            return std::unexpected("The application or the driver ended during the measurement.");
+        together.push_back(*applicationCost + *driverCost);
+        ofApplication.push_back(*applicationCost);
+        ofDriver.push_back(*driverCost);
+    }
+    ordered_json result = json(medianOf(together));
+    result["application"] = json(medianOf(ofApplication));
+    result["driver"] = json(medianOf(ofDriver));
     return result;
 }
 

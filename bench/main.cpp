@@ -14,13 +14,13 @@
 #include <clocale>
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <filesystem>
 #include <memory>
 #include <optional>
 #include <set>
 #include <span>
 #include <string>
-#include <string_view>
 
 namespace {
 
@@ -68,17 +68,18 @@ struct Arguments {
 std::optional<Arguments> parse(std::span<char*> words) {
     Arguments arguments;
     std::set<std::string> only;
-    for (std::size_t i = 0; i < words.size(); ++i) {
-        if (std::string_view(words[i]) != "--only") {
-            arguments.folder = words[i];
-        } else if (++i == words.size() || !arguments.parts.contains(words[i])) {
-            return std::nullopt;
-        } else {
-            only.insert(words[i]);
-        }
+    bool isPart = false; // whether "--only" was the word before
+    for (const std::string word : words) {
+        if (isPart && !arguments.parts.contains(word)) return std::nullopt;
+        if (isPart)
+            only.insert(word);
+        else if (word != "--only")
+            arguments.folder = word;
+        isPart = word == "--only";
     }
+    if (isPart || arguments.folder.starts_with('-')) return std::nullopt;
     if (!only.empty()) arguments.parts = only;
-    return arguments.folder.starts_with('-') ? std::nullopt : std::optional(arguments);
+    return arguments;
 }
 
 std::string buildFolder() {
@@ -130,30 +131,37 @@ void print(const ordered_json& report) {
         std::printf("%-56s%9.2f  %s\n", aim.c_str(), measured, holds ? "yes" : "NO");
 }
 
-} // namespace
-
-int main(int argumentCount, char** words) {
-    // Qt alone needs it, for the session bus; numbers keep their point whatever the language.
-    const QCoreApplication application(argumentCount, words);
-    (void)std::setlocale(LC_NUMERIC, "C");
-    const auto arguments =
-        parse(std::span(words, static_cast<std::size_t>(argumentCount)).subspan(1));
-    if (!arguments) {
-        std::fputs(kUsage, stderr);
-        return 2;
-    }
+int run(const Arguments& arguments) {
     ordered_json report;
-    const bool isWhole = measure(*arguments, report);
+    const bool isWhole = measure(arguments, report);
     report["units"] = units();
     print(report);
 
     std::error_code error;
-    fs::create_directories(arguments->folder, error);
-    const std::string path = arguments->folder + "/report.json";
-    if (const auto failure = halvo::demo::writeTextFile(path, report.dump(2) + "\n")) {
+    fs::create_directories(arguments.folder, error); // what fails here fails below
+    const std::string path = arguments.folder + "/report.json";
+    // What a peer says when it fails may be in any encoding.
+    const std::string text = report.dump(2, ' ', false, ordered_json::error_handler_t::replace);
+    if (const auto failure = halvo::demo::writeTextFile(path, text + "\n")) {
         std::fprintf(stderr, "halvo-bench: %s\n", failure->c_str());
         return EXIT_FAILURE;
     }
     std::printf("All figures are in %s.\n", path.c_str());
     return isWhole ? EXIT_SUCCESS : EXIT_FAILURE;
+}
+
+} // namespace
+
+int main(int argumentCount, char** words) try {
+    // Qt alone needs it, for the session bus; numbers keep their point whatever the language.
+    const QCoreApplication application(argumentCount, words);
+    (void)std::setlocale(LC_NUMERIC, "C");
+    const auto arguments =
+        parse(std::span(words, static_cast<std::size_t>(argumentCount)).subspan(1));
+    if (arguments) return run(*arguments);
+    std::fputs(kUsage, stderr);
+    return 2;
+} catch (const std::exception& exception) {
+    std::fprintf(stderr, "halvo-bench: %s\n", exception.what());
+    return EXIT_FAILURE;
 }
