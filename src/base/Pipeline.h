@@ -24,8 +24,9 @@ template <typename T> class Pipeline {
         return Pipeline([source = std::move(source_)](Handler<T> next) {
             auto last = std::make_shared<std::optional<T>>();
             return source([last, next = std::move(next)](const T& value) {
-                if (*last == value) return;
-                *last = value;
+                // Spelled out: two optionals in each other compare otherwise.
+                if (last->has_value() && **last == value) return;
+                last->emplace(value);
                 next(value);
             });
         });
@@ -67,9 +68,29 @@ template <typename T> class Pipeline {
         });
     }
 
+    /// Passes on the last value of a burst, once none has followed it for `delay`, through a queue
+    /// that outlives the subscription; what is still due when that ends is dropped.
+    template <typename Queue, typename Delay> Pipeline debounce(Queue& queue, Delay delay) && {
+        return Pipeline([source = std::move(source_), &queue, delay](Handler<T> next) {
+            auto due = std::make_shared<Due>(std::move(next));
+            // The source alone keeps it alive.
+            return source([due, &queue, delay](const T& value) {
+                due->timer = queue.afterCancellable(delay, [weak = std::weak_ptr(due), value] {
+                    if (const auto alive = weak.lock()) alive->next(value);
+                });
+            });
+        });
+    }
+
     Subscription subscribe(Handler<T> handler) && { return source_(std::move(handler)); }
 
   private:
+    struct Due {
+        explicit Due(Handler<T> handler) : next(std::move(handler)) {}
+        Handler<T> next;
+        Subscription timer;
+    };
+
     Source source_;
 };
 

@@ -1,0 +1,57 @@
+#pragma once
+
+#include "base/Published.h"
+
+#include <chrono>
+#include <cstdint>
+#include <expected>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace halvo {
+
+class SystemLog;
+class UserDefaults;
+
+/// What a look-up of a track gives.
+struct SpotifyTrackInfo {
+    std::string trackID;
+    std::vector<std::string> genres;
+};
+
+/// The user's account with the streaming service: the tokens of an earlier sign-in, read once.
+/// Nothing signs in, refreshes or looks up yet. Main thread only.
+class SpotifyClient {
+  public:
+    using Date = std::chrono::sys_time<std::chrono::duration<double>>;
+
+    SpotifyClient(const UserDefaults& defaults, SystemLog& log);
+
+    Published<bool> isConnected{false}; ///< whether a refresh token is stored
+    Published<std::optional<SpotifyTrackInfo>> lastLookupResult;
+
+    const std::optional<std::string>& accessToken() const { return accessToken_; }
+    const std::optional<std::string>& refreshToken() const { return refreshToken_; }
+    std::optional<Date> tokenExpiry() const { return tokenExpiry_; }
+
+  private:
+    /// Hears the browser's way back from a sign-in.
+    struct CallbackServer {
+        std::uint16_t port = 0;
+        std::function<void(std::expected<std::string, std::string>)> completion;
+    };
+
+    void loadTokens(const UserDefaults& defaults);
+
+    std::optional<std::string> accessToken_;
+    std::optional<std::string> refreshToken_;
+    std::optional<Date> tokenExpiry_;
+    std::map<std::string, SpotifyTrackInfo> cache_;
+    std::unique_ptr<CallbackServer> callbackServer_; ///< while somebody signs in
+};
+
+} // namespace halvo
