@@ -17,6 +17,13 @@ class DriverInstallation;
 class TerminationSignal;
 class Application;
 class StatusPublisher;
+class BackgroundQueue;
+class HTTPSession;
+class ChildProcessLauncher;
+class ScriptRunner;
+class ImageReader;
+class MediaHelper;
+class UnicodeText;
 
 /// Everything that the system asks of the machine, in one bundle. Each service lives as long as
 /// the bundle's owner and outlives the application delegate.
@@ -34,6 +41,13 @@ struct Platform {
     TerminationSignal& terminationSignal;
     Application& application;
     StatusPublisher& statusPublisher;
+    BackgroundQueue& backgroundQueue;
+    HTTPSession& httpSession;
+    ChildProcessLauncher& childProcesses;
+    ScriptRunner& scriptRunner;
+    ImageReader& imageReader;
+    MediaHelper& mediaHelper;
+    UnicodeText& unicodeText;
 };
 
 } // namespace halvo

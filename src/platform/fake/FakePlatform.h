@@ -4,8 +4,10 @@
 #include "platform/fake/FakeAudioHardware.h"
 #include "platform/fake/FakeMainQueue.h"
 #include "platform/fake/FakeOutputUnit.h"
+#include "platform/fake/FakeProcesses.h"
 #include "platform/fake/FakeServices.h"
 #include "platform/fake/FakeSharedMemory.h"
+#include "platform/fake/FakeUnicodeText.h"
 #include "platform/fake/FakeUserDefaults.h"
 
 namespace halvo {
@@ -26,6 +28,13 @@ struct FakePlatform {
     FakeTerminationSignal terminationSignal;
     FakeApplication application;
     FakeStatusPublisher statusPublisher;
+    FakeBackgroundQueue backgroundQueue;
+    FakeHTTPSession httpSession;
+    FakeChildProcessLauncher childProcesses{log};
+    FakeScriptRunner scriptRunner;
+    FakeImageReader imageReader;
+    FakeMediaHelper mediaHelper;
+    FakeUnicodeText unicodeText;
 
     /// Pending work may hold what uses the other fakes.
     ~FakePlatform() { mainQueue.discard(); }
@@ -45,7 +54,14 @@ struct FakePlatform {
                 .driverInstallation = driverInstallation,
                 .terminationSignal = terminationSignal,
                 .application = application,
-                .statusPublisher = statusPublisher};
+                .statusPublisher = statusPublisher,
+                .backgroundQueue = backgroundQueue,
+                .httpSession = httpSession,
+                .childProcesses = childProcesses,
+                .scriptRunner = scriptRunner,
+                .imageReader = imageReader,
+                .mediaHelper = mediaHelper,
+                .unicodeText = unicodeText};
     }
 };
 

@@ -45,6 +45,7 @@ LinuxPlatform::LinuxPlatform(std::unique_ptr<Desktop> desktop, Connection connec
                              Connection signalConnection)
     : desktop_(std::move(desktop)), userDefaults_(JsonUserDefaults::standardPath(), systemLog_),
       driverInstallation_(QCoreApplication::applicationDirPath().toStdString()),
+      mediaHelper_(QCoreApplication::applicationDirPath().toStdString()),
       connection_(std::move(connection)), serverReport_(*connection_, mainQueue_, systemLog_),
       server_(*connection_, mainQueue_),
       audioHardware_(server_, gate_, mainQueue_, systemLog_, raisedDevicesPath()),
@@ -73,7 +74,14 @@ Platform LinuxPlatform::platform() {
             .driverInstallation = driverInstallation_,
             .terminationSignal = terminationSignal_,
             .application = desktop_->application,
-            .statusPublisher = statusService_};
+            .statusPublisher = statusService_,
+            .backgroundQueue = backgroundQueue_,
+            .httpSession = httpSession_,
+            .childProcesses = childProcesses_,
+            .scriptRunner = scriptRunner_,
+            .imageReader = imageReader_,
+            .mediaHelper = mediaHelper_,
+            .unicodeText = unicodeText_};
 }
 
 } // namespace halvo

@@ -3,7 +3,10 @@
 #include "platform/PlatformFactory.h"
 #include "platform/linux/ApplicationService.h"
 #include "platform/linux/JsonUserDefaults.h"
+#include "platform/linux/LinuxChildProcesses.h"
 #include "platform/linux/LinuxDriverInstallation.h"
+#include "platform/linux/LinuxMediaHelper.h"
+#include "platform/linux/LinuxScriptRunner.h"
 #include "platform/linux/LinuxSharedMemory.h"
 #include "platform/linux/LinuxTerminationSignal.h"
 #include "platform/linux/LoudnessGuard.h"
@@ -18,7 +21,11 @@
 #include "platform/posix/ProcessStandardOutput.h"
 #include "platform/qt/ConsoleAlert.h"
 #include "platform/qt/QtApplication.h"
+#include "platform/qt/QtBackgroundQueue.h"
+#include "platform/qt/QtHTTPSession.h"
+#include "platform/qt/QtImageReader.h"
 #include "platform/qt/QtMainQueue.h"
+#include "platform/qt/QtUnicodeText.h"
 
 #include <expected>
 #include <filesystem>
@@ -66,6 +73,14 @@ class LinuxPlatform final : public PlatformHost {
     LinuxDriverInstallation driverInstallation_;
     LinuxSharedMemory sharedMemory_;
     StatusService statusService_;
+
+    QtUnicodeText unicodeText_;
+    LinuxMediaHelper mediaHelper_;
+    QtImageReader imageReader_;
+    LinuxScriptRunner scriptRunner_;
+    LinuxChildProcessLauncher childProcesses_;
+    QtHTTPSession httpSession_;
+    QtBackgroundQueue backgroundQueue_; // after all that its work may use
 
     Connection connection_;
     ServerReport serverReport_;

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace halvo::mpris {
+
+inline constexpr const char* kNamespace = "org.mpris.MediaPlayer2";
+inline constexpr const char* kPath = "/org/mpris/MediaPlayer2";
+inline constexpr const char* kRootInterface = "org.mpris.MediaPlayer2";
+inline constexpr const char* kPlayerInterface = "org.mpris.MediaPlayer2.Player";
+inline constexpr const char* kProperties = "org.freedesktop.DBus.Properties";
+
+/// Whether a bus name is that of a player on this machine: not one that only repeats others, and
+/// not one on a phone.
+bool isPlayerName(std::string_view busName);
+
+/// The player's own part of its bus name, without the number of an instance.
+std::string playerName(std::string_view busName);
+
+} // namespace halvo::mpris
