@@ -2,6 +2,7 @@
 
 #include "platform/Application.h"
 #include "platform/AudioHardware.h"
+#include "platform/SystemLog.h"
 #include "platform/TerminationSignal.h"
 
 namespace halvo {
@@ -17,13 +18,27 @@ AppDelegate::AppDelegate(const Platform& platform)
                    [this](const std::string& uid) { return deviceManager_.audioDeviceID(uid); }),
       deviceManager_(platform.audioHardware, platform.mainQueue),
       presetManager_(platform.fileSystem, platform.userDefaults, platform.systemLog),
-      appSettings_(platform.userDefaults),
+      nowPlayingMonitor_({.mainQueue = platform.mainQueue,
+                          .backgroundQueue = platform.backgroundQueue,
+                          .childProcesses = platform.childProcesses,
+                          .scriptRunner = platform.scriptRunner,
+                          .httpSession = platform.httpSession,
+                          .imageReader = platform.imageReader,
+                          .mediaHelper = platform.mediaHelper,
+                          .fileSystem = platform.fileSystem,
+                          .systemLog = platform.systemLog}),
+      spotifyClient_(platform.userDefaults, platform.systemLog),
+      lastFMClient_(platform.httpSession, platform.mainQueue, platform.unicodeText,
+                    platform.systemLog),
+      genreMapper_(platform.unicodeText), appSettings_(platform.userDefaults),
       driverInstaller_(platform.driverInstallation, platform.alert, platform.systemLog) {}
 
 void AppDelegate::applicationDidFinishLaunching() {
     log_.write("Launch start");
     restoreDirtySession();
     platform_.terminationSignal.install(&AppDelegate::handleTermination);
+    startNowPlaying();
+    (void)autoGenreController(); // it observes from now on
     checkDriver();
     deviceManager_.refreshDevices();
     deviceManager_.installDefaultDeviceListener();
@@ -46,7 +61,35 @@ void AppDelegate::applicationWillTerminate() {
     cancellables_.clear();
     giveOutputBack();
     SavedSession::clear(platform_.userDefaults);
+    nowPlayingMonitor_.stopHelperProcess();
+    nowPlayingMonitor_.stopAppleScriptPolling();
     audioEngine_.stop();
+}
+
+AutoGenreController& AppDelegate::autoGenreController() {
+    if (!autoGenreController_) {
+        autoGenreController_ = std::make_unique<AutoGenreController>(AutoGenreServices{
+            .nowPlaying = nowPlayingMonitor_,
+            .spotify = spotifyClient_,
+            .lastFM = lastFMClient_,
+            .mapper = genreMapper_,
+            .presetManager = std::shared_ptr<PresetManager>(shared_from_this(), &presetManager_),
+            .userDefaults = platform_.userDefaults,
+            .mainQueue = platform_.mainQueue,
+            .systemLog = platform_.systemLog});
+    }
+    return *autoGenreController_;
+}
+
+void AppDelegate::startNowPlaying() {
+    nowPlayingMonitor_.locateHelperFiles();
+    if (nowPlayingMonitor_.dylibPath() && nowPlayingMonitor_.scriptPath()) {
+        nowPlayingMonitor_.startHelperProcess();
+        return;
+    }
+    // By design not in the diagnostic log's file.
+    platform_.systemLog.write("Halvo: MediaRemote helper not found, using AppleScript fallback");
+    nowPlayingMonitor_.startAppleScriptPolling();
 }
 
 void AppDelegate::checkDriver() {

@@ -8,6 +8,11 @@
 #include "base/Subscription.h"
 #include "devices/DeviceManager.h"
 #include "devices/DriverInstaller.h"
+#include "nowplaying/AutoGenreController.h"
+#include "nowplaying/GenrePresetMapper.h"
+#include "nowplaying/LastFMClient.h"
+#include "nowplaying/NowPlayingMonitor.h"
+#include "nowplaying/SpotifyClient.h"
 #include "platform/Platform.h"
 #include "presets/PresetManager.h"
 #include "settings/AppSettings.h"
@@ -33,7 +38,11 @@ class AppDelegate : public std::enable_shared_from_this<AppDelegate> {
     DeviceManager& deviceManager() { return deviceManager_; }
     PresetManager& presetManager() { return presetManager_; }
     SpectrumData& spectrumData() { return spectrumData_; }
+    NowPlayingMonitor& nowPlayingMonitor() { return nowPlayingMonitor_; }
+    SpotifyClient& spotifyClient() { return spotifyClient_; }
     AppSettings& appSettings() { return appSettings_; }
+    /// Made on first use.
+    AutoGenreController& autoGenreController();
     StatusEQView& statusView() { return statusView_; }
 
     /// The real device that was the default when the application took over.
@@ -46,6 +55,7 @@ class AppDelegate : public std::enable_shared_from_this<AppDelegate> {
 
     // Start-up, quit and the repair of a session that ended badly: AppDelegate.cpp,
     // AppDelegateSession.cpp.
+    void startNowPlaying();
     void checkDriver();
     void logDevices();
     void restoreDirtySession();
@@ -93,9 +103,14 @@ class AppDelegate : public std::enable_shared_from_this<AppDelegate> {
     DeviceManager deviceManager_;
     PresetManager presetManager_;
     SpectrumData spectrumData_;
+    NowPlayingMonitor nowPlayingMonitor_;
+    SpotifyClient spotifyClient_;
+    LastFMClient lastFMClient_;
+    GenrePresetMapper genreMapper_;
     AppSettings appSettings_;
     StatusEQView statusView_;
     DriverInstaller driverInstaller_;
+    std::unique_ptr<AutoGenreController> autoGenreController_;
 
     std::optional<std::string> originalOutputUID_;
     std::optional<float> originalRealVolume_;

@@ -65,6 +65,51 @@ TEST_F(StartAndQuit, ARefusedDriverEndsTheProgramAfterTheSequence) {
     EXPECT_EQ(defaultUID(), "acc.a");
 }
 
+TEST_F(StartAndQuit, NowPlayingStartsBeforeTheDriverIsLookedFor) {
+    struct Row {
+        const char* name;
+        bool hasHelper;
+        std::vector<std::string> log; ///< between the launch and the device list
+    };
+    const Row rows[] = {{"helper",
+                         true,
+                         {"Halvo: Found helper in app bundle root: /bundle",
+                          "Halvo: MediaRemote helper process started (PID: 4711)"}},
+                        {"no helper",
+                         false,
+                         {"Halvo: Helper files not found in bundle",
+                          "Halvo: MediaRemote helper not found, using AppleScript fallback"}}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        fake.mediaHelper.folder = "/bundle";
+        fake.fileSystem.files = {{"/bundle/run.pl", ""}};
+        if (row.hasHelper) fake.fileSystem.files["/bundle/media_helper.dylib"] = "";
+        fake.systemLog.lines.clear();
+        launch();
+        const auto& lines = fake.systemLog.lines;
+        const auto start = std::ranges::find(lines, "Halvo: Launch start");
+        EXPECT_EQ(std::ranges::search(lines, row.log).begin(), start + 1);
+        EXPECT_FALSE(debugLog().contains("elper")) << "for the system log alone";
+        fake.log.clear();
+        fake.scriptRunner.sources.clear();
+        delegate->applicationWillTerminate();
+        settle();
+        fake.backgroundQueue.flush();
+        EXPECT_EQ(std::ranges::count(fake.log.calls(), "terminate helper"), row.hasHelper ? 1 : 0);
+        EXPECT_EQ(fake.scriptRunner.sources.size(), row.hasHelper ? 0U : 2U) << "the first alone";
+    }
+}
+
+TEST_F(StartAndQuit, AChosenGenreReachesTheEngine) {
+    fake.userDefaults.setBool("autoGenreEnabled", true);
+    launchWithDriver();
+    delegate->nowPlayingMonitor().currentTrack.set(NowPlayingTrack{"T", "Yes", {}, {}, {}});
+    settle();
+    fake.httpSession.answer(
+        HTTPResponse{200, R"({"toptags":{"tag":[{"name":"rock","count":99}]}})"});
+    EXPECT_EQ(delegate->audioEngine().currentPreset()->name, "Rock");
+}
+
 TEST_F(StartAndQuit, QuitGivesBackInOrderAfterTheListenersAreSilent) {
     fake.audioHardware.changeVolume(a, 0.4F);
     launchWithDriver();

@@ -1,0 +1,268 @@
+#include "nowplaying/AutoGenreController.h"
+#include "nowplaying/GenrePresetMapper.h"
+#include "nowplaying/LastFMClient.h"
+#include "nowplaying/SpotifyClient.h"
+#include "platform/fake/FakeUnicodeText.h"
+#include "platform/fake/FakeUserDefaults.h"
+#include "presets/PresetManager.h"
+#include "unit/nowplaying/NowPlayingFixture.h"
+
+#include <algorithm>
+#include <functional>
+
+using namespace halvo;
+
+namespace {
+
+class AutoGenre : public NowPlayingTest {
+  protected:
+    FakeUserDefaults defaults;
+    FakeUnicodeText unicode;
+    SpotifyClient spotify{defaults, log};
+    LastFMClient lastFM{session, queue, unicode, log};
+    GenrePresetMapper mapper{unicode};
+    std::shared_ptr<PresetManager> presets = std::make_shared<PresetManager>(files, defaults, log);
+    std::unique_ptr<AutoGenreController> controller;
+
+    void open(bool enabled = true) {
+        if (enabled) defaults.setBool("autoGenreEnabled", true);
+        controller = std::make_unique<AutoGenreController>(
+            AutoGenreServices{*monitor, spotify, lastFM, mapper, presets, defaults, queue, log});
+        takeLog();
+    }
+    void play(const std::string& artist, const std::string& title = "T") {
+        monitor->currentTrack.set(NowPlayingTrack{title, artist, {}, {}, {}});
+    }
+    void stop() { monitor->currentTrack.set(std::nullopt); }
+    void playSettled(const std::string& artist, const std::string& title = "T") {
+        play(artist, title);
+        queue.advance(500ms);
+    }
+    void answer(const std::string& tag) {
+        session.answer(
+            HTTPResponse{200, R"({"toptags":{"tag":[{"name":")" + tag + R"(","count":99}]}})"});
+    }
+    void choose(const std::string& name) { presets->activate(*presets->presetNamed(name)); }
+    std::string active() {
+        const auto preset = presets->activePreset();
+        return preset ? preset->name : "none";
+    }
+    std::string genre() { return controller->currentGenre.get().value_or("none"); }
+    std::size_t handled() {
+        return static_cast<std::size_t>(std::ranges::count_if(log.lines, [](const auto& text) {
+            return text.starts_with("Halvo: AutoGenre handling track: ");
+        }));
+    }
+};
+
+} // namespace
+
+TEST_F(AutoGenre, ATrackGetsItsPreset) {
+    open();
+    play("Yes");
+    queue.advance(499ms);
+    EXPECT_EQ(handled(), 0U);
+    queue.advance(1ms);
+    EXPECT_EQ(controller->currentTrackDisplay.get(), "Yes — T");
+    EXPECT_TRUE(controller->isLookingUp.get());
+    EXPECT_EQ(genre(), "none");
+    answer("Prog Rock");
+    EXPECT_FALSE(controller->isLookingUp.get());
+    EXPECT_EQ(active(), "Rock");
+    EXPECT_EQ(genre(), "Rock");
+    EXPECT_EQ(presets->preamp.get(), presets->presetNamed("Rock")->preamp);
+    EXPECT_EQ(takeLog(), (Lines{"Halvo: AutoGenre handling track: Yes — T",
+                                "Halvo: Last.fm tags for 'Yes': prog rock",
+                                "Halvo: AutoGenre mapped tags → preset 'Rock'",
+                                "Halvo: AutoGenre activated preset 'Rock'"}));
+}
+
+TEST_F(AutoGenre, FallbacksAreClarity) {
+    open();
+    playSettled("Yes");
+    session.answer(std::nullopt);
+    EXPECT_EQ(active(), "Clarity");
+    EXPECT_EQ(takeLog(), (Lines{"Halvo: AutoGenre handling track: Yes — T",
+                                "Halvo: Last.fm request failed for 'Yes'",
+                                "Halvo: AutoGenre — no tags found for 'Yes', using Clarity preset",
+                                "Halvo: AutoGenre activated fallback preset 'Clarity'"}));
+    choose("Rock");
+    playSettled("", "Alone");
+    EXPECT_EQ(controller->currentTrackDisplay.get(), "Alone");
+    EXPECT_EQ(active(), "Clarity");
+    EXPECT_EQ(genre(), "Clarity");
+    EXPECT_EQ(takeLog(), (Lines{"Halvo: AutoGenre handling track: Alone",
+                                "Halvo: AutoGenre — no artist, using Clarity preset"}));
+    EXPECT_EQ(session.requests.size(), 1U);
+}
+
+TEST_F(AutoGenre, WhichChangesAreHandled) {
+    struct Row {
+        const char* name;
+        std::function<void()> change;
+        std::size_t handled;
+    };
+    const Row rows[] = {
+        {"same again", [this] { playSettled("A"), playSettled("A"); }, 1},
+        {"nothing in between", [this] { playSettled("A"), stop(), playSettled("A"); }, 2},
+        {"stopped soon", [this] { play("A"), queue.advance(200ms), stop(); }, 1},
+        {"skips",
+         [this] { play("A"), queue.advance(400ms), play("B"), queue.advance(400ms), play("C"); },
+         1},
+        {"off at delivery", [this] { play("A"), controller->isEnabled.set(false); }, 0},
+        {"on at delivery",
+         [this] {
+             controller->isEnabled.set(false);
+             play("A");
+             queue.advance(200ms);
+             controller->isEnabled.set(true);
+         },
+         2},
+        {"on, off, on",
+         [this] {
+             playSettled("A");
+             controller->isEnabled.set(false);
+             controller->isEnabled.set(true);
+             controller->isEnabled.set(true);
+         },
+         2},
+        {"on without a track",
+         [this] { controller->isEnabled.set(false), controller->isEnabled.set(true); }, 0}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        stop();
+        open();
+        row.change();
+        queue.advance(500ms);
+        EXPECT_EQ(handled(), row.handled);
+        EXPECT_EQ(defaults.boolForKey("autoGenreEnabled"), controller->isEnabled.get());
+    }
+}
+
+TEST_F(AutoGenre, OffItAsksNobody) {
+    open(false);
+    EXPECT_FALSE(controller->isEnabled.get());
+    playSettled("A");
+    queue.advance(10s);
+    EXPECT_TRUE(session.requests.empty());
+    controller->isEnabled.set(true);
+    queue.flush();
+    EXPECT_EQ(session.requests.size(), 1U) << "without waiting";
+    controller->isEnabled.set(false);
+    answer("jazz");
+    EXPECT_EQ(active(), "Jazz") << "a look-up under way still ends";
+}
+
+TEST_F(AutoGenre, AtConstructionACurrentTrackIsHandledAtOnce) {
+    play("A");
+    open();
+    queue.flush();
+    EXPECT_EQ(session.requests.size(), 1U);
+}
+
+TEST_F(AutoGenre, AManualChoiceHoldsUntilTheNextTrack) {
+    struct Row {
+        const char* name;
+        std::function<void()> meanwhile; ///< while the second look-up runs
+        const char* active;
+    };
+    const Row rows[] = {
+        {"none", [] {}, "Pop"},
+        {"another", [this] { choose("Deep"); }, "Deep"},
+        {"the controller's own last", [this] { choose("Jazz"); }, "Pop"},
+        {"another, then its own", [this] { choose("Deep"), choose("Jazz"); }, "Jazz"},
+        {"none at all", [this] { presets->activePresetID.set(std::nullopt); }, "Pop"}};
+    open();
+    int number = 0;
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        const auto name = std::to_string(++number);
+        choose("Flat"); // a choice before the track does not count
+        queue.advance(1s);
+        playSettled("jazz" + name);
+        answer("jazz");
+        ASSERT_EQ(active(), "Jazz");
+        queue.advance(1s);
+        playSettled("pop" + name);
+        row.meanwhile();
+        takeLog();
+        answer("pop");
+        EXPECT_EQ(active(), row.active);
+        EXPECT_EQ(genre(), "Pop");
+        EXPECT_EQ(takeLog().at(1), "Halvo: AutoGenre mapped tags → preset 'Pop'");
+    }
+}
+
+TEST_F(AutoGenre, ANewArtistCancelsTheLookupButNoArtistDoesNot) {
+    open();
+    playSettled("X");
+    queue.advance(600ms);
+    playSettled("Y");
+    answer("rock");
+    EXPECT_TRUE(controller->isLookingUp.get()) << "the newer look-up's";
+    EXPECT_EQ(active(), "none");
+    answer("pop");
+    EXPECT_FALSE(controller->isLookingUp.get());
+    EXPECT_EQ(active(), "Pop");
+    queue.advance(1s);
+    playSettled("Z");
+    playSettled("");
+    EXPECT_EQ(active(), "Clarity");
+    answer("jazz");
+    EXPECT_EQ(active(), "Jazz");
+    playSettled("X", "from the cache");
+    EXPECT_EQ(active(), "Rock") << "what was asked for in vain is known";
+}
+
+TEST_F(AutoGenre, WithoutAPresetOrAManagerNothingIsActivated) {
+    open();
+    presets->presets.set({});
+    playSettled("A");
+    answer("rock");
+    EXPECT_EQ(genre(), "Rock");
+    EXPECT_EQ(takeLog().back(), "Halvo: AutoGenre mapped tags → preset 'Rock'");
+    presets.reset();
+    playSettled("");
+    EXPECT_EQ(genre(), "Clarity");
+    playSettled("B");
+    controller.reset();
+    session.answer(std::nullopt);
+    queue.advance(1s);
+}
+
+TEST_F(AutoGenre, ViewsHearOfEverythingThatItShows) {
+    open();
+    int notices = 0;
+    const auto subscription = controller->didChange([&] { ++notices; });
+    monitor->isPlaying.set(true);
+    spotify.isConnected.set(true);
+    EXPECT_EQ(notices, 0);
+    queue.flush();
+    EXPECT_EQ(notices, 2);
+    controller->isEnabled.set(false);
+    EXPECT_EQ(notices, 3);
+}
+
+TEST(Spotify, OnlyTheRefreshTokenConnects) {
+    using Value = FakeUserDefaults::Value;
+    struct Row {
+        std::map<std::string, Value> values;
+        const char* log;
+        bool hasExpiry;
+    };
+    const std::string no = "isConnected=false, hasRefreshToken=false";
+    const std::string yes = "isConnected=true, hasRefreshToken=true";
+    const std::string text = "2";
+    const Row rows[] = {
+        {{{"spotify_access_token", text}, {"spotify_token_expiry", text}}, no.c_str(), false},
+        {{{"spotify_refresh_token", text}, {"spotify_token_expiry", 2.0}}, yes.c_str(), true},
+        {{{"spotify_refresh_token", 2.0}}, no.c_str(), false}};
+    for (const auto& row : rows) {
+        FakeUserDefaults defaults;
+        FakeSystemLog log;
+        defaults.values = row.values;
+        const SpotifyClient client(defaults, log);
+        EXPECT_EQ(log.lines, std::vector{std::string("Halvo: SpotifyClient init — ") + row.log});
+        EXPECT_EQ(client.tokenExpiry().has_value(), row.hasExpiry);
+    }
+}
