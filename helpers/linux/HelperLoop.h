@@ -1,0 +1,54 @@
+#pragma once
+
+#include "Announcer.h"
+#include "CoverFetcher.h"
+#include "EventSource.h"
+#include "LineWriter.h"
+#include "PlayerTable.h"
+#include "PlayerWatch.h"
+#include "platform/linux/FileDescriptor.h"
+
+#include <cstdint>
+#include <memory>
+
+namespace halvo::helper {
+
+/// The resident helper: follows the players and writes a line for every change, until its parent or
+/// its reader is gone. Without a bus it waits for one. One thread.
+class HelperLoop {
+  public:
+    /// Null when the system has no more room for an event loop.
+    static std::unique_ptr<HelperLoop> create();
+    /// Returns the exit status.
+    int run();
+
+  private:
+    explicit HelperLoop(Event event);
+
+    bool watchParent();
+    void connect();
+    void disconnect();
+    void playersChanged();
+    void goOn();
+    void arm(EventSource& timer, Announcer::Time at);
+    Announcer::Time now() const;
+    EventSource makeTimer(sd_event_time_handler_t handler);
+
+    static int onLook(sd_event_source* source, std::uint64_t time, void* data);
+    static int onReconnect(sd_event_source* source, std::uint64_t time, void* data);
+
+    Event event_;
+    FileDescriptor parent_;
+    EventSource parentEnded_;
+    EventSource look_;
+    EventSource reconnect_;
+    Announcer::Time pause_; ///< before the next attempt to reach a bus
+
+    PlayerTable players_;
+    Announcer announcer_;
+    CoverFetcher fetcher_;
+    LineWriter writer_;
+    std::unique_ptr<PlayerWatch> watch_;
+};
+
+} // namespace halvo::helper
