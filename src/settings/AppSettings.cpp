@@ -16,6 +16,7 @@ constexpr const char* kShowNowPlaying = "halvo_showNowPlaying";
 constexpr const char* kShowMenubarWaveform = "halvo_showMenubarWaveform";
 constexpr const char* kAccentColorHex = "halvo_accentColorHex";
 constexpr const char* kCustomColors = "halvo_customColors";
+constexpr const char* kTagNoticeRead = "halvo_tagNoticeRead";
 
 std::string encodeColors(const std::vector<SavedColor>& colors) {
     Json array = Json::array();
@@ -62,6 +63,7 @@ AppSettings::AppSettings(UserDefaults& defaults) : defaults_(defaults) {
     if (const auto colors = defaults.dataForKey(kCustomColors)) {
         customColors.set(decodeColors(*colors));
     }
+    tagNoticeRead.set(defaults.boolForKey(kTagNoticeRead));
 }
 
 void AppSettings::setShowNowPlaying(bool show) {
@@ -72,6 +74,11 @@ void AppSettings::setShowNowPlaying(bool show) {
 void AppSettings::setShowMenubarWaveform(bool show) {
     showMenubarWaveform.set(show);
     defaults_.setBool(kShowMenubarWaveform, show);
+}
+
+void AppSettings::setTagNoticeRead(bool read) {
+    tagNoticeRead.set(read);
+    defaults_.setBool(kTagNoticeRead, read);
 }
 
 void AppSettings::setAccentColorHex(const std::string& hex) {

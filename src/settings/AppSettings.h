@@ -42,10 +42,13 @@ class AppSettings {
     Published<std::string> accentColorHex{kNativeAccent};
     Published<bool> showMenubarWaveform{true};
     Published<std::vector<SavedColor>> customColors;
+    /// Whether somebody has read that artists' names go to the tag service.
+    Published<bool> tagNoticeRead{false};
 
     // Each publishes and then writes.
     void setShowNowPlaying(bool show);
     void setShowMenubarWaveform(bool show);
+    void setTagNoticeRead(bool read);
     /// Any text is stored; one that is no colour draws in the system's accent colour.
     void setAccentColorHex(const std::string& hex);
 

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <QColor>
+#include <QObject>
+#include <QString>
+#include <QtQml/qqmlregistration.h>
+
+namespace halvo {
+
+/// The display rules for the views: stateless.
+class Display : public QObject {
+    Q_OBJECT
+    QML_ELEMENT
+    QML_SINGLETON
+
+  public:
+    using QObject::QObject;
+
+    Q_INVOKABLE static bool isLight(const QColor& color);
+    /// Six digits; empty for a colour that is none.
+    Q_INVOKABLE static QString hexDigits(const QColor& color);
+    Q_INVOKABLE static QString gainText(float gain);
+    Q_INVOKABLE static float gainAt(float y, float height, float maxGain);
+};
+
+} // namespace halvo

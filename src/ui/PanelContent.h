@@ -1,0 +1,96 @@
+#pragma once
+
+#include "ui/SystemAppearance.h"
+#include "ui/VolumeTaper.h"
+
+#include <QObject>
+#include <QPoint>
+#include <QSize>
+
+#include <functional>
+#include <memory>
+
+class QQmlEngine;
+class QQuickItem;
+class QQuickWindow;
+
+namespace halvo {
+
+class AppSettings;
+class AutoGenreController;
+class DeviceManager;
+class MainQueue;
+class NowPlayingMonitor;
+class PresetManager;
+class SpectrumData;
+
+/// What the panel shows and changes. All of it outlives the panel.
+struct PanelServices {
+    DeviceManager& deviceManager;
+    PresetManager& presetManager;
+    SpectrumData& spectrumData;
+    AppSettings& appSettings;
+    MainQueue& mainQueue;
+    AutoGenreController& autoGenreController;
+    NowPlayingMonitor& nowPlayingMonitor;
+    VolumeTaper volumeTaper = VolumeTaper::identity;
+    std::function<void()> quit; ///< the application's own shutdown path
+};
+
+/// The popover's content: view models over the services and the views in a window of the caller's.
+/// Main thread only.
+///
+/// The views fill the window from its top left corner, 320 points wide, with rounded corners of 10
+/// points on a clear background: the window is to be transparent where the desktop can do that.
+/// Menus and the list of outputs are windows of their own (`Qt::Popup`), children of that window.
+class PanelContent final : public QObject {
+    Q_OBJECT
+
+  public:
+    explicit PanelContent(PanelServices services);
+    ~PanelContent() override;
+
+    /// Settles the software renderer; before the first window of the process.
+    static void prepareRenderer();
+
+    /// Makes the views inside `window`, which outlives them. Once.
+    void attach(QQuickWindow& window);
+
+    /// The size of the content now, laid out anew if that is due; also before `attach`.
+    QSize fittingSize() const;
+
+    /// Tells whether anybody can see the panel: while nobody can, the spectrum is not followed.
+    void setShown(bool shown);
+
+    void setSystemAppearance(const SystemAppearance& appearance);
+
+    /// Whether a place on the screen lies in an open menu: a press there is none outside the panel.
+    bool menuContains(QPoint globalPosition) const;
+    /// Closes open menus; true when there were any.
+    bool closeMenus();
+
+    /// Shared with the settings window.
+    QQmlEngine& engine();
+
+  Q_SIGNALS:
+    /// `fittingSize` has changed; comes at the next turn of the main queue, before the next frame.
+    void sizeChanged();
+    /// The person pressed Escape with no menu open.
+    void closeRequested();
+    /// The person asked for the settings window (Ctrl+,).
+    void settingsWindowRequested();
+
+  private Q_SLOTS:
+    void announceSize();
+    void followBands();
+    void quit();
+
+  private:
+    struct Parts;
+
+    void makeViews();
+
+    std::unique_ptr<Parts> parts_;
+};
+
+} // namespace halvo

@@ -1,0 +1,29 @@
+#include "ui/VolumeTaper.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace halvo {
+
+namespace {
+
+float clamped(float value) {
+    return std::isnan(value) ? 0.0F : std::clamp(value, 0.0F, 1.0F);
+}
+
+/// Rounded to four decimals, or a position set as a whole percentage would read one lower.
+float cubeRootPosition(float volume) {
+    return std::round(std::cbrt(clamped(volume)) * 10000.0F) / 10000.0F;
+}
+
+float cubedVolume(float position) {
+    const float way = clamped(position);
+    return way * way * way;
+}
+
+} // namespace
+
+const VolumeTaper VolumeTaper::identity = {clamped, clamped};
+const VolumeTaper VolumeTaper::cubeRoot = {cubeRootPosition, cubedVolume};
+
+} // namespace halvo

@@ -1,0 +1,60 @@
+import QtQuick
+import Halvo
+
+// The system's own accent, the palette and the person's colours; as many lines as they need.
+Flow {
+    id: root
+
+    property string draggingCustomID: ""
+    property bool editorOpen: false
+    required property Settings settings
+
+    signal addRequested
+
+    spacing: 7
+    width: Theme.panelWidth - 2 * Theme.margin
+    x: Theme.margin
+
+    ColorCircle {
+        chosen: root.settings.accentHex === "native"
+        fill: Theme.pill
+        help: Qt.platform.os === "osx" ? qsTr("Native (macOS system accent)") : qsTr("Native (system accent)")
+        symbol: "desktop"
+
+        onClicked: root.settings.accentHex = "native"
+    }
+
+    Repeater {
+        model: root.settings.palette
+
+        delegate: ColorCircle {
+            required property var modelData
+
+            chosen: root.settings.accentHex === modelData.hex
+            fill: modelData.hex
+            help: modelData.name
+
+            onClicked: root.settings.accentHex = modelData.hex
+        }
+    }
+
+    Repeater {
+        model: root.settings.customColors
+
+        delegate: CustomColorCircle {
+            colors: root.settings.customColors
+            row: root
+            settings: root.settings
+        }
+    }
+
+    SymbolButton {
+        help: qsTr("Add custom color")
+        iconSize: 14
+        implicitWidth: 22
+        symbol: root.editorOpen ? "minus" : "plus"
+        tint: Qt.alpha(Theme.primary, 0.4)
+
+        onClicked: root.addRequested()
+    }
+}

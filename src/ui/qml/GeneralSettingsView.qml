@@ -1,0 +1,5 @@
+import Halvo
+
+SettingsForm {
+    text: qsTr("General settings")
+}

@@ -1,0 +1,98 @@
+import QtQuick
+import QtQuick.Templates as T
+import Halvo
+
+// Shows the chosen output; a click or a key opens the list of all.
+T.AbstractButton {
+    id: root
+
+    property color accent: Theme.accent
+    required property Devices devices
+
+    function openList() {
+        list.openBelow(root, Math.max(0, root.devices.selectedIndex));
+    }
+
+    function step(by: int) {
+        const next = root.devices.selectedIndex + by;
+        if (next >= 0 && next < root.devices.count)
+            root.devices.select(next);
+    }
+
+    Accessible.name: qsTr("Output")
+    Accessible.role: Accessible.ComboBox
+    Keys.onPressed: event => {
+        if (list.visible) {
+            list.handleKey(event);
+        } else if (event.key === Qt.Key_Down || event.key === Qt.Key_Up) {
+            root.step(event.key === Qt.Key_Down ? 1 : -1);
+            event.accepted = true;
+        }
+    }
+    focusPolicy: Qt.StrongFocus
+    implicitHeight: 26
+    text: root.devices.selectedName
+
+    background: Rectangle {
+        border.color: Theme.fieldBorder
+        color: root.down ? Theme.hovered : Theme.field
+        radius: 6
+
+        FocusRing {
+            control: root
+            gap: 0
+            radius: 8
+        }
+    }
+    contentItem: Item {
+        TextLabel {
+            anchors.fill: parent
+            anchors.leftMargin: 8
+            anchors.rightMargin: 28
+            color: root.devices.count > 0 ? Theme.primary : Theme.faint
+            text: root.devices.count > 0 ? root.text : qsTr("No output device")
+        }
+
+        Rectangle {
+            anchors.right: parent.right
+            anchors.rightMargin: 5
+            anchors.verticalCenter: parent.verticalCenter
+            color: root.devices.count > 0 ? root.accent : Theme.track
+            height: 16
+            radius: 4
+            width: 16
+
+            Icon {
+                anchors.centerIn: parent
+                color: Theme.textOn(parent.color)
+                name: "caret-up-down"
+                size: 12
+            }
+        }
+    }
+
+    onClicked: {
+        if (root.devices.count > 0)
+            root.openList();
+    }
+
+    MenuWindow {
+        id: list
+
+        minimumContentWidth: root.width
+        model: root.devices
+        owner: root
+
+        delegate: MenuEntry {
+            required property int index
+            required property string name
+
+            checkable: true
+            checked: root.devices.selectedIndex === index
+            menu: list
+            text: name
+
+            onTriggered: root.devices.select(index)
+        }
+    }
+}

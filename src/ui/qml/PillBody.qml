@@ -1,0 +1,44 @@
+import QtQuick
+import Halvo
+
+// How every pill of the strip looks: a symbol, if any, and a name.
+Rectangle {
+    id: root
+
+    property color accent: Theme.accent
+    property bool hovered: false
+    property bool isActive: false
+    property string name
+    property string symbol: ""
+    property int symbolSize: 9
+
+    readonly property color ink: isActive ? Theme.textOn(accent) : Theme.primary
+
+    color: isActive ? accent : hovered ? Theme.hovered : Theme.pill
+    implicitHeight: 28
+    implicitWidth: row.implicitWidth + 24
+    radius: 14
+
+    Row {
+        id: row
+
+        anchors.centerIn: parent
+        spacing: 5
+
+        Icon {
+            anchors.verticalCenter: parent.verticalCenter
+            color: root.ink
+            name: root.symbol
+            size: root.symbolSize + 3
+            visible: root.symbol.length > 0
+        }
+
+        TextLabel {
+            anchors.verticalCenter: parent.verticalCenter
+            color: root.ink
+            font.weight: root.isActive ? Font.DemiBold : Font.Normal
+            text: root.name
+            width: Math.min(implicitWidth, 200)
+        }
+    }
+}

@@ -1,0 +1,170 @@
+import QtQuick
+import Halvo
+
+// The content of the panel: its sections from top to bottom.
+FocusScope {
+    id: root
+
+    required property Bands bands
+    required property Devices devices
+    required property Equalizer equalizer
+    required property NowPlaying nowPlaying
+    required property Presets presets
+    required property Settings settings
+
+    property bool showAdvanced: false
+    property bool showSettings: false
+
+    // Whether anybody can see the panel.
+    property bool shown: true
+    readonly property bool bandsVisible: shown && showAdvanced
+
+    signal closeRequested
+    signal quitRequested
+    signal settingsWindowRequested
+    signal sizeMayChange
+
+    Keys.onEscapePressed: root.closeRequested()
+    implicitHeight: column.implicitHeight
+    implicitWidth: Theme.panelWidth
+
+    onShowAdvancedChanged: root.sizeMayChange()
+    onShowSettingsChanged: root.sizeMayChange()
+    onShownChanged: {
+        if (!shown)
+            root.nowPlaying.dismissNotice();
+    }
+
+    Connections {
+        function onShowNowPlayingChanged() {
+            root.sizeMayChange();
+        }
+
+        target: root.settings
+    }
+
+    Connections {
+        function onAutomaticChanged() {
+            root.sizeMayChange();
+        }
+
+        target: root.nowPlaying
+    }
+
+    Binding {
+        property: "accent"
+        target: Theme
+        value: root.settings.accent
+    }
+
+    Binding {
+        property: "dark"
+        target: Theme
+        value: root.settings.dark
+    }
+
+    Shortcut {
+        sequence: "Ctrl+,"
+
+        onActivated: root.settingsWindowRequested()
+    }
+
+    Rectangle {
+        anchors.fill: parent
+        border.color: Theme.border
+        color: Theme.background
+        radius: Theme.panelRadius
+
+        // A press beside the controls ends what is being typed.
+        TapHandler {
+            onPressedChanged: {
+                if (pressed)
+                    root.forceActiveFocus();
+            }
+        }
+    }
+
+    Column {
+        id: column
+
+        width: Theme.panelWidth
+
+        TopBarView {
+            accent: root.settings.accent
+            devices: root.devices
+            equalizer: root.equalizer
+        }
+
+        SectionDivider {
+        }
+
+        PresetStripView {
+            accent: root.settings.accent
+            nowPlaying: root.nowPlaying
+            presets: root.presets
+        }
+
+        SectionDivider {
+        }
+
+        NowPlayingBar {
+            accent: root.settings.accent
+            nowPlaying: root.nowPlaying
+            visible: root.settings.showNowPlaying
+        }
+
+        SectionDivider {
+            visible: root.settings.showNowPlaying
+        }
+
+        QuickControlsView {
+            accent: root.settings.accent
+            equalizer: root.equalizer
+        }
+
+        SectionDivider {
+            visible: root.showAdvanced
+        }
+
+        Loader {
+            active: root.showAdvanced
+            visible: active
+
+            sourceComponent: EQBandsView {
+                accent: root.settings.accent
+                bands: root.bands
+            }
+        }
+
+        SectionDivider {
+        }
+
+        FooterView {
+            id: footer
+
+            presets: root.presets
+            showAdvanced: root.showAdvanced
+            showSettings: root.showSettings
+
+            onAdvancedToggled: root.showAdvanced = !root.showAdvanced
+            onSettingsToggled: root.showSettings = !root.showSettings
+        }
+
+        SectionDivider {
+            visible: root.showSettings
+        }
+
+        Loader {
+            active: root.showSettings
+            visible: active
+
+            sourceComponent: SettingsPanel {
+                accent: root.settings.accent
+                settings: root.settings
+
+                onQuitRequested: root.quitRequested()
+                onShowColorCreatorChanged: root.sizeMayChange()
+            }
+        }
+    }
+}

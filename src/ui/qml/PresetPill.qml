@@ -1,0 +1,36 @@
+import QtQuick
+import QtQuick.Templates as T
+import Halvo
+
+// One preset; a click chooses it.
+T.AbstractButton {
+    id: root
+
+    property color accent: Theme.accent
+    required property bool isActive
+    required property bool isCustom
+    required property string name
+
+    Accessible.checkable: true
+    Accessible.checked: isActive
+    Accessible.description: isCustom ? qsTr("Custom preset") : qsTr("Preset")
+    Accessible.name: name
+    Accessible.role: Accessible.RadioButton
+    focusPolicy: Qt.StrongFocus
+    implicitHeight: 28
+    implicitWidth: implicitBackgroundWidth
+
+    background: PillBody {
+        accent: root.accent
+        hovered: root.hovered
+        isActive: root.isActive
+        name: root.name
+        symbol: root.isCustom ? "sliders-horizontal" : ""
+
+        FocusRing {
+            control: root
+            gap: 1
+            radius: 16
+        }
+    }
+}

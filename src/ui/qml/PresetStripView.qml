@@ -1,0 +1,173 @@
+import QtQuick
+import Halvo
+
+// The row of presets: scrolls sideways, is reordered by dragging.
+Item {
+    id: root
+
+    property color accent: Theme.accent
+    required property NowPlaying nowPlaying
+    required property Presets presets
+
+    property string draggingPresetID: ""
+    property string renamingPresetID: ""
+
+    readonly property bool showsGenre: nowPlaying.automatic && nowPlaying.hasGenre
+
+    // Scrolls as little as shows the whole item.
+    function reveal(item: Item) {
+        const left = item.mapToItem(row, 0, 0).x;
+        const least = left + item.width + Theme.margin - strip.width;
+        strip.scrollTo(Math.min(Math.max(strip.contentX, least), left - Theme.margin));
+    }
+
+    Accessible.name: qsTr("Presets")
+    Accessible.role: Accessible.Grouping
+    implicitHeight: 48
+    implicitWidth: Theme.panelWidth
+
+    Flickable {
+        id: strip
+
+        function scrollTo(x: real) {
+            contentX = Math.max(0, Math.min(x, contentWidth - width));
+        }
+
+        anchors.fill: parent
+        boundsBehavior: Flickable.StopAtBounds
+        clip: true
+        contentHeight: height
+        contentWidth: row.width + 2 * Theme.margin
+        flickableDirection: Flickable.HorizontalFlick
+        interactive: false
+
+        Behavior on contentX {
+            enabled: root.draggingPresetID === ""
+
+            NumberAnimation {
+                duration: Theme.animation
+                easing.type: Easing.OutCubic
+            }
+        }
+
+        onContentWidthChanged: scrollTo(contentX)
+
+        Row {
+            id: row
+
+            height: 28
+            spacing: 8
+            x: Theme.margin
+            y: 10
+
+            AutoPresetPill {
+                accent: root.accent
+                isActive: true
+                name: root.nowPlaying.genre
+                visible: root.showsGenre
+            }
+
+            Repeater {
+                model: root.presets
+
+                delegate: PresetSlot {
+                    accent: root.accent
+                    presets: root.presets
+                    strip: root
+                }
+            }
+
+            SymbolButton {
+                anchors.verticalCenter: parent.verticalCenter
+                help: qsTr("Create custom preset")
+                iconSize: 18
+                implicitHeight: 26
+                implicitWidth: 26
+                symbol: "plus-circle"
+
+                onActiveFocusChanged: {
+                    if (activeFocus)
+                        root.reveal(this);
+                }
+                onClicked: {
+                    root.presets.create();
+                    Qt.callLater(() => strip.scrollTo(strip.contentWidth));
+                }
+            }
+        }
+    }
+
+    WheelHandler {
+        acceptedDevices: PointerDevice.Mouse | PointerDevice.TouchPad
+        orientation: Qt.Vertical
+        target: null
+
+        onWheel: event => {
+            const angle = Math.abs(event.angleDelta.x) > Math.abs(event.angleDelta.y) ? event.angleDelta.x : event.angleDelta.y;
+            strip.scrollTo(strip.contentX - (event.pixelDelta.x || event.pixelDelta.y || angle * 0.5));
+        }
+    }
+
+    // What the pointer carries. It is taken by the slots' drop areas.
+    PillBody {
+        id: ghost
+
+        property point hold
+
+        function follow(place: point) {
+            x = Math.max(4, Math.min(place.x - hold.x, root.width - width - 4));
+            y = 10;
+            Drag.hotSpot.x = place.x - x;
+            Drag.hotSpot.y = height / 2;
+        }
+
+        Drag.mimeData: ({
+                "text/plain": root.draggingPresetID
+            })
+        Drag.dragType: Drag.Internal
+        Drag.supportedActions: Qt.MoveAction
+        accent: root.accent
+        opacity: 0.9
+        visible: root.draggingPresetID !== ""
+        z: 1
+    }
+
+    function beginDrag(slot: PresetSlot, hold: point, place: point) {
+        ghost.name = slot.name;
+        ghost.isActive = slot.isActive;
+        ghost.symbol = slot.isCustom ? "sliders-horizontal" : "";
+        ghost.hold = hold;
+        ghost.follow(place);
+        root.draggingPresetID = slot.presetID;
+        ghost.Drag.start();
+    }
+
+    function continueDrag(place: point) {
+        if (draggingPresetID === "")
+            return;
+        ghost.follow(place);
+        edge.pull = place.x < 24 ? -1 : place.x > root.width - 24 ? 1 : 0;
+    }
+
+    function endDrag() {
+        edge.pull = 0;
+        ghost.Drag.drop();
+        root.draggingPresetID = "";
+    }
+
+    // Held near an end the strip goes on by itself.
+    Timer {
+        id: edge
+
+        property int pull: 0
+
+        interval: 16
+        repeat: true
+        running: pull !== 0
+
+        onTriggered: {
+            strip.scrollTo(strip.contentX + 5 * pull);
+            ghost.Drag.hotSpot.x += 0.01 * pull; // so that the drop areas look again
+        }
+    }
+}

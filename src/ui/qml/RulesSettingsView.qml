@@ -1,0 +1,5 @@
+import Halvo
+
+SettingsForm {
+    text: qsTr("Rules editor: Output Device → Preset, Main App → Preset")
+}

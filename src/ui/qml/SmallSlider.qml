@@ -1,0 +1,59 @@
+import QtQuick
+import QtQuick.Templates as T
+import Halvo
+
+// A horizontal slider whose filled part begins at `origin`.
+T.Slider {
+    id: root
+
+    property color accent: Theme.accent
+    property string name
+    property real origin: from
+    readonly property real originPosition: (origin - from) / (to - from)
+
+    signal reset
+
+    Accessible.name: name
+    Keys.onPressed: event => {
+        if (event.key !== Qt.Key_Home)
+            return;
+        event.accepted = true;
+        root.reset();
+    }
+    focusPolicy: Qt.StrongFocus
+    implicitHeight: 20
+
+    background: Rectangle {
+        color: Theme.track
+        height: 4
+        radius: 2
+        width: root.availableWidth
+        x: root.leftPadding
+        y: (root.height - height) / 2
+
+        Rectangle {
+            readonly property real start: Math.min(root.originPosition, root.visualPosition)
+
+            color: root.accent
+            height: 4
+            radius: 2
+            width: Math.abs(root.visualPosition - root.originPosition) * parent.width
+            x: start * parent.width
+        }
+    }
+    handle: Rectangle {
+        border.color: Theme.knobBorder
+        color: Theme.knob
+        height: 14
+        radius: 7
+        width: 14
+        x: root.leftPadding + root.visualPosition * (root.availableWidth - width)
+        y: (root.height - height) / 2
+
+        FocusRing {
+            control: root
+            gap: 1
+            radius: 10
+        }
+    }
+}

@@ -1,0 +1,14 @@
+import QtQuick
+import Halvo
+
+// A line of text from anywhere: never read as markup, cut at its end.
+Text {
+    color: Theme.primary
+    elide: Text.ElideRight
+    font.family: Theme.fontFamily
+    font.pixelSize: Theme.fontSize
+    horizontalAlignment: Text.AlignLeft
+    maximumLineCount: 1
+    textFormat: Text.PlainText
+    verticalAlignment: Text.AlignVCenter
+}

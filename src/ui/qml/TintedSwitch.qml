@@ -1,0 +1,52 @@
+import QtQuick
+import QtQuick.Templates as T
+import Halvo
+
+// A switch in the accent colour.
+T.Switch {
+    id: root
+
+    property color accent: Theme.accent
+
+    Accessible.name: text
+    focusPolicy: Qt.StrongFocus
+    implicitHeight: 20
+    implicitWidth: 34
+
+    indicator: Rectangle {
+        color: root.checked ? root.accent : Theme.track
+        height: 20
+        radius: 10
+        width: 34
+
+        Behavior on color {
+            ColorAnimation {
+                duration: 120
+            }
+        }
+
+        FocusRing {
+            control: root
+            radius: 14
+        }
+
+        Rectangle {
+            border.color: root.checked ? Qt.darker(root.accent, 1.15) : Theme.knobBorder
+            color: Theme.knob
+            height: 16
+            radius: 8
+            width: 16
+            x: 2 + root.visualPosition * 14
+            y: 2
+
+            Behavior on x {
+                enabled: !root.down
+
+                NumberAnimation {
+                    duration: 120
+                    easing.type: Easing.OutCubic
+                }
+            }
+        }
+    }
+}
