@@ -162,8 +162,9 @@ TEST_F(Helper, ALineWithoutEndIsDroppedToItsLineFeed) {
     launcher.say("\n" + line(R"("title":"after")"));
     settle();
     EXPECT_EQ(title(), "after");
-    EXPECT_EQ(takeLog().front(),
-              "Halvo: Failed to parse helper JSON: a line of more than 16777216 bytes");
+    EXPECT_EQ(takeLog(),
+              (Lines{"Halvo: Failed to parse helper JSON: a line of more than 16777216 bytes",
+                     R"(Halvo: Now Playing: "after" by "" [?])"}));
 }
 
 TEST_F(Helper, OfTooManyWaitingLinesTheOldestGo) {
@@ -206,6 +207,12 @@ TEST_F(Helper, ItIsStartedAgainForEver) {
     advance(10s);
     EXPECT_EQ(takeLog(), Lines{});
     EXPECT_EQ(calls.calls().back(), "terminate helper");
+    monitor->startHelperProcess();
+    launcher.exit(0);
+    monitor->stopHelperProcess();
+    takeLog();
+    advance(10s);
+    EXPECT_EQ(takeLog(), Lines{}) << "a restart that was due is off";
 }
 
 TEST_F(Helper, OneThatClosesItsOutputButLivesIsReplaced) {

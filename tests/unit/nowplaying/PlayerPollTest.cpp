@@ -55,6 +55,9 @@ TEST_F(Polls, ArtworkFollowsItsAddress) {
     poll("playing|||1|||A|||L|||1|||http://art/1");
     EXPECT_EQ(takeLog(), Lines{"Halvo: Now Playing (AppleScript): \"1\" by \"A\" "
                                "[com.spotify.client]"});
+    poll("playing|||1|||A|||L|||1|||http://art/other");
+    EXPECT_EQ(takeLog(), Lines{}) << "the same track's address is not looked at";
+    EXPECT_EQ(session.requests.size(), 1U);
     session.answer(HTTPResponse{200, "image 1"});
     settle();
     EXPECT_TRUE(hasArtwork());
@@ -66,7 +69,8 @@ TEST_F(Polls, ArtworkFollowsItsAddress) {
     poll("playing|||3|||A|||L|||1");
     EXPECT_FALSE(hasArtwork());
     poll("playing|||4|||A|||L|||1|||not an address");
-    EXPECT_EQ(session.requests.size(), 2U);
+    poll("STOPPED", "playing|||4|||A|||L|||1|||http://art/4");
+    EXPECT_EQ(session.requests.size(), 2U) << "the other player is not asked for one";
     poll("playing|||5|||A|||L|||1|||http://art/5");
     poll("STOPPED", "STOPPED");
     poll("playing|||6|||A|||L|||1|||http://art/5");
