@@ -39,6 +39,8 @@ void AppDelegate::applicationDidFinishLaunching() {
     platform_.terminationSignal.install(&AppDelegate::handleTermination);
     startNowPlaying();
     (void)autoGenreController(); // it observes from now on
+    setupStatusItem();
+    setupPanel();
     checkDriver();
     deviceManager_.refreshDevices();
     deviceManager_.installDefaultDeviceListener();
@@ -59,6 +61,7 @@ void AppDelegate::applicationWillTerminate() {
     // Before the first write, or giving the default back would be taken for a person's choice.
     platform_.audioHardware.silenceListeners();
     cancellables_.clear();
+    removePanel();
     giveOutputBack();
     SavedSession::clear(platform_.userDefaults);
     nowPlayingMonitor_.stopHelperProcess();

@@ -5,6 +5,7 @@
 #include "app/StatusEQView.h"
 #include "audio/AudioEngine.h"
 #include "audio/SpectrumData.h"
+#include "base/Lifetime.h"
 #include "base/Subscription.h"
 #include "devices/DeviceManager.h"
 #include "devices/DriverInstaller.h"
@@ -13,6 +14,8 @@
 #include "nowplaying/LastFMClient.h"
 #include "nowplaying/NowPlayingMonitor.h"
 #include "nowplaying/SpotifyClient.h"
+#include "platform/MainQueue.h"
+#include "platform/PanelWindow.h"
 #include "platform/Platform.h"
 #include "presets/PresetManager.h"
 #include "settings/AppSettings.h"
@@ -62,6 +65,18 @@ class AppDelegate : public std::enable_shared_from_this<AppDelegate> {
     void giveOutputBack();
     static void restoreVolumeStatic(AudioHardware& hardware, const std::string& uid, float volume);
     static void handleTermination(AudioHardware& hardware, const UserDefaults& defaults);
+
+    // The item and the panel that hangs from it: AppDelegatePanel.cpp.
+    void setupStatusItem();
+    void setupPanel();
+    void togglePopover();
+    void showPanel();
+    void resizePanel(PanelMove move);
+    void hidePanel();
+    void handlePress(std::optional<ScreenPoint> place);
+    bool isPressThatClosed() const;
+    void removeEventMonitor();
+    void removePanel();
 
     // The engine and what drives it: AppDelegateEngine.cpp.
     void setupAudioEngine();
@@ -118,6 +133,15 @@ class AppDelegate : public std::enable_shared_from_this<AppDelegate> {
     std::optional<AudioDeviceID> monitoredDevice_; ///< the virtual device whose volume is followed
     bool recoveryScheduled_ = false;
 
+    /// The outside press that closed the panel: the same press may click the item next.
+    struct ClosingPress {
+        std::optional<ScreenPoint> place;
+        MainQueue::Duration time;
+    };
+    std::optional<ClosingPress> closingPress_;
+    Lifetime lifetime_;
+
+    Subscription eventMonitor_;
     std::vector<Subscription> cancellables_; // last: the handlers die first
 };
 

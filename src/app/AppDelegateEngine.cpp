@@ -48,7 +48,7 @@ void AppDelegate::connectMeters() {
     meter.onWaveformUpdate = [weak](const auto& history) {
         const auto delegate = weak.lock();
         if (!delegate) return;
-        delegate->statusView_.waveformSamples = history;
+        delegate->statusView_.waveformSamples.assign(history.begin(), history.end());
         delegate->statusView_.setNeedsDisplay();
     };
     meter.onLevelUpdate = [weak](float level) {

@@ -1,11 +1,13 @@
 #pragma once
 
 #include "audio/AudioMeter.h"
+#include "platform/ScreenRect.h"
+#include "platform/StatusPicture.h"
 #include "settings/Color.h"
 
 #include <functional>
 #include <optional>
-#include <utility>
+#include <vector>
 
 namespace halvo {
 
@@ -16,7 +18,7 @@ class StatusEQView {
     using Accent = std::optional<Color>;
 
     float level = 0; ///< the last level of the meter; kept, not drawn
-    AudioMeter::History waveformSamples{};
+    std::vector<float> waveformSamples = std::vector<float>(AudioMeter::kHistoryLength);
     bool isIORunning = false;
     bool showActiveWaveform = true;
     /// Absent: the colour of the system's labels.
@@ -27,6 +29,12 @@ class StatusEQView {
         if (onNeedsDisplay) onNeedsDisplay();
     }
     std::function<void()> onNeedsDisplay;
+
+    /// The amplitude envelope while sound flows and it is wanted, else the idle waveform.
+    StatusPicture draw(ScreenSize size) const;
+
+  private:
+    StatusPicture drawAmplitudeEnvelope(ScreenSize size) const;
 };
 
 } // namespace halvo

@@ -24,6 +24,8 @@ class ScriptRunner;
 class ImageReader;
 class MediaHelper;
 class UnicodeText;
+class StatusItem;
+class PanelWindow;
 
 /// Everything that the system asks of the machine, in one bundle. Each service lives as long as
 /// the bundle's owner and outlives the application delegate.
@@ -48,6 +50,8 @@ struct Platform {
     ImageReader& imageReader;
     MediaHelper& mediaHelper;
     UnicodeText& unicodeText;
+    StatusItem& statusItem;
+    PanelWindow& panelWindow;
 };
 
 } // namespace halvo

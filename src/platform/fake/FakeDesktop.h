@@ -4,46 +4,74 @@
 #include "platform/StatusItem.h"
 
 #include <functional>
+#include <optional>
 #include <utility>
 
 namespace halvo {
 
-/// An item that the test clicks.
+/// An item in a bar at the top of the screen that the test clicks.
 class FakeStatusItem final : public StatusItem {
   public:
-    void show(double shownLength, std::function<void()> clicked) override {
+    void show(double shownLength, Draw drawn, std::function<void()> clicked) override {
         length = shownLength;
+        draw = std::move(drawn);
         action = std::move(clicked);
     }
-    ScreenRect frame() const override { return place; }
+    void hide() override {
+        draw = nullptr;
+        action = nullptr;
+    }
+    std::optional<ScreenRect> frame() const override { return place; }
     void setNeedsDisplay() override { ++redraws; }
 
     double length = 0;
+    Draw draw;
     std::function<void()> action;
-    ScreenRect place{100, 1058, 30, 22};
+    std::optional<ScreenRect> place = ScreenRect{100, 1, 30, 22};
     int redraws = 0;
 };
 
-/// A window without a screen; the test presses beside it.
+/// A window without content on a screen of 1920 by 1080 with a bar of 24 points at the top.
 class FakePanelWindow final : public PanelWindow {
   public:
+    void setContent(const PopoverServices& /*services*/, std::function<void()> changed) override {
+        onSizeChange = std::move(changed);
+    }
+    void removeContent() override {
+        visible = false;
+        onSizeChange = nullptr;
+    }
+    ScreenSize fittingSize() override { return content; }
+    ScreenArea screenAt(ScreenPoint /*place*/) const override { return screen; }
     bool isVisible() const override { return visible; }
-    void orderFront() override { visible = true; }
+    void orderFront(PanelStyle wanted) override {
+        style = wanted;
+        visible = true;
+    }
     void orderOut() override { visible = false; }
     ScreenRect frame() const override { return place; }
     void setFrame(const ScreenRect& frame, PanelMove move) override {
         place = frame;
         lastMove = move;
     }
-    Subscription monitorOutsidePresses(std::function<void(double, double)> handler) override {
+    Subscription
+    monitorOutsidePresses(std::function<void(std::optional<ScreenPoint>)> handler) override {
         pressed = std::move(handler);
         return Subscription([this] { pressed = nullptr; });
     }
 
+    void press(std::optional<ScreenPoint> at) {
+        if (const auto handler = pressed) handler(at); // it may end its own monitor
+    }
+
+    std::function<void()> onSizeChange;
+    ScreenSize content{320, 200};
+    ScreenArea screen{{0, 0, 1920, 1080}, {0, 24, 1920, 1056}};
     bool visible = false;
-    ScreenRect place{0, 0, 340, 400};
+    PanelStyle style = PanelStyle::hanging;
+    ScreenRect place;
     PanelMove lastMove = PanelMove::immediate;
-    std::function<void(double, double)> pressed; ///< set while somebody monitors
+    std::function<void(std::optional<ScreenPoint>)> pressed; ///< set while somebody monitors
 };
 
 } // namespace halvo

@@ -2,6 +2,7 @@
 
 #include "platform/Platform.h"
 #include "platform/fake/FakeAudioHardware.h"
+#include "platform/fake/FakeDesktop.h"
 #include "platform/fake/FakeMainQueue.h"
 #include "platform/fake/FakeOutputUnit.h"
 #include "platform/fake/FakeProcesses.h"
@@ -35,6 +36,8 @@ struct FakePlatform {
     FakeImageReader imageReader;
     FakeMediaHelper mediaHelper;
     FakeUnicodeText unicodeText;
+    FakeStatusItem statusItem;
+    FakePanelWindow panelWindow;
 
     /// Pending work may hold what uses the other fakes.
     ~FakePlatform() { mainQueue.discard(); }
@@ -61,7 +64,9 @@ struct FakePlatform {
                 .scriptRunner = scriptRunner,
                 .imageReader = imageReader,
                 .mediaHelper = mediaHelper,
-                .unicodeText = unicodeText};
+                .unicodeText = unicodeText,
+                .statusItem = statusItem,
+                .panelWindow = panelWindow};
     }
 };
 

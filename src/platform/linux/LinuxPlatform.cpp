@@ -1,8 +1,12 @@
 #include "platform/linux/LinuxPlatform.h"
 
+#include "nowplaying/TagService.h"
+
 #include <QCoreApplication>
 
 #include <chrono>
+#include <cstdlib>
+#include <string>
 #include <utility>
 
 namespace halvo {
@@ -15,6 +19,19 @@ using std::chrono::milliseconds;
 constexpr milliseconds kLongestStart{2000};
 /// The connection for SIGTERM was made long ago; this only covers a signal right at the start.
 constexpr milliseconds kLongestSignalWait{100};
+
+/// Tests and the demonstration bring a tag service of their own: HALVO_TAG_SERVICE, an address such
+/// as http://127.0.0.1:4711.
+std::string otherTagService() {
+    const char* address = std::getenv("HALVO_TAG_SERVICE");
+    return address != nullptr ? address : "";
+}
+
+/// Scheme and host of the tag service.
+std::string tagServiceOrigin() {
+    const auto address = tagServiceAddress("");
+    return address.substr(0, address.find('/', address.find("//") + 2));
+}
 
 /// What LoudnessGuard changed and has to give back; beside the user defaults.
 std::filesystem::path raisedDevicesPath() {
@@ -46,8 +63,8 @@ LinuxPlatform::LinuxPlatform(std::unique_ptr<Desktop> desktop, Connection connec
     : desktop_(std::move(desktop)), userDefaults_(JsonUserDefaults::standardPath(), systemLog_),
       driverInstallation_(QCoreApplication::applicationDirPath().toStdString()),
       mediaHelper_(QCoreApplication::applicationDirPath().toStdString()),
-      connection_(std::move(connection)), serverReport_(*connection_, mainQueue_, systemLog_),
-      server_(*connection_, mainQueue_),
+      httpSession_(tagServiceOrigin(), otherTagService()), connection_(std::move(connection)),
+      serverReport_(*connection_, mainQueue_, systemLog_), server_(*connection_, mainQueue_),
       audioHardware_(server_, gate_, mainQueue_, systemLog_, raisedDevicesPath()),
       outputUnits_(*connection_, gate_, [this](bool flows) { mainQueue_.setQuiet(!flows); }),
       signalConnection_(std::move(signalConnection)), signalServer_(*signalConnection_, mainQueue_),
@@ -81,7 +98,9 @@ Platform LinuxPlatform::platform() {
             .scriptRunner = scriptRunner_,
             .imageReader = imageReader_,
             .mediaHelper = mediaHelper_,
-            .unicodeText = unicodeText_};
+            .unicodeText = unicodeText_,
+            .statusItem = statusItem_,
+            .panelWindow = panelWindow_};
 }
 
 } // namespace halvo

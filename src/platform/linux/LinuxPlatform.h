@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/NoDesktop.h"
 #include "platform/PlatformFactory.h"
 #include "platform/linux/ApplicationService.h"
 #include "platform/linux/JsonUserDefaults.h"
@@ -73,6 +74,8 @@ class LinuxPlatform final : public PlatformHost {
     LinuxDriverInstallation driverInstallation_;
     LinuxSharedMemory sharedMemory_;
     StatusService statusService_;
+    NoStatusItem statusItem_;
+    NoPanelWindow panelWindow_;
 
     QtUnicodeText unicodeText_;
     LinuxMediaHelper mediaHelper_;

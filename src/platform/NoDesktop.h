@@ -1,0 +1,36 @@
+#pragma once
+
+#include "platform/PanelWindow.h"
+#include "platform/StatusItem.h"
+
+namespace halvo {
+
+/// The status item of a session without a screen: there is none.
+class NoStatusItem final : public StatusItem {
+  public:
+    void show(double /*length*/, Draw /*draw*/, std::function<void()> /*action*/) override {}
+    void hide() override {}
+    std::optional<ScreenRect> frame() const override { return std::nullopt; }
+    void setNeedsDisplay() override {}
+};
+
+/// The panel of a session without a screen: nobody can open it.
+class NoPanelWindow final : public PanelWindow {
+  public:
+    void setContent(const PopoverServices& /*services*/,
+                    std::function<void()> /*onSizeChange*/) override {}
+    void removeContent() override {}
+    ScreenSize fittingSize() override { return {}; }
+    ScreenArea screenAt(ScreenPoint /*place*/) const override { return {}; }
+    bool isVisible() const override { return false; }
+    void orderFront(PanelStyle /*style*/) override {}
+    void orderOut() override {}
+    ScreenRect frame() const override { return {}; }
+    void setFrame(const ScreenRect& /*frame*/, PanelMove /*move*/) override {}
+    Subscription
+    monitorOutsidePresses(std::function<void(std::optional<ScreenPoint>)> /*pressed*/) override {
+        return {};
+    }
+};
+
+} // namespace halvo
