@@ -8,7 +8,8 @@
 
 namespace halvo {
 
-QtHTTPSession::QtHTTPSession() = default;
+QtHTTPSession::QtHTTPSession(std::string origin, std::string replacement)
+    : origin_(std::move(origin)), replacement_(std::move(replacement)) {}
 
 QtHTTPSession::~QtHTTPSession() {
     thread_.quit();
@@ -29,9 +30,13 @@ void QtHTTPSession::get(const HTTPRequest& request, Completion completion) {
             [completion, answer = std::move(answer)]() mutable { completion(std::move(answer)); },
             Qt::QueuedConnection);
     };
+    HTTPRequest sent = request;
+    if (!replacement_.empty() && sent.url.starts_with(origin_)) {
+        sent.url.replace(0, origin_.size(), replacement_);
+    }
     QMetaObject::invokeMethod(
         worker_,
-        [worker = worker_, request, deliver = std::move(deliver)]() mutable {
+        [worker = worker_, request = std::move(sent), deliver = std::move(deliver)]() mutable {
             worker->start(request, std::move(deliver));
         },
         Qt::QueuedConnection);

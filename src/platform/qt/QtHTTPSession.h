@@ -5,7 +5,7 @@
 #include <QObject>
 #include <QThread>
 
-#include <memory>
+#include <string>
 
 namespace halvo {
 
@@ -16,12 +16,15 @@ class HTTPWorker;
 /// exists before the first request. A request that is under way when this goes never completes.
 class QtHTTPSession final : public HTTPSession {
   public:
-    QtHTTPSession();
+    /// Addresses that begin with `origin` are asked at `replacement` instead; neither, if empty.
+    explicit QtHTTPSession(std::string origin = {}, std::string replacement = {});
     ~QtHTTPSession() override;
 
     void get(const HTTPRequest& request, Completion completion) override;
 
   private:
+    std::string origin_;
+    std::string replacement_;
     QObject context_; ///< where completions run; they end with it
     QThread thread_;
     HTTPWorker* worker_ = nullptr; ///< lives on the thread and ends with it
