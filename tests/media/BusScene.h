@@ -1,0 +1,81 @@
+#pragma once
+
+#include "media/ScriptedPlayer.h"
+#include "platform/linux/SpawnedChild.h"
+#include "session/Janitor.h"
+#include "session/SpawnedProgram.h"
+
+#include <nlohmann/json_fwd.hpp>
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace halvo::test {
+
+/// Where the helper's lines arrive: a helper on a pipe, as the application starts it.
+class HelperRun {
+  public:
+    HelperRun();
+    ~HelperRun();
+    HelperRun(const HelperRun&) = delete;
+    HelperRun& operator=(const HelperRun&) = delete;
+
+    int pid() const { return child_->pid(); }
+    /// The payloads of all lines so far; a line of another form is a failure of the test.
+    const std::vector<nlohmann::json>& payloads();
+    nlohmann::json last();
+    /// Waits until the newest payload has these fields, whatever others it has.
+    bool shows(const nlohmann::json& fields);
+    /// The reader goes away; the exit status if the helper ends in time.
+    std::optional<int> leave(std::chrono::milliseconds deadline);
+    std::optional<int> wait(std::chrono::milliseconds deadline) { return child_->wait(deadline); }
+
+  private:
+    std::optional<SpawnedChild> child_;
+    FileDescriptor output_;
+    std::string partial_;
+    std::vector<nlohmann::json> payloads_;
+};
+
+/// A session bus of its own, which this process and what it starts use, and players on it.
+class BusScene {
+  public:
+    using Metadata = media::ScriptedPlayer::Metadata;
+
+    enum class Bus { running, later };
+    explicit BusScene(Bus bus = Bus::running);
+    ~BusScene();
+    BusScene(const BusScene&) = delete;
+    BusScene& operator=(const BusScene&) = delete;
+
+    void startBus();
+    void stopBus() { bus_.reset(); }
+    std::string busAddress() const { return "unix:path=" + directory_ + "/run/bus"; }
+    const std::string& directory() const { return directory_; }
+
+    std::unique_ptr<media::ScriptedPlayer> player(const std::string& name);
+    /// A player that says this about itself.
+    std::unique_ptr<media::ScriptedPlayer> player(const std::string& name,
+                                                  const std::string& status, Metadata metadata);
+    std::unique_ptr<session::SpawnedProgram> spawn(const std::vector<std::string>& arguments);
+    /// The helper with a command word, to its end; its exit status.
+    int command(const std::string& word);
+    /// A file with these bytes in the scene's folder; its path.
+    std::string file(const std::string& name, const std::string& bytes) const;
+
+  private:
+    std::string directory_;
+    std::vector<std::string> environment_;
+    std::vector<std::pair<std::string, std::optional<std::string>>> outer_; ///< this process's own
+    std::unique_ptr<session::Janitor> janitor_;
+    std::unique_ptr<session::SpawnedProgram> bus_;
+};
+
+/// Polls until the condition holds; false after ten seconds.
+bool waitFor(const std::function<bool()>& condition);
+
+} // namespace halvo::test

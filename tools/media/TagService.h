@@ -1,0 +1,79 @@
+#pragma once
+
+#include <QString>
+#include <QThread>
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <utility>
+#include <vector>
+
+class QTcpServer;
+class QTcpSocket;
+
+namespace halvo::media {
+
+/// A tag service on this machine's loopback, over real HTTP, that behaves as it is told. It serves
+/// on a thread of its own. Any thread; needs an application object.
+class TagService {
+  public:
+    using Tags = std::vector<std::pair<std::string, int>>;
+
+    enum class Behaviour {
+        answers,
+        countsAsText,
+        errorInside, ///< status 200, and an error in the answer
+        page,        ///< status 200, and a page of HTML
+        serverError,
+        tooLarge, ///< 10 MB
+        drips,    ///< a byte every 100 ms, for ever
+        hangs,    ///< takes the request and says nothing
+    };
+
+    /// Files of a certificate and its key; it speaks TLS then.
+    struct Identity {
+        std::string certificateFile;
+        std::string keyFile;
+    };
+
+    TagService() : TagService(Identity()) {}
+    explicit TagService(const Identity& identity);
+    ~TagService();
+    TagService(const TagService&) = delete;
+    TagService& operator=(const TagService&) = delete;
+
+    /// "http://127.0.0.1:4711", or with https; empty when it cannot listen.
+    std::string address() const;
+    void setBehaviour(Behaviour behaviour);
+    /// The answer for an artist; others have no tags.
+    void setTags(const std::string& artist, Tags tags);
+    /// What another path holds, such as a cover.
+    void setContent(const std::string& path, std::string bytes);
+
+    struct Request {
+        std::string target; ///< path and query as they came
+        std::string userAgent;
+    };
+    std::vector<Request> requests() const;
+
+  private:
+    void take(QTcpSocket& socket);
+    std::string answerFor(const std::string& target) const;
+    void respond(QTcpSocket& socket, const std::string& target) const;
+
+    mutable std::mutex mutex_; ///< for what stands up to the thread
+    Behaviour behaviour_ = Behaviour::answers;
+    std::map<std::string, Tags> tags_;
+    std::map<std::string, std::string> contents_;
+    std::vector<Request> requests_;
+
+    QThread thread_;
+    QTcpServer* server_ = nullptr; ///< lives on the thread and ends with it
+    std::uint16_t port_ = 0;
+    bool isSecure_;
+};
+
+} // namespace halvo::media
