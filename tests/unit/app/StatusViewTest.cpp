@@ -1,8 +1,78 @@
 #include "unit/app/AppDelegateFixture.h"
 
+#include <cmath>
+
 namespace halvo {
 
 using StatusView = AppDelegateTest;
+using Kind = StatusPicture::Kind;
+
+TEST(StatusPictures, TheEnvelopeOfTwentySamplesInAnItemOf30By22) {
+    struct Row {
+        const char* name;
+        float sample;
+        double halfLength;
+    };
+    const Row rows[] = {{"silence is a dot, not a gap", 0.0F, 0.5},
+                        {"a trace", 0.001F, 0.5},
+                        {"half", 0.0625F, 4},
+                        {"full", 0.125F, 8},
+                        {"beyond full", 0.2F, 8},
+                        {"no number", NAN, 0.5},
+                        {"endless", INFINITY, 8}};
+    StatusEQView view;
+    view.isIORunning = true;
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        view.waveformSamples.assign(20, row.sample);
+        const auto picture = view.draw({30, 22});
+        ASSERT_EQ(picture.bars.size(), 20U);
+        EXPECT_EQ(picture.kind, Kind::envelope);
+        EXPECT_EQ(picture.lineWidth, 1);
+        EXPECT_NEAR(picture.bars.front().x, 2.65, 1e-12);
+        EXPECT_NEAR(picture.bars.back().x, 27.35, 1e-12);
+        EXPECT_EQ(picture.bars[7].top, 11 - row.halfLength);
+        EXPECT_EQ(picture.bars[7].bottom, 11 + row.halfLength);
+    }
+    view.waveformSamples.assign(2, 0.125F);
+    EXPECT_EQ(view.draw({30, 22}).lineWidth, 12) << "wide steps have wide bars";
+}
+
+TEST(StatusPictures, WhatIsDrawnWhen) {
+    struct Row {
+        const char* name;
+        bool running;
+        bool wanted;
+        std::size_t samples;
+        Kind kind;
+    };
+    const Row rows[] = {
+        {"live", true, true, 20, Kind::envelope},
+        {"two samples", true, true, 2, Kind::envelope},
+        {"fewer draw nothing, not even the idle image", true, true, 1, Kind::nothing},
+        {"none", true, true, 0, Kind::nothing},
+        {"not wanted", true, false, 20, Kind::idle},
+        {"at rest", false, true, 20, Kind::idle},
+        {"at rest without samples", false, true, 0, Kind::idle}};
+    for (const auto& row : rows) {
+        StatusEQView view;
+        view.isIORunning = row.running;
+        view.showActiveWaveform = row.wanted;
+        view.waveformSamples.resize(row.samples);
+        EXPECT_EQ(view.draw({30, 22}).kind, row.kind) << row.name;
+    }
+}
+
+TEST_F(StatusView, ALevelAloneAsksForNoRedraw) {
+    launchWithDriver();
+    fake.statusItem.redraws = 0;
+    delegate->audioEngine().meter().onLevelUpdate(0.5F);
+    EXPECT_EQ(delegate->statusView().level, 0.5F);
+    EXPECT_EQ(fake.statusItem.redraws, 0);
+    delegate->audioEngine().meter().onWaveformUpdate({0.125F});
+    EXPECT_EQ(fake.statusItem.redraws, 1);
+    EXPECT_EQ(fake.statusItem.draw({30, 22}).bars.front().top, 3);
+}
 
 TEST_F(StatusView, ShowsWhatThePlayedSoundIsLike) {
     launchWithDriver();
