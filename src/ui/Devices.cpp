@@ -31,12 +31,14 @@ int Devices::selectedIndex() const {
 }
 
 QString Devices::selectedName() const {
-    return nameAt(selectedIndex());
+    return names().value(selectedIndex());
 }
 
-QString Devices::nameAt(int index) const {
-    if (index < 0 || index >= rowCount()) return {};
-    return toQt(rows()[static_cast<std::size_t>(index)].name);
+QStringList Devices::names() const {
+    QStringList list;
+    for (const auto& device : rows())
+        list.push_back(toQt(device.name));
+    return list;
 }
 
 void Devices::select(int index) {

@@ -5,6 +5,7 @@
 #include "ui/RowsModel.h"
 
 #include <QString>
+#include <QStringList>
 #include <QtQml/qqmlregistration.h>
 
 namespace halvo {
@@ -23,6 +24,7 @@ class Devices : public RowsModel<DeviceRow> {
     QML_ELEMENT
     QML_UNCREATABLE("Made by the panel")
     Q_PROPERTY(int count READ count NOTIFY listChanged FINAL)
+    Q_PROPERTY(QStringList names READ names NOTIFY listChanged FINAL)
     Q_PROPERTY(int selectedIndex READ selectedIndex NOTIFY selectionChanged FINAL)
     Q_PROPERTY(QString selectedName READ selectedName NOTIFY selectionChanged FINAL)
 
@@ -33,11 +35,11 @@ class Devices : public RowsModel<DeviceRow> {
     QHash<int, QByteArray> roleNames() const override;
 
     int count() const { return rowCount(); }
+    QStringList names() const;
     /// −1 when the selected device is not among those offered.
     int selectedIndex() const;
     QString selectedName() const;
 
-    Q_INVOKABLE QString nameAt(int index) const;
     Q_INVOKABLE void select(int index);
 
   Q_SIGNALS:

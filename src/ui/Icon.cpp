@@ -27,6 +27,7 @@ void Icon::setSize(qreal size) {
 }
 
 QImage Icon::picture(QSize pixels, qreal) {
+    if (name_.isEmpty()) return {};
     QString file = QStringLiteral(":/halvo/icons/%1.svg").arg(name_);
     if (!QFile::exists(file)) file = QStringLiteral(":/halvo/%1.svg").arg(name_);
     QSvgRenderer drawing(file);

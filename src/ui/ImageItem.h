@@ -2,12 +2,14 @@
 
 #include <QImage>
 #include <QQuickItem>
+#include <QtQml/qqmlregistration.h>
 
 namespace halvo {
 
 /// Shows a picture that is drawn to the screen's own pixels, so it is sharp at every scale.
 class ImageItem : public QQuickItem {
     Q_OBJECT
+    QML_ANONYMOUS
 
   public:
     explicit ImageItem(QQuickItem* parent = nullptr);

@@ -41,9 +41,14 @@ bool NowPlaying::playing() const {
     return monitor_.isPlaying.get();
 }
 
-QImage NowPlaying::artwork() const {
+bool NowPlaying::hasArtwork() const {
     const auto& image = monitor_.artworkImage.get();
-    if (!image || !image->pixels) return {};
+    return image && image->pixels && image->width > 0 && image->height > 0;
+}
+
+QImage NowPlaying::artwork() const {
+    if (!hasArtwork()) return {};
+    const auto& image = monitor_.artworkImage.get();
     const QImage shared(reinterpret_cast<const uchar*>(image->pixels->data()), image->width,
                         image->height, image->width * 4, QImage::Format_ARGB32_Premultiplied);
     return shared.copy();

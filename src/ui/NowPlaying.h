@@ -24,6 +24,7 @@ class NowPlaying : public QObject {
     Q_PROPERTY(QString title READ title NOTIFY trackChanged FINAL)
     Q_PROPERTY(QString artist READ artist NOTIFY trackChanged FINAL)
     Q_PROPERTY(bool playing READ playing NOTIFY playingChanged FINAL)
+    Q_PROPERTY(bool hasArtwork READ hasArtwork NOTIFY artworkChanged FINAL)
     Q_PROPERTY(QImage artwork READ artwork NOTIFY artworkChanged FINAL)
     Q_PROPERTY(bool automatic READ automatic WRITE setAutomatic NOTIFY automaticChanged FINAL)
     Q_PROPERTY(bool noticeDue READ noticeDue NOTIFY automaticChanged FINAL)
@@ -39,6 +40,7 @@ class NowPlaying : public QObject {
     QString title() const;
     QString artist() const; ///< empty when unknown
     bool playing() const;
+    bool hasArtwork() const;
     QImage artwork() const; ///< null when there is none
 
     bool automatic() const;

@@ -64,6 +64,7 @@ PanelContent::~PanelContent() = default;
 
 void PanelContent::prepareRenderer() {
     QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+    QQuickWindow::setDefaultAlphaBuffer(true); // rounded corners show what is behind them
 }
 
 void PanelContent::makeViews() {

@@ -23,7 +23,6 @@ Flow {
 
         onClicked: root.settings.accentHex = "native"
     }
-
     Repeater {
         model: root.settings.palette
 
@@ -37,17 +36,24 @@ Flow {
             onClicked: root.settings.accentHex = modelData.hex
         }
     }
-
     Repeater {
         model: root.settings.customColors
 
         delegate: CustomColorCircle {
+            id: circle
             colors: root.settings.customColors
-            row: root
+            draggingCustomID: root.draggingCustomID
+            menu: colorMenu
             settings: root.settings
+
+            onDragBegan: root.draggingCustomID = colorID
+            onDragEnded: root.draggingCustomID = ""
+            onMenuRequested: (x, y, index) => {
+                colorMenu.colorID = colorID;
+                colorMenu.openAtItem(circle, x, y, index);
+            }
         }
     }
-
     SymbolButton {
         help: qsTr("Add custom color")
         iconSize: 14
@@ -56,5 +62,15 @@ Flow {
         tint: Qt.alpha(Theme.primary, 0.4)
 
         onClicked: root.addRequested()
+    }
+    MenuWindow {
+        id: colorMenu
+
+        property string colorID: ""
+
+        owner: root
+        texts: [qsTr("Delete")]
+
+        onTriggered: root.settings.customColors.remove(colorID)
     }
 }

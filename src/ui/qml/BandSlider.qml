@@ -7,22 +7,21 @@ T.Control {
     id: root
 
     property color accent: Theme.accent
+    readonly property color barColor: gain > 0 ? accent : gain < 0 ? Theme.negative : Theme.neutral
     required property real gain
+    readonly property real knobY: trackHeight * (0.5 - gain / (2 * maxGain))
     required property string label
     property real maxGain: 20
-    required property real spectrumLevel
-    property real trackHeight: 150
-
-    readonly property color barColor: gain > 0 ? accent : gain < 0 ? Theme.negative : Theme.neutral
-    readonly property real knobY: trackHeight * (0.5 - gain / (2 * maxGain))
 
     // For screen readers.
     readonly property real maximumValue: maxGain
     readonly property real minimumValue: -maxGain
+    required property real spectrumLevel
     readonly property real stepSize: 0.5
+    property real trackHeight: 150
     property real value: gain
 
-    signal gainRequested(gain: real)
+    signal gainRequested(real gain)
 
     function step(by: real) {
         root.gainRequested(Math.max(-maxGain, Math.min(gain + by, maxGain)));
@@ -30,6 +29,12 @@ T.Control {
 
     Accessible.name: qsTr("%1 Hz").arg(label)
     Accessible.role: Accessible.Slider
+    focusPolicy: Qt.StrongFocus
+    implicitHeight: trackHeight + 20
+    implicitWidth: 27
+
+    Accessible.onDecreaseAction: step(-stepSize)
+    Accessible.onIncreaseAction: step(stepSize)
     Keys.onDownPressed: step(-stepSize)
     Keys.onLeftPressed: step(-stepSize)
     Keys.onPressed: event => {
@@ -40,12 +45,6 @@ T.Control {
     }
     Keys.onRightPressed: step(stepSize)
     Keys.onUpPressed: step(stepSize)
-    focusPolicy: Qt.StrongFocus
-    implicitHeight: trackHeight + 20
-    implicitWidth: 27
-
-    Accessible.onDecreaseAction: step(-stepSize)
-    Accessible.onIncreaseAction: step(stepSize)
 
     SpectrumBar {
         color: Theme.spectrum
@@ -54,7 +53,6 @@ T.Control {
         width: 20
         x: (root.width - width) / 2
     }
-
     Rectangle {
         color: Theme.track
         height: root.trackHeight
@@ -62,7 +60,6 @@ T.Control {
         width: 4
         x: (root.width - width) / 2
     }
-
     Rectangle {
         readonly property real middle: root.trackHeight / 2
 
@@ -73,10 +70,8 @@ T.Control {
         x: (root.width - width) / 2
         y: Math.min(root.knobY, middle)
     }
-
     Rectangle {
         id: knob
-
         border.color: Theme.knobBorder
         color: Theme.knob
         height: 14
@@ -92,14 +87,12 @@ T.Control {
             radius: 3
             width: 6
         }
-
         FocusRing {
             control: root
             gap: 1
             radius: 10
         }
     }
-
     TextLabel {
         color: Theme.secondary
         font.pixelSize: 10
@@ -108,8 +101,8 @@ T.Control {
         width: root.width
         y: root.trackHeight + 6
     }
-
     Rectangle {
+        border.color: Theme.border
         color: Theme.menu
         height: 18
         radius: 4
@@ -118,18 +111,14 @@ T.Control {
         x: (root.width - width) / 2
         y: knob.y > 24 ? knob.y - 22 : knob.y + 18
 
-        border.color: Theme.border
-
         TextLabel {
             id: reading
-
             anchors.centerIn: parent
             font.pixelSize: 10
             font.weight: Font.Medium
             text: Display.gainText(root.gain)
         }
     }
-
     MouseArea {
         id: mouse
 
@@ -157,7 +146,6 @@ T.Control {
             drag(event.y);
         }
     }
-
     Binding {
         property: "z"
         target: root

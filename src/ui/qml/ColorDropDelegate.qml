@@ -6,17 +6,19 @@ DropArea {
     id: root
 
     required property CustomColors colors
-    required property AccentColors row
+    required property string draggingCustomID
     required property string targetID
+
+    signal taken
 
     anchors.fill: parent
 
     onDropped: drop => {
-        root.row.draggingCustomID = "";
+        root.taken();
         drop.accept(Qt.MoveAction);
     }
     onEntered: drag => {
-        const dragged = root.row.draggingCustomID;
+        const dragged = draggingCustomID;
         drag.accept(Qt.MoveAction);
         if (dragged !== "" && dragged !== targetID)
             root.colors.moveOnto(dragged, targetID);

@@ -9,7 +9,7 @@ Item {
     property alias newColorHex: field.text
     property color pickerColor: Qt.hsva(hueStrip.hue, plane.saturation, plane.brightness, 1)
 
-    signal confirmed(typed: string)
+    signal confirmed(string typed)
 
     function takePicked() {
         const digits = Display.hexDigits(pickerColor);
@@ -17,7 +17,7 @@ Item {
             newColorHex = digits;
     }
 
-    implicitHeight: 128
+    implicitHeight: 118
     implicitWidth: Theme.panelWidth
 
     ColorPlane {
@@ -34,6 +34,13 @@ Item {
 
         Accessible.name: qsTr("Saturation and brightness")
         Accessible.role: Accessible.Slider
+        activeFocusOnTab: true
+        height: 64
+        hue: hueStrip.hue
+        width: Theme.panelWidth - 2 * Theme.margin
+        x: Theme.margin
+        y: 12
+
         Keys.onPressed: event => {
             const across = event.key === Qt.Key_Right ? 0.02 : event.key === Qt.Key_Left ? -0.02 : 0;
             const up = event.key === Qt.Key_Up ? 0.02 : event.key === Qt.Key_Down ? -0.02 : 0;
@@ -42,12 +49,6 @@ Item {
             event.accepted = true;
             pick((saturation + across) * width, (1 - brightness - up) * height);
         }
-        activeFocusOnTab: true
-        height: 64
-        hue: hueStrip.hue
-        width: Theme.panelWidth - 2 * Theme.margin
-        x: Theme.margin
-        y: 12
 
         Rectangle {
             border.color: "#FFFFFF"
@@ -59,7 +60,6 @@ Item {
             x: plane.saturation * plane.width - 7
             y: (1 - plane.brightness) * plane.height - 7
         }
-
         Rectangle {
             anchors.fill: parent
             anchors.margins: -3
@@ -69,7 +69,6 @@ Item {
             radius: 6
             visible: plane.activeFocus
         }
-
         MouseArea {
             anchors.fill: parent
             preventStealing: true
@@ -78,7 +77,6 @@ Item {
             onPressed: event => plane.pick(event.x, event.y)
         }
     }
-
     ColorPlane {
         id: hueStrip
 
@@ -91,8 +89,6 @@ Item {
 
         Accessible.name: qsTr("Hue")
         Accessible.role: Accessible.Slider
-        Keys.onLeftPressed: pick(hue - 0.01)
-        Keys.onRightPressed: pick(hue + 0.01)
         activeFocusOnTab: true
         anchors.left: plane.left
         anchors.right: field.left
@@ -101,6 +97,9 @@ Item {
         height: 12
         hue: 0.6
         hues: true
+
+        Keys.onLeftPressed: pick(hue - 0.01)
+        Keys.onRightPressed: pick(hue + 0.01)
 
         Rectangle {
             border.color: "#FFFFFF"
@@ -112,7 +111,6 @@ Item {
             x: hueStrip.hue * (hueStrip.width - width)
             y: -1
         }
-
         Rectangle {
             anchors.fill: parent
             anchors.margins: -3
@@ -122,7 +120,6 @@ Item {
             radius: 8
             visible: hueStrip.activeFocus
         }
-
         MouseArea {
             anchors.fill: parent
             anchors.margins: -4
@@ -132,10 +129,8 @@ Item {
             onPressed: event => hueStrip.pick((event.x - 4) / hueStrip.width)
         }
     }
-
     T.TextField {
         id: field
-
         Accessible.name: qsTr("Color as six hexadecimal digits")
         anchors.right: confirm.left
         anchors.rightMargin: 6
@@ -171,10 +166,8 @@ Item {
 
         onAccepted: root.confirmed(text)
     }
-
     SymbolButton {
         id: confirm
-
         anchors.right: parent.right
         anchors.rightMargin: Theme.margin
         anchors.verticalCenter: field.verticalCenter

@@ -7,52 +7,55 @@ Item {
 
     required property string colorID
     required property CustomColors colors
+    property string draggingCustomID: ""
     required property color fill
     required property string hex
+    required property MenuWindow menu
     required property string name
-    required property AccentColors row
     required property Settings settings
+
+    signal dragBegan
+    signal dragEnded
+    signal menuRequested(real x, real y, int index)
 
     height: 22
     width: 22
 
     ColorCircle {
         id: circle
-
         Drag.active: handler.active
         Drag.dragType: Drag.Internal
         Drag.hotSpot: Qt.point(11, 11)
         Drag.mimeData: ({
                 "text/plain": root.colorID
             })
+        chosen: root.settings.accentHex === root.hex
+        fill: root.fill
+        height: 22
+        help: root.name + " " + root.hex
+        width: 22
+
         Keys.onPressed: event => {
-            if (menu.visible) {
-                menu.handleKey(event);
+            if (root.menu.visible) {
+                root.menu.handleKey(event);
             } else if (event.key === Qt.Key_Menu || (event.key === Qt.Key_F10 && event.modifiers & Qt.ShiftModifier)) {
-                menu.openBelow(circle, 0);
+                root.menuRequested(0, circle.height + 2, 0);
                 event.accepted = true;
             }
         }
-        chosen: root.settings.accentHex === root.hex
-        fill: root.fill
-        help: root.name + " " + root.hex
-        height: 22
-        width: 22
-
         onClicked: root.settings.accentHex = root.hex
 
         DragHandler {
             id: handler
-
             target: null
 
             onActiveChanged: {
                 if (active) {
-                    root.row.draggingCustomID = root.colorID;
+                    root.dragBegan();
                     return;
                 }
                 circle.Drag.drop();
-                root.row.draggingCustomID = "";
+                root.dragEnded();
                 circle.x = 0;
                 circle.y = 0;
             }
@@ -64,37 +67,20 @@ Item {
                 circle.y = place.y - 11;
             }
         }
-
         MouseArea {
             acceptedButtons: Qt.RightButton
             anchors.fill: parent
 
-            onClicked: mouse => menu.openAtPointer(this, mouse.x, mouse.y)
+            onClicked: mouse => root.menuRequested(mouse.x, mouse.y, -1)
         }
     }
-
     ColorDropDelegate {
         colors: root.colors
-        row: root.row
+        draggingCustomID: root.draggingCustomID
         targetID: root.colorID
+
+        onTaken: root.dragEnded()
     }
-
-    MenuWindow {
-        id: menu
-
-        model: [qsTr("Delete")]
-        owner: circle
-
-        delegate: MenuEntry {
-            required property string modelData
-
-            menu: menu
-            text: modelData
-
-            onTriggered: root.colors.remove(root.colorID)
-        }
-    }
-
     Binding {
         property: "z"
         target: root

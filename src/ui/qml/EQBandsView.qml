@@ -10,31 +10,6 @@ Item {
     property real maxGain: 20
     readonly property real trackHeight: 150
 
-    component ScaleMark: Item {
-        id: mark
-
-        property alias text: caption.text
-
-        width: root.width
-
-        TextLabel {
-            id: caption
-
-            anchors.verticalCenter: parent.top
-            color: Theme.secondary
-            font.pixelSize: 10
-            horizontalAlignment: Text.AlignRight
-            width: 36
-        }
-
-        Rectangle {
-            color: Theme.divider
-            height: 1
-            width: root.width - x - 8
-            x: 42
-        }
-    }
-
     Accessible.name: qsTr("Equalizer bands")
     Accessible.role: Accessible.Grouping
     implicitHeight: 196
@@ -51,7 +26,6 @@ Item {
             y: 14 + index * root.trackHeight / 2
         }
     }
-
     Row {
         x: 42
         y: 14
@@ -69,6 +43,29 @@ Item {
 
                 onGainRequested: gain => root.bands.setGain(index, gain)
             }
+        }
+    }
+
+    component ScaleMark: Item {
+        id: mark
+
+        property alias text: caption.text
+
+        width: root.width
+
+        TextLabel {
+            id: caption
+            anchors.verticalCenter: parent.top
+            color: Theme.secondary
+            font.pixelSize: 10
+            horizontalAlignment: Text.AlignRight
+            width: 36
+        }
+        Rectangle {
+            color: Theme.divider
+            height: 1
+            width: root.width - x - 8
+            x: 42
         }
     }
 }

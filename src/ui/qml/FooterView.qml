@@ -18,7 +18,6 @@ Item {
 
     T.AbstractButton {
         id: fold
-
         Accessible.name: text
         anchors.verticalCenter: parent.verticalCenter
         focusPolicy: Qt.StrongFocus
@@ -41,7 +40,6 @@ Item {
         contentItem: Item {
             Row {
                 id: foldRow
-
                 anchors.verticalCenter: parent.verticalCenter
                 spacing: 6
                 x: 6
@@ -52,7 +50,6 @@ Item {
                     name: root.showAdvanced ? "caret-up" : "caret-down"
                     size: 11
                 }
-
                 TextLabel {
                     anchors.verticalCenter: parent.verticalCenter
                     color: Theme.secondary
@@ -64,7 +61,6 @@ Item {
 
         onClicked: root.advancedToggled()
     }
-
     SymbolButton {
         Accessible.checkable: true
         Accessible.checked: root.presets.bound
@@ -78,10 +74,8 @@ Item {
 
         onClicked: root.presets.toggleBinding()
     }
-
     SymbolButton {
         id: gear
-
         anchors.right: parent.right
         anchors.rightMargin: Theme.margin - 2
         anchors.verticalCenter: parent.verticalCenter

@@ -5,7 +5,6 @@ import Halvo
 // The line that explains a control while the pointer rests on it.
 T.ToolTip {
     id: root
-
     closePolicy: T.Popup.CloseOnEscape | T.Popup.CloseOnPressOutsideParent
     delay: 700
     implicitHeight: implicitContentHeight + topPadding + bottomPadding

@@ -2,20 +2,15 @@ import QtQuick
 import QtQuick.Templates as T
 import Halvo
 
-// A line of a menu; a click closes the menu first.
+// A line of a menu.
 T.AbstractButton {
     id: root
 
-    readonly property bool current: menu.current === root.place
-    required property MenuWindow menu
-    property int place: root.Positioner.index
-
-    signal triggered
+    property bool current: false
 
     Accessible.role: Accessible.MenuItem
     implicitHeight: 24
     implicitWidth: label.implicitWidth + label.leftMargin + 14
-    width: Math.max(implicitWidth, menu.width - 10)
 
     background: Rectangle {
         color: Theme.accent
@@ -31,7 +26,6 @@ T.AbstractButton {
             visible: root.checkable && root.checked
             x: 6
         }
-
         TextLabel {
             id: label
 
@@ -43,14 +37,5 @@ T.AbstractButton {
             color: root.current ? Theme.textOn(Theme.accent) : Theme.primary
             text: root.text
         }
-    }
-
-    onClicked: {
-        root.menu.close();
-        root.triggered();
-    }
-    onHoveredChanged: {
-        if (hovered)
-            root.menu.current = root.place;
     }
 }

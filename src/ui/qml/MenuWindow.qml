@@ -7,54 +7,54 @@ import Halvo
 Window {
     id: root
 
+    property int checkedIndex: -1
     property int current: -1
-    property alias delegate: entries.delegate
+    property bool hasChecks: false
     property int minimumContentWidth: 120
-    property alias model: entries.model
     required property Item owner
+    property list<string> texts
 
-    function entryAt(index: int): MenuEntry {
-        return entries.itemAt(index) as MenuEntry;
+    signal triggered(int index)
+
+    function choose(index: int): void {
+        root.close();
+        owner.Window.window.requestActivate(); // where popups take the keyboard
+        root.triggered(index);
     }
-
-    function openAt(x: real, y: real) {
-        root.width = Math.max(minimumContentWidth, column.implicitWidth + 10);
-        root.height = Math.min(column.implicitHeight + 10, 480);
-        const edge = owner.Screen;
-        root.x = Math.max(edge.virtualX, Math.min(x, edge.virtualX + edge.width - root.width));
-        root.y = Math.max(edge.virtualY, Math.min(y, edge.virtualY + edge.height - root.height));
-        root.visible = true;
-    }
-
-    // With the entry of this index over the owner, as pickers do.
-    function openBelow(item: Item, index: int) {
-        const place = item.mapToGlobal(0, item.height + 2);
-        root.current = index;
-        root.openAt(place.x, place.y);
-    }
-
-    function openAtPointer(item: Item, x: real, y: real) {
-        const place = item.mapToGlobal(x, y);
-        root.current = -1;
-        root.openAt(place.x, place.y);
-    }
-
-    function handleKey(event: var) {
+    function handleKey(event: KeyEvent): void {
         event.accepted = true;
         const step = event.key === Qt.Key_Down ? 1 : event.key === Qt.Key_Up ? -1 : 0;
         if (step !== 0) {
             root.current = Math.max(0, Math.min(root.current + step, entries.count - 1));
         } else if (event.key === Qt.Key_Return || event.key === Qt.Key_Enter || event.key === Qt.Key_Space) {
-            const entry = root.entryAt(root.current);
-            if (entry)
-                entry.click();
+            if (root.current >= 0)
+                root.choose(root.current);
         } else if (event.key === Qt.Key_Escape || event.key === Qt.Key_Tab) {
             root.close();
         }
     }
+    function openAt(x: real, y: real): void {
+        const screen = owner.Screen;
+        // Asked for one by one: the column itself is laid out later.
+        let width = root.minimumContentWidth;
+        for (let index = 0; index < entries.count; ++index)
+            width = Math.max(width, entries.itemAt(index).implicitWidth + 10);
+        root.width = Math.min(width, screen.width);
+        root.height = Math.min(entries.count * 24 + 10, 480);
+        root.x = Math.max(screen.virtualX, Math.min(x, screen.virtualX + screen.width - root.width));
+        root.y = Math.max(screen.virtualY, Math.min(y, screen.virtualY + screen.height - root.height));
+        root.visible = true;
+    }
+
+    // At a place of the item; with the keyboard an entry is marked from the start.
+    function openAtItem(item: Item, x: real, y: real, index: int): void {
+        const place = item.mapToGlobal(x, y);
+        root.current = index;
+        root.openAt(place.x, place.y);
+    }
 
     color: "transparent"
-    flags: Qt.Popup | Qt.FramelessWindowHint | Qt.NoDropShadowWindowHint
+    flags: Qt.Popup | Qt.FramelessWindowHint | Qt.NoDropShadowWindowHint | Qt.WindowDoesNotAcceptFocus
     transientParent: owner.Window.window
 
     Rectangle {
@@ -71,11 +71,28 @@ Window {
 
             Column {
                 id: column
-
                 width: parent.width
 
                 Repeater {
                     id: entries
+                    model: root.texts
+
+                    delegate: MenuEntry {
+                        required property int index
+                        required property string modelData
+
+                        checkable: root.hasChecks
+                        checked: root.checkedIndex === index
+                        current: root.current === index
+                        text: modelData
+                        width: Math.max(implicitWidth, root.width - 10)
+
+                        onClicked: root.choose(index)
+                        onHoveredChanged: {
+                            if (hovered)
+                                root.current = index;
+                        }
+                    }
                 }
             }
         }

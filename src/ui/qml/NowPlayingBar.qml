@@ -15,10 +15,9 @@ Item {
 
     Rectangle {
         id: placeholder
-
         height: 36
         radius: 6
-        visible: cover.image.width === 0
+        visible: !root.nowPlaying.hasArtwork
         width: 36
         x: Theme.margin
         y: 10
@@ -28,7 +27,6 @@ Item {
                 color: Qt.lighter(root.accent, 1.15)
                 position: 0
             }
-
             GradientStop {
                 color: Qt.darker(root.accent, 1.5)
                 position: 1
@@ -42,14 +40,11 @@ Item {
             size: 18
         }
     }
-
     Artwork {
         id: cover
-
         anchors.fill: placeholder
         image: root.nowPlaying.artwork
     }
-
     Column {
         anchors.left: placeholder.right
         anchors.leftMargin: 10
@@ -64,7 +59,6 @@ Item {
             text: root.nowPlaying.hasTrack ? root.nowPlaying.title : qsTr("Not playing")
             width: parent.width
         }
-
         TextLabel {
             color: Theme.secondary
             font.pixelSize: 11
@@ -73,10 +67,8 @@ Item {
             width: parent.width
         }
     }
-
     Row {
         id: transport
-
         anchors.right: parent.right
         anchors.rightMargin: Theme.margin - 4
         anchors.verticalCenter: placeholder.verticalCenter
@@ -90,7 +82,6 @@ Item {
 
             onClicked: root.nowPlaying.previousTrack()
         }
-
         SymbolButton {
             iconSize: 20
             implicitWidth: 28
@@ -100,7 +91,6 @@ Item {
 
             onClicked: root.nowPlaying.togglePlayPause()
         }
-
         SymbolButton {
             iconSize: 15
             symbol: "skip-forward-fill"
@@ -109,10 +99,8 @@ Item {
             onClicked: root.nowPlaying.nextTrack()
         }
     }
-
     Item {
         id: automatic
-
         height: 28
         width: parent.width
         y: 52
@@ -124,17 +112,14 @@ Item {
             size: 15
             x: Theme.margin + 1
         }
-
         TextLabel {
             id: caption
-
             anchors.verticalCenter: parent.verticalCenter
             color: Theme.secondary
             font.pixelSize: 11
             text: qsTr("Preset by genre")
             x: Theme.margin + 25
         }
-
         TextLabel {
             anchors.left: caption.right
             anchors.leftMargin: 8
@@ -147,10 +132,8 @@ Item {
             text: root.nowPlaying.lookingUp ? qsTr("Looking up…") : root.nowPlaying.genre
             visible: root.nowPlaying.automatic
         }
-
         Icon {
             id: busy
-
             anchors.right: toggle.left
             anchors.rightMargin: visible ? 10 : 4
             anchors.verticalCenter: parent.verticalCenter
@@ -160,7 +143,7 @@ Item {
             visible: root.nowPlaying.lookingUp
             width: visible ? 13 : 0
 
-            NumberAnimation on rotation {
+            NumberAnimation on rotation  {
                 duration: 900
                 from: 0
                 loops: Animation.Infinite
@@ -168,10 +151,8 @@ Item {
                 to: 360
             }
         }
-
         TintedSwitch {
             id: toggle
-
             accent: root.accent
             anchors.right: parent.right
             anchors.rightMargin: Theme.margin
@@ -182,10 +163,8 @@ Item {
             onToggled: root.nowPlaying.automatic = checked
         }
     }
-
     Item {
         id: notice
-
         anchors.top: automatic.bottom
         height: 26
         visible: root.nowPlaying.noticeDue
@@ -203,10 +182,8 @@ Item {
             font.pixelSize: 10
             text: qsTr("Artist names are sent to Last.fm to find genres.")
         }
-
         SymbolButton {
             id: dismiss
-
             anchors.right: parent.right
             anchors.rightMargin: Theme.margin - 2
             anchors.verticalCenter: parent.verticalCenter

@@ -10,9 +10,8 @@ T.AbstractButton {
     required property Devices devices
 
     function openList() {
-        list.openBelow(root, Math.max(0, root.devices.selectedIndex));
+        list.openAtItem(root, 0, root.height + 2, root.devices.selectedIndex);
     }
-
     function step(by: int) {
         const next = root.devices.selectedIndex + by;
         if (next >= 0 && next < root.devices.count)
@@ -21,14 +20,6 @@ T.AbstractButton {
 
     Accessible.name: qsTr("Output")
     Accessible.role: Accessible.ComboBox
-    Keys.onPressed: event => {
-        if (list.visible) {
-            list.handleKey(event);
-        } else if (event.key === Qt.Key_Down || event.key === Qt.Key_Up) {
-            root.step(event.key === Qt.Key_Down ? 1 : -1);
-            event.accepted = true;
-        }
-    }
     focusPolicy: Qt.StrongFocus
     implicitHeight: 26
     text: root.devices.selectedName
@@ -52,11 +43,11 @@ T.AbstractButton {
             color: root.devices.count > 0 ? Theme.primary : Theme.faint
             text: root.devices.count > 0 ? root.text : qsTr("No output device")
         }
-
         Rectangle {
             anchors.right: parent.right
             anchors.rightMargin: 5
             anchors.verticalCenter: parent.verticalCenter
+            border.color: root.devices.count > 0 ? Theme.edgeOf(root.accent) : Theme.track
             color: root.devices.count > 0 ? root.accent : Theme.track
             height: 16
             radius: 4
@@ -71,6 +62,14 @@ T.AbstractButton {
         }
     }
 
+    Keys.onPressed: event => {
+        if (list.visible) {
+            list.handleKey(event);
+        } else if (event.key === Qt.Key_Down || event.key === Qt.Key_Up) {
+            root.step(event.key === Qt.Key_Down ? 1 : -1);
+            event.accepted = true;
+        }
+    }
     onClicked: {
         if (root.devices.count > 0)
             root.openList();
@@ -78,21 +77,12 @@ T.AbstractButton {
 
     MenuWindow {
         id: list
-
+        checkedIndex: root.devices.selectedIndex
+        hasChecks: true
         minimumContentWidth: root.width
-        model: root.devices
         owner: root
+        texts: root.devices.names
 
-        delegate: MenuEntry {
-            required property int index
-            required property string name
-
-            checkable: true
-            checked: root.devices.selectedIndex === index
-            menu: list
-            text: name
-
-            onTriggered: root.devices.select(index)
-        }
+        onTriggered: index => root.devices.select(index)
     }
 }

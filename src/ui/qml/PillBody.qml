@@ -7,13 +7,13 @@ Rectangle {
 
     property color accent: Theme.accent
     property bool hovered: false
+    readonly property color ink: isActive ? Theme.textOn(accent) : Theme.primary
     property bool isActive: false
     property string name
     property string symbol: ""
     property int symbolSize: 9
 
-    readonly property color ink: isActive ? Theme.textOn(accent) : Theme.primary
-
+    border.color: isActive ? Theme.edgeOf(accent) : color
     color: isActive ? accent : hovered ? Theme.hovered : Theme.pill
     implicitHeight: 28
     implicitWidth: row.implicitWidth + 24
@@ -21,7 +21,6 @@ Rectangle {
 
     Row {
         id: row
-
         anchors.centerIn: parent
         spacing: 5
 
@@ -32,7 +31,6 @@ Rectangle {
             size: root.symbolSize + 3
             visible: root.symbol.length > 0
         }
-
         TextLabel {
             anchors.verticalCenter: parent.verticalCenter
             color: root.ink

@@ -6,28 +6,27 @@ FocusScope {
     id: root
 
     required property Bands bands
+    readonly property bool bandsVisible: shown && showAdvanced
     required property Devices devices
     required property Equalizer equalizer
     required property NowPlaying nowPlaying
     required property Presets presets
     required property Settings settings
-
     property bool showAdvanced: false
     property bool showSettings: false
 
     // Whether anybody can see the panel.
     property bool shown: true
-    readonly property bool bandsVisible: shown && showAdvanced
 
     signal closeRequested
     signal quitRequested
     signal settingsWindowRequested
     signal sizeMayChange
 
-    Keys.onEscapePressed: root.closeRequested()
     implicitHeight: column.implicitHeight
     implicitWidth: Theme.panelWidth
 
+    Keys.onEscapePressed: root.closeRequested()
     onShowAdvancedChanged: root.sizeMayChange()
     onShowSettingsChanged: root.sizeMayChange()
     onShownChanged: {
@@ -42,7 +41,6 @@ FocusScope {
 
         target: root.settings
     }
-
     Connections {
         function onAutomaticChanged() {
             root.sizeMayChange();
@@ -50,25 +48,21 @@ FocusScope {
 
         target: root.nowPlaying
     }
-
     Binding {
         property: "accent"
         target: Theme
         value: root.settings.accent
     }
-
     Binding {
         property: "dark"
         target: Theme
         value: root.settings.dark
     }
-
     Shortcut {
         sequence: "Ctrl+,"
 
         onActivated: root.settingsWindowRequested()
     }
-
     Rectangle {
         anchors.fill: parent
         border.color: Theme.border
@@ -83,10 +77,8 @@ FocusScope {
             }
         }
     }
-
     Column {
         id: column
-
         width: Theme.panelWidth
 
         TopBarView {
@@ -94,38 +86,30 @@ FocusScope {
             devices: root.devices
             equalizer: root.equalizer
         }
-
         SectionDivider {
         }
-
         PresetStripView {
             accent: root.settings.accent
             nowPlaying: root.nowPlaying
             presets: root.presets
         }
-
         SectionDivider {
         }
-
         NowPlayingBar {
             accent: root.settings.accent
             nowPlaying: root.nowPlaying
             visible: root.settings.showNowPlaying
         }
-
         SectionDivider {
             visible: root.settings.showNowPlaying
         }
-
         QuickControlsView {
             accent: root.settings.accent
             equalizer: root.equalizer
         }
-
         SectionDivider {
             visible: root.showAdvanced
         }
-
         Loader {
             active: root.showAdvanced
             visible: active
@@ -135,13 +119,10 @@ FocusScope {
                 bands: root.bands
             }
         }
-
         SectionDivider {
         }
-
         FooterView {
             id: footer
-
             presets: root.presets
             showAdvanced: root.showAdvanced
             showSettings: root.showSettings
@@ -149,11 +130,9 @@ FocusScope {
             onAdvancedToggled: root.showAdvanced = !root.showAdvanced
             onSettingsToggled: root.showSettings = !root.showSettings
         }
-
         SectionDivider {
             visible: root.showSettings
         }
-
         Loader {
             active: root.showSettings
             visible: active

@@ -5,18 +5,20 @@ import Halvo
 DropArea {
     id: root
 
+    required property string draggingPresetID
     required property Presets presets
-    required property PresetStripView strip
     required property string targetPresetID
+
+    signal taken
 
     anchors.fill: parent
 
     onDropped: drop => {
-        root.strip.draggingPresetID = "";
+        root.taken();
         drop.accept(Qt.MoveAction);
     }
     onEntered: drag => {
-        const dragged = root.strip.draggingPresetID;
+        const dragged = draggingPresetID;
         drag.accept(Qt.MoveAction);
         if (dragged !== "" && dragged !== targetPresetID)
             root.presets.moveOnto(dragged, targetPresetID);

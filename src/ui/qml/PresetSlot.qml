@@ -7,16 +7,25 @@ Item {
     id: root
 
     required property color accent
-    required property string presetID
-    required property string name
-    required property bool isCustom
-    required property bool isActive
-    required property Presets presets
-    required property PresetStripView strip
+    property string draggingPresetID: ""
     required property int index
-
+    required property bool isActive
+    required property bool isCustom
+    required property MenuWindow menu
+    required property string name
+    required property string presetID
+    required property Presets presets
     property real previousX: 0
-    readonly property bool renaming: strip.renamingPresetID === presetID
+    property bool renaming: false
+
+    signal dragBegan(point hold, point place)
+    signal dragEnded
+    signal dragMoved(point place)
+    signal dragTaken
+    signal menuRequested(real x, real y, int index)
+    signal renameEnded
+    signal renameRequested
+    signal revealRequested
 
     function focusNeighbour(by: int) {
         const next = by > 0 ? pill.nextItemInFocusChain(true) : pill.nextItemInFocusChain(false);
@@ -28,7 +37,7 @@ Item {
     width: renaming ? 90 : pill.implicitWidth
 
     onXChanged: {
-        if (root.strip.draggingPresetID !== "") {
+        if (root.draggingPresetID !== "") {
             slide.stop();
             shown.x += previousX - x;
             slide.start();
@@ -38,13 +47,11 @@ Item {
 
     Item {
         id: shown
-
         height: parent.height
         width: parent.width
 
-        NumberAnimation on x {
+        NumberAnimation on x  {
             id: slide
-
             duration: Theme.animation
             easing.type: Easing.OutCubic
             running: false
@@ -53,68 +60,64 @@ Item {
 
         PresetPill {
             id: pill
-
-            Keys.onLeftPressed: root.focusNeighbour(-1)
-            Keys.onPressed: event => {
-                if (menu.visible) {
-                    menu.handleKey(event);
-                } else if (event.key === Qt.Key_Menu || (event.key === Qt.Key_F10 && event.modifiers & Qt.ShiftModifier)) {
-                    menu.openBelow(pill, 0);
-                    event.accepted = true;
-                } else if (event.key === Qt.Key_F2 && root.isCustom) {
-                    root.strip.renamingPresetID = root.presetID;
-                    event.accepted = true;
-                }
-            }
-            Keys.onRightPressed: root.focusNeighbour(1)
             accent: root.accent
             isActive: root.isActive
             isCustom: root.isCustom
             name: root.name
-            opacity: root.strip.draggingPresetID === root.presetID ? 0.4 : 1
+            opacity: root.draggingPresetID === root.presetID ? 0.4 : 1
             visible: !root.renaming
 
+            Keys.onLeftPressed: root.focusNeighbour(-1)
+            Keys.onPressed: event => {
+                if (root.menu.visible) {
+                    root.menu.handleKey(event);
+                } else if (event.key === Qt.Key_Menu || (event.key === Qt.Key_F10 && event.modifiers & Qt.ShiftModifier)) {
+                    root.menuRequested(0, pill.height + 2, 0);
+                    event.accepted = true;
+                } else if (event.key === Qt.Key_F2 && root.isCustom) {
+                    root.renameRequested();
+                    event.accepted = true;
+                }
+            }
+            Keys.onRightPressed: root.focusNeighbour(1)
             onActiveFocusChanged: {
                 if (activeFocus)
-                    root.strip.reveal(root);
+                    root.revealRequested();
             }
             onClicked: root.presets.activate(root.presetID)
 
             DragHandler {
                 id: handler
-
                 target: null
                 yAxis.enabled: true
 
                 onActiveChanged: {
                     if (active) {
                         const hold = pill.mapFromItem(null, centroid.scenePressPosition);
-                        root.strip.beginDrag(root, hold, root.strip.mapFromItem(null, centroid.scenePosition));
+                        root.dragBegan(hold, centroid.scenePosition);
                     } else {
-                        root.strip.endDrag();
+                        root.dragEnded();
                     }
                 }
                 onCentroidChanged: {
                     if (active)
-                        root.strip.continueDrag(root.strip.mapFromItem(null, centroid.scenePosition));
+                        root.dragMoved(centroid.scenePosition);
                 }
             }
-
             MouseArea {
                 acceptedButtons: Qt.RightButton
                 anchors.fill: parent
 
-                onClicked: mouse => menu.openAtPointer(this, mouse.x, mouse.y)
+                onClicked: mouse => root.menuRequested(mouse.x, mouse.y, -1)
             }
         }
-
         RenameField {
             anchors.fill: parent
             visible: root.renaming
 
-            onAbandoned: root.strip.renamingPresetID = ""
+            onAbandoned: root.renameEnded()
             onCommitted: name => {
-                root.strip.renamingPresetID = "";
+                root.renameEnded();
                 root.presets.rename(root.presetID, name);
             }
             onVisibleChanged: {
@@ -123,34 +126,11 @@ Item {
             }
         }
     }
-
     PresetDropDelegate {
+        draggingPresetID: root.draggingPresetID
         presets: root.presets
-        strip: root.strip
         targetPresetID: root.presetID
-    }
 
-    MenuWindow {
-        id: menu
-
-        model: root.isCustom ? [qsTr("Duplicate"), qsTr("Rename"), qsTr("Delete")] : [qsTr("Duplicate")]
-        owner: pill
-
-        delegate: MenuEntry {
-            required property int index
-            required property string modelData
-
-            menu: menu
-            text: modelData
-
-            onTriggered: {
-                if (index === 0)
-                    root.presets.duplicate(root.presetID);
-                else if (index === 1)
-                    root.strip.renamingPresetID = root.presetID;
-                else
-                    root.presets.remove(root.presetID);
-            }
-        }
+        onTaken: root.dragTaken()
     }
 }

@@ -6,19 +6,38 @@ Item {
     id: root
 
     property color accent: Theme.accent
+    property string draggingPresetID: ""
     required property NowPlaying nowPlaying
     required property Presets presets
-
-    property string draggingPresetID: ""
     property string renamingPresetID: ""
-
     readonly property bool showsGenre: nowPlaying.automatic && nowPlaying.hasGenre
+
+    function beginDrag(slot: PresetSlot, hold: point, place: point) {
+        ghost.name = slot.name;
+        ghost.isActive = slot.isActive;
+        ghost.symbol = slot.isCustom ? "sliders-horizontal" : "";
+        ghost.hold = hold;
+        ghost.follow(place);
+        root.draggingPresetID = slot.presetID;
+        ghost.Drag.start();
+    }
+    function continueDrag(place: point) {
+        if (draggingPresetID === "")
+            return;
+        ghost.follow(place);
+        edge.pull = place.x < 24 ? -1 : place.x > root.width - 24 ? 1 : 0;
+    }
+    function endDrag() {
+        edge.pull = 0;
+        ghost.Drag.drop();
+        root.draggingPresetID = "";
+    }
 
     // Scrolls as little as shows the whole item.
     function reveal(item: Item) {
         const left = item.mapToItem(row, 0, 0).x;
-        const least = left + item.width + Theme.margin - strip.width;
-        strip.scrollTo(Math.min(Math.max(strip.contentX, least), left - Theme.margin));
+        const least = left + item.width + 2 * Theme.margin - strip.width;
+        strip.scrollTo(Math.min(Math.max(strip.contentX, least), left));
     }
 
     Accessible.name: qsTr("Presets")
@@ -28,7 +47,6 @@ Item {
 
     Flickable {
         id: strip
-
         function scrollTo(x: real) {
             contentX = Math.max(0, Math.min(x, contentWidth - width));
         }
@@ -41,7 +59,7 @@ Item {
         flickableDirection: Flickable.HorizontalFlick
         interactive: false
 
-        Behavior on contentX {
+        Behavior on contentX  {
             enabled: root.draggingPresetID === ""
 
             NumberAnimation {
@@ -54,7 +72,6 @@ Item {
 
         Row {
             id: row
-
             height: 28
             spacing: 8
             x: Theme.margin
@@ -66,17 +83,31 @@ Item {
                 name: root.nowPlaying.genre
                 visible: root.showsGenre
             }
-
             Repeater {
                 model: root.presets
 
                 delegate: PresetSlot {
+                    id: slot
                     accent: root.accent
+                    draggingPresetID: root.draggingPresetID
+                    menu: presetMenu
                     presets: root.presets
-                    strip: root
+                    renaming: root.renamingPresetID === presetID
+
+                    onDragBegan: (hold, place) => root.beginDrag(slot, hold, root.mapFromItem(null, place))
+                    onDragEnded: root.endDrag()
+                    onDragMoved: place => root.continueDrag(root.mapFromItem(null, place))
+                    onDragTaken: root.draggingPresetID = ""
+                    onMenuRequested: (x, y, index) => {
+                        presetMenu.presetID = presetID;
+                        presetMenu.isCustom = isCustom;
+                        presetMenu.openAtItem(slot, x, y, index);
+                    }
+                    onRenameEnded: root.renamingPresetID = ""
+                    onRenameRequested: root.renamingPresetID = presetID
+                    onRevealRequested: root.reveal(slot)
                 }
             }
-
             SymbolButton {
                 anchors.verticalCenter: parent.verticalCenter
                 help: qsTr("Create custom preset")
@@ -96,7 +127,6 @@ Item {
             }
         }
     }
-
     WheelHandler {
         acceptedDevices: PointerDevice.Mouse | PointerDevice.TouchPad
         orientation: Qt.Vertical
@@ -121,38 +151,15 @@ Item {
             Drag.hotSpot.y = height / 2;
         }
 
+        Drag.dragType: Drag.Internal
         Drag.mimeData: ({
                 "text/plain": root.draggingPresetID
             })
-        Drag.dragType: Drag.Internal
         Drag.supportedActions: Qt.MoveAction
         accent: root.accent
         opacity: 0.9
         visible: root.draggingPresetID !== ""
         z: 1
-    }
-
-    function beginDrag(slot: PresetSlot, hold: point, place: point) {
-        ghost.name = slot.name;
-        ghost.isActive = slot.isActive;
-        ghost.symbol = slot.isCustom ? "sliders-horizontal" : "";
-        ghost.hold = hold;
-        ghost.follow(place);
-        root.draggingPresetID = slot.presetID;
-        ghost.Drag.start();
-    }
-
-    function continueDrag(place: point) {
-        if (draggingPresetID === "")
-            return;
-        ghost.follow(place);
-        edge.pull = place.x < 24 ? -1 : place.x > root.width - 24 ? 1 : 0;
-    }
-
-    function endDrag() {
-        edge.pull = 0;
-        ghost.Drag.drop();
-        root.draggingPresetID = "";
     }
 
     // Held near an end the strip goes on by itself.
@@ -168,6 +175,24 @@ Item {
         onTriggered: {
             strip.scrollTo(strip.contentX + 5 * pull);
             ghost.Drag.hotSpot.x += 0.01 * pull; // so that the drop areas look again
+        }
+    }
+    MenuWindow {
+        id: presetMenu
+
+        property bool isCustom: false
+        property string presetID: ""
+
+        owner: root
+        texts: isCustom ? [qsTr("Duplicate"), qsTr("Rename"), qsTr("Delete")] : [qsTr("Duplicate")]
+
+        onTriggered: index => {
+            if (index === 0)
+                root.presets.duplicate(presetID);
+            else if (index === 1)
+                root.renamingPresetID = presetID;
+            else
+                root.presets.remove(presetID);
         }
     }
 }

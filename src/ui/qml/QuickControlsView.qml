@@ -13,14 +13,12 @@ Item {
 
     TextLabel {
         id: caption
-
         color: Theme.secondary
         height: 20
         text: qsTr("Preamp")
         x: Theme.margin
         y: 12
     }
-
     SmallSlider {
         accent: root.accent
         anchors.left: caption.right
@@ -38,7 +36,6 @@ Item {
         onMoved: root.equalizer.preamp = value
         onReset: root.equalizer.preamp = 0
     }
-
     TextLabel {
         anchors.right: parent.right
         anchors.rightMargin: Theme.margin
@@ -47,10 +44,8 @@ Item {
         horizontalAlignment: Text.AlignRight
         text: root.equalizer.preampText
     }
-
     Item {
         id: speaker
-
         height: 20
         width: 16
         x: Theme.margin
@@ -63,7 +58,6 @@ Item {
             size: 15
         }
     }
-
     SmallSlider {
         accent: root.accent
         anchors.left: speaker.right
@@ -79,10 +73,8 @@ Item {
         onMoved: root.equalizer.volume = value
         onReset: root.equalizer.volume = 0
     }
-
     TextLabel {
         id: percentage
-
         anchors.right: parent.right
         anchors.rightMargin: Theme.margin
         anchors.verticalCenter: speaker.verticalCenter

@@ -9,7 +9,7 @@ T.TextField {
     property bool editing: false
 
     signal abandoned
-    signal committed(name: string)
+    signal committed(string name)
 
     function begin(name: string) {
         text = name;
@@ -17,7 +17,6 @@ T.TextField {
         selectAll();
         forceActiveFocus();
     }
-
     function end(commit: bool) {
         if (!editing)
             return;
@@ -29,7 +28,6 @@ T.TextField {
     }
 
     Accessible.name: qsTr("Name of the preset")
-    Keys.onEscapePressed: end(false)
     color: Theme.primary
     font.family: Theme.fontFamily
     font.pixelSize: Theme.fontSize
@@ -58,6 +56,7 @@ T.TextField {
         }
     }
 
+    Keys.onEscapePressed: end(false)
     onAccepted: end(true)
     onActiveFocusChanged: {
         if (!activeFocus)

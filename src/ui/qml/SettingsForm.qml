@@ -11,7 +11,6 @@ Item {
 
     TextLabel {
         id: label
-
         Accessible.name: text
         Accessible.role: Accessible.StaticText
         anchors.left: parent.left

@@ -7,7 +7,6 @@ Item {
     id: root
 
     property color accent: Theme.accent
-    property string draggingCustomID: ""
     required property Settings settings
     property bool showColorCreator: false
 
@@ -18,7 +17,6 @@ Item {
 
     Column {
         id: column
-
         width: parent.width
         y: 7
 
@@ -30,7 +28,6 @@ Item {
 
             onToggled: checked => root.settings.showNowPlaying = checked
         }
-
         SettingsSwitch {
             accent: root.accent
             checked: root.settings.showMenubarWaveform
@@ -39,7 +36,6 @@ Item {
 
             onToggled: checked => root.settings.showMenubarWaveform = checked
         }
-
         TextLabel {
             color: Theme.secondary
             font.pixelSize: 11
@@ -47,14 +43,12 @@ Item {
             text: qsTr("Accent Color")
             x: Theme.margin + 2
         }
-
         AccentColors {
             editorOpen: root.showColorCreator
             settings: root.settings
 
             onAddRequested: root.showColorCreator = !root.showColorCreator
         }
-
         ColorEditor {
             visible: root.showColorCreator
 
@@ -65,23 +59,18 @@ Item {
                 root.showColorCreator = false;
             }
         }
-
         Item {
             height: 10
             width: 1
         }
-
         SectionDivider {
         }
-
         Item {
             height: 4
             width: 1
         }
-
         T.AbstractButton {
             id: quit
-
             Accessible.name: text
             focusPolicy: Qt.StrongFocus
             implicitHeight: 28
@@ -108,7 +97,6 @@ Item {
                     size: 15
                     x: 6
                 }
-
                 TextLabel {
                     anchors.verticalCenter: parent.verticalCenter
                     text: quit.text

@@ -10,7 +10,7 @@ Item {
     property string symbol
     property string text
 
-    signal toggled(checked: bool)
+    signal toggled(bool checked)
 
     implicitHeight: 30
     implicitWidth: Theme.panelWidth
@@ -22,13 +22,11 @@ Item {
         size: 16
         x: Theme.margin + 1
     }
-
     TextLabel {
         anchors.verticalCenter: parent.verticalCenter
         text: root.text
         x: Theme.margin + 27
     }
-
     TintedSwitch {
         accent: root.accent
         anchors.right: parent.right

@@ -13,8 +13,6 @@ T.AbstractButton {
     Accessible.checked: chosen
     Accessible.name: text
     Accessible.role: Accessible.PageTab
-    Keys.onLeftPressed: nextItemInFocusChain(false).forceActiveFocus(Qt.BacktabFocusReason)
-    Keys.onRightPressed: nextItemInFocusChain(true).forceActiveFocus(Qt.TabFocusReason)
     focusPolicy: Qt.StrongFocus
     implicitHeight: 50
     implicitWidth: 68
@@ -38,7 +36,6 @@ T.AbstractButton {
             size: 20
             y: 7
         }
-
         TextLabel {
             color: root.ink
             font.pixelSize: 11
@@ -48,4 +45,7 @@ T.AbstractButton {
             y: 30
         }
     }
+
+    Keys.onLeftPressed: nextItemInFocusChain(false).forceActiveFocus(Qt.BacktabFocusReason)
+    Keys.onRightPressed: nextItemInFocusChain(true).forceActiveFocus(Qt.TabFocusReason)
 }

@@ -6,7 +6,20 @@ Rectangle {
     id: root
 
     property int currentIndex: 0
-    readonly property string title: tabs.itemAt(currentIndex)?.text ?? ""
+    readonly property var pages: [{
+            "label": qsTr("General"),
+            "symbol": "gear-six"
+        }, {
+            "label": qsTr("Presets"),
+            "symbol": "sliders-horizontal"
+        }, {
+            "label": qsTr("Rules"),
+            "symbol": "git-branch"
+        }, {
+            "label": qsTr("Driver"),
+            "symbol": "waveform"
+        }]
+    readonly property string title: pages[currentIndex].label
 
     color: Theme.background
     implicitHeight: 360
@@ -14,7 +27,6 @@ Rectangle {
 
     Row {
         id: bar
-
         Accessible.role: Accessible.PageTabList
         anchors.horizontalCenter: parent.horizontalCenter
         spacing: 4
@@ -22,25 +34,7 @@ Rectangle {
 
         Repeater {
             id: tabs
-
-            model: [
-                {
-                    "label": qsTr("General"),
-                    "symbol": "gear-six"
-                },
-                {
-                    "label": qsTr("Presets"),
-                    "symbol": "sliders-horizontal"
-                },
-                {
-                    "label": qsTr("Rules"),
-                    "symbol": "git-branch"
-                },
-                {
-                    "label": qsTr("Driver"),
-                    "symbol": "waveform"
-                }
-            ]
+            model: root.pages
 
             delegate: SettingsTab {
                 required property int index
@@ -54,12 +48,10 @@ Rectangle {
             }
         }
     }
-
     SectionDivider {
         width: root.width
         y: 66
     }
-
     Item {
         anchors.bottom: parent.bottom
         anchors.left: parent.left
@@ -70,15 +62,12 @@ Rectangle {
         GeneralSettingsView {
             visible: root.currentIndex === 0
         }
-
         PresetsSettingsView {
             visible: root.currentIndex === 1
         }
-
         RulesSettingsView {
             visible: root.currentIndex === 2
         }
-
         DriverSettingsView {
             visible: root.currentIndex === 3
         }

@@ -14,12 +14,6 @@ T.Slider {
     signal reset
 
     Accessible.name: name
-    Keys.onPressed: event => {
-        if (event.key !== Qt.Key_Home)
-            return;
-        event.accepted = true;
-        root.reset();
-    }
     focusPolicy: Qt.StrongFocus
     implicitHeight: 20
 
@@ -55,5 +49,12 @@ T.Slider {
             gap: 1
             radius: 10
         }
+    }
+
+    Keys.onPressed: event => {
+        if (event.key !== Qt.Key_Home)
+            return;
+        event.accepted = true;
+        root.reset();
     }
 }

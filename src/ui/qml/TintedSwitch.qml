@@ -14,12 +14,13 @@ T.Switch {
     implicitWidth: 34
 
     indicator: Rectangle {
+        border.color: root.checked ? Theme.edgeOf(root.accent) : Theme.track
         color: root.checked ? root.accent : Theme.track
         height: 20
         radius: 10
         width: 34
 
-        Behavior on color {
+        Behavior on color  {
             ColorAnimation {
                 duration: 120
             }
@@ -29,7 +30,6 @@ T.Switch {
             control: root
             radius: 14
         }
-
         Rectangle {
             border.color: root.checked ? Qt.darker(root.accent, 1.15) : Theme.knobBorder
             color: Theme.knob
@@ -39,7 +39,7 @@ T.Switch {
             x: 2 + root.visualPosition * 14
             y: 2
 
-            Behavior on x {
+            Behavior on x  {
                 enabled: !root.down
 
                 NumberAnimation {

@@ -21,10 +21,8 @@ Item {
         anchors.verticalCenter: parent.verticalCenter
         devices: root.devices
     }
-
     TintedSwitch {
         id: toggle
-
         accent: root.accent
         anchors.right: parent.right
         anchors.rightMargin: Theme.margin

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "app/AppDelegate.h"
+#include "platform/fake/FakePlatform.h"
+#include "ui/PanelContent.h"
+
+#include <memory>
+#include <string>
+
+namespace halvo {
+
+/// The whole application on a machine in memory: two outputs, a ring, and something that plays.
+class OfflineMachine {
+  public:
+    OfflineMachine();
+    ~OfflineMachine();
+
+    AppDelegate& delegate() { return *delegate_; }
+    FakePlatform& fake() { return fake_; }
+    /// The delegate's services; "quit" runs its shutdown path and sets `hasQuit`.
+    PanelServices services();
+    bool hasQuit() const { return hasQuit_; }
+
+    /// Lets virtual time pass.
+    void advance(MainQueue::Duration time) { fake_.mainQueue.advance(time); }
+    /// Puts the spectrum where the music would have it at this time, in seconds.
+    void moveSpectrum(double seconds);
+    void playTrack(const std::string& title, const std::string& artist);
+    void unplugOutputs();
+
+  private:
+    FakePlatform fake_;
+    std::shared_ptr<AppDelegate> delegate_;
+    bool hasQuit_ = false;
+};
+
+} // namespace halvo
