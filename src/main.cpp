@@ -1,6 +1,7 @@
 #include "app/AppDelegate.h"
 #include "platform/MainQueue.h"
 #include "platform/PlatformFactory.h"
+#include "platform/qt/ApplicationObject.h"
 
 #include <QCoreApplication>
 
@@ -42,7 +43,7 @@ int explain(halvo::PlatformRefusal refusal) {
 int main(int argc, char** argv) {
     if (const auto status = answerOption(argc, argv)) return *status;
     halvo::preparePlatform();
-    QCoreApplication application(argc, argv);
+    const auto application = halvo::makeApplicationObject(argc, argv);
     // The toolkit has just taken the user's locale; numbers in files and logs must not follow it.
     (void)std::setlocale(LC_NUMERIC, "C");
 
@@ -50,7 +51,7 @@ int main(int argc, char** argv) {
     if (!host) return explain(host.error());
     const auto platform = (*host)->platform();
     const auto delegate = halvo::AppDelegate::create(platform);
-    QObject::connect(&application, &QCoreApplication::aboutToQuit,
+    QObject::connect(application.get(), &QCoreApplication::aboutToQuit,
                      [&delegate] { delegate->applicationWillTerminate(); });
     // Inside the main loop: a request to quit that start-up makes would be lost ahead of it.
     platform.mainQueue.async([&delegate] { delegate->applicationDidFinishLaunching(); });

@@ -67,9 +67,10 @@ std::string volumeList(const std::vector<float>& volumes) {
 
 bool belongsToOuterSession(std::string_view variable) {
     constexpr std::array<std::string_view, 2> kKept{"PIPEWIRE_DEBUG=", "PIPEWIRE_MODULE_DIR="};
-    constexpr std::array<std::string_view, 6> kDropped{
+    constexpr std::array<std::string_view, 8> kDropped{
         "PIPEWIRE_",        "PULSE_",           "DBUS_",
-        "XDG_RUNTIME_DIR=", "HALVO_RING_NAME=", "WIREPLUMBER_CONFIG_DIR="};
+        "XDG_RUNTIME_DIR=", "HALVO_RING_NAME=", "WIREPLUMBER_CONFIG_DIR=",
+        "DISPLAY=",         "WAYLAND_DISPLAY="};
     const auto startsWith = [&](std::string_view prefix) { return variable.starts_with(prefix); };
     return std::ranges::any_of(kDropped, startsWith) && !std::ranges::any_of(kKept, startsWith);
 }

@@ -62,6 +62,7 @@ LinuxPlatform::LinuxPlatform(std::unique_ptr<Desktop> desktop, Connection connec
                              Connection signalConnection)
     : desktop_(std::move(desktop)), userDefaults_(JsonUserDefaults::standardPath(), systemLog_),
       driverInstallation_(QCoreApplication::applicationDirPath().toStdString()),
+      screen_(LinuxDesktop::create(mainQueue_, desktop_->application)),
       mediaHelper_(QCoreApplication::applicationDirPath().toStdString()),
       httpSession_(tagServiceOrigin(), otherTagService()), connection_(std::move(connection)),
       serverReport_(*connection_, mainQueue_, systemLog_), server_(*connection_, mainQueue_),
@@ -74,11 +75,19 @@ LinuxPlatform::LinuxPlatform(std::unique_ptr<Desktop> desktop, Connection connec
               (void)signalConnection_->waitUntilReady(kLongestSignalWait);
               return LoudnessGuard::forGiveBack(signalServer_, raisedDevicesPath());
           },
-          JsonUserDefaults::standardPath()) {}
+          JsonUserDefaults::standardPath()) {
+    desktop_->service.onActivated([this] {
+        if (screen_) screen_->bringToFront();
+    });
+}
 
 LinuxPlatform::~LinuxPlatform() = default;
 
 Platform LinuxPlatform::platform() {
+    Alert& alert = screen_ ? static_cast<Alert&>(screen_->alert()) : consoleAlert_;
+    StatusItem& item = screen_ ? static_cast<StatusItem&>(screen_->statusItem()) : noStatusItem_;
+    PanelWindow& panel =
+        screen_ ? static_cast<PanelWindow&>(screen_->panelWindow()) : noPanelWindow_;
     return {.audioHardware = audioHardware_,
             .outputUnits = outputUnits_,
             .sharedMemory = sharedMemory_,
@@ -87,7 +96,7 @@ Platform LinuxPlatform::platform() {
             .fileSystem = fileSystem_,
             .systemLog = systemLog_,
             .standardOutput = standardOutput_,
-            .alert = alert_,
+            .alert = alert,
             .driverInstallation = driverInstallation_,
             .terminationSignal = terminationSignal_,
             .application = desktop_->application,
@@ -99,8 +108,8 @@ Platform LinuxPlatform::platform() {
             .imageReader = imageReader_,
             .mediaHelper = mediaHelper_,
             .unicodeText = unicodeText_,
-            .statusItem = statusItem_,
-            .panelWindow = panelWindow_};
+            .statusItem = item,
+            .panelWindow = panel};
 }
 
 } // namespace halvo

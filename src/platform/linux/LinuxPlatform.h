@@ -5,6 +5,7 @@
 #include "platform/linux/ApplicationService.h"
 #include "platform/linux/JsonUserDefaults.h"
 #include "platform/linux/LinuxChildProcesses.h"
+#include "platform/linux/LinuxDesktop.h"
 #include "platform/linux/LinuxDriverInstallation.h"
 #include "platform/linux/LinuxMediaHelper.h"
 #include "platform/linux/LinuxScriptRunner.h"
@@ -68,14 +69,15 @@ class LinuxPlatform final : public PlatformHost {
     QtMainQueue mainQueue_;
     SyslogSystemLog systemLog_;
     ProcessStandardOutput standardOutput_;
-    ConsoleAlert alert_;
+    ConsoleAlert consoleAlert_;
     XdgFileSystem fileSystem_;
     JsonUserDefaults userDefaults_;
     LinuxDriverInstallation driverInstallation_;
     LinuxSharedMemory sharedMemory_;
     StatusService statusService_;
-    NoStatusItem statusItem_;
-    NoPanelWindow panelWindow_;
+    NoStatusItem noStatusItem_;
+    NoPanelWindow noPanelWindow_;
+    std::unique_ptr<LinuxDesktop> screen_; ///< null where there is none
 
     QtUnicodeText unicodeText_;
     LinuxMediaHelper mediaHelper_;

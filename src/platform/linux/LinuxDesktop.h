@@ -1,0 +1,38 @@
+#pragma once
+
+#include "platform/linux/DesktopAppearance.h"
+#include "platform/linux/LinuxStatusItem.h"
+#include "platform/qt/QtPanelWindow.h"
+#include "platform/qt/WindowAlert.h"
+
+#include <memory>
+
+namespace halvo {
+
+class Application;
+class MainQueue;
+
+/// What a Linux session with a screen has: the item, the panel, alerts and the desktop's look.
+/// Main thread only.
+class LinuxDesktop {
+  public:
+    /// Nothing in a process without a screen.
+    static std::unique_ptr<LinuxDesktop> create(MainQueue& queue, Application& application);
+
+    LinuxStatusItem& statusItem() { return statusItem_; }
+    QtPanelWindow& panelWindow() { return panelWindow_; }
+    WindowAlert& alert() { return alert_; }
+    /// Shows the panel, wherever it is.
+    void bringToFront();
+
+  private:
+    LinuxDesktop(MainQueue& queue, Application& application);
+    void applyAppearance();
+
+    WindowAlert alert_;
+    QtPanelWindow panelWindow_;
+    LinuxStatusItem statusItem_;
+    DesktopAppearance appearance_;
+};
+
+} // namespace halvo

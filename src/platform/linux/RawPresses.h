@@ -1,0 +1,29 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+
+namespace halvo {
+
+/// Hears every left and right press of a mouse on an X11 screen, whoever gets it, over a
+/// connection of its own, and takes none away. Main thread only.
+class RawPresses {
+  public:
+    /// Nothing where there is no X server, or one without raw events (XInput before 2.1).
+    static std::unique_ptr<RawPresses> create(std::function<void()> pressed);
+    /// Whether windows on the X11 screen can be transparent.
+    static bool hasCompositor();
+    ~RawPresses();
+    RawPresses(const RawPresses&) = delete;
+    RawPresses& operator=(const RawPresses&) = delete;
+
+  private:
+    struct Connection;
+
+    explicit RawPresses(std::unique_ptr<Connection> connection);
+    void read();
+
+    std::unique_ptr<Connection> connection_;
+};
+
+} // namespace halvo

@@ -1,0 +1,73 @@
+#pragma once
+
+#include "platform/PanelWindow.h"
+#include "ui/PanelContent.h"
+#include "ui/SettingsWindow.h"
+
+#include <QObject>
+#include <QQuickWindow>
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+namespace halvo {
+
+/// The panel as a frameless window of Qt's with the popover in it. The views are made soon after
+/// the start, or when the panel is first needed. Main thread only.
+class QtPanelWindow : public QObject, public PanelWindow {
+    Q_OBJECT
+
+  public:
+    struct Desktop {
+        MainQueue& mainQueue;
+        VolumeTaper volumeTaper;
+        std::function<void()> quit;
+        /// Hears presses anywhere until the answer is destroyed; null where a desktop tells none.
+        std::function<std::shared_ptr<void>(std::function<void()> pressed)> watchPresses;
+        /// Whether corners can be transparent.
+        std::function<bool()> hasCompositor;
+    };
+
+    explicit QtPanelWindow(Desktop desktop);
+    ~QtPanelWindow() override;
+
+    void setContent(const PopoverServices& services, std::function<void()> onSizeChange) override;
+    void removeContent() override;
+    ScreenSize fittingSize() override;
+    ScreenArea screenAt(ScreenPoint place) const override;
+    bool isVisible() const override { return window_ && window_->isVisible(); }
+    void orderFront(PanelStyle style) override;
+    void orderOut() override;
+    ScreenRect frame() const override;
+    void setFrame(const ScreenRect& frame, PanelMove move) override;
+    Subscription
+    monitorOutsidePresses(std::function<void(std::optional<ScreenPoint>)> pressed) override;
+
+    void setSystemAppearance(const SystemAppearance& appearance);
+    /// Opens the window with the four tabs.
+    void showSettingsWindow();
+    /// The windows, for pictures and tests; null before they are first needed.
+    QQuickWindow* window() const { return window_.get(); }
+    QQuickWindow* settingsWindow() const;
+
+  private:
+    void prepare();
+    void takePress();
+    void closeByKey();
+    void takeFocusLoss();
+    void roundCorners();
+
+    Desktop desktop_;
+    std::optional<PopoverServices> services_;
+    std::function<void()> onSizeChange_;
+    SystemAppearance appearance_;
+    std::function<void(std::optional<ScreenPoint>)> pressed_;
+    std::shared_ptr<void> presses_;
+    PanelStyle style_ = PanelStyle::hanging;
+    std::unique_ptr<QQuickWindow> window_;
+    std::unique_ptr<PanelContent> content_;
+    std::unique_ptr<SettingsWindow> settingsWindow_;
+};
+
+} // namespace halvo
