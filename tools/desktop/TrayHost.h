@@ -1,0 +1,73 @@
+#pragma once
+
+#include "platform/linux/StatusNotifierItem.h"
+
+#include <QDBusObjectPath>
+#include <QDBusVariant>
+#include <QImage>
+#include <QObject>
+#include <QString>
+
+namespace halvo::desktop {
+
+/// A desktop's tray without a picture of its own: watcher and host of status notifier items on the
+/// session bus, for one item. Main thread of Qt.
+class TrayHost final : public QObject {
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierWatcher")
+    Q_PROPERTY(bool IsStatusNotifierHostRegistered MEMBER hosted_)
+
+  public:
+    TrayHost();
+    ~TrayHost() override;
+
+    /// Takes the watcher's name, or gives it back: a desktop's shell starts or ends.
+    void appear();
+    void disappear();
+    bool hasItem() const { return !item_.isEmpty(); }
+    int newIcons() const { return newIcons_; }
+
+    /// What the item shows; null when it answers none. Waits for the answer.
+    NotifierPixmap pixmap() const;
+    QImage icon() const;
+    /// A click that the desktop reports at a place of the screen.
+    void activate(int x, int y);
+    /// Chooses an entry of the item's menu, as a desktop that draws menus itself.
+    void chooseMenuEntry(int id);
+
+  public Q_SLOTS:
+    Q_SCRIPTABLE void RegisterStatusNotifierItem(const QString& service);
+
+  Q_SIGNALS:
+    Q_SCRIPTABLE void StatusNotifierHostRegistered();
+
+  private Q_SLOTS:
+    void countIcon() { ++newIcons_; }
+
+  private:
+    QString item_;
+    bool hosted_ = true;
+    int newIcons_ = 0;
+};
+
+/// The part of the desktop portal that tells light from dark.
+class AppearancePortal final : public QObject {
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.portal.Settings")
+
+  public:
+    AppearancePortal();
+    void setDark(bool dark);
+
+  public Q_SLOTS:
+    Q_SCRIPTABLE QDBusVariant Read(const QString& group, const QString& key);
+
+  Q_SIGNALS:
+    Q_SCRIPTABLE void SettingChanged(const QString& group, const QString& key,
+                                     const QDBusVariant& value);
+
+  private:
+    uint scheme_ = 2;
+};
+
+} // namespace halvo::desktop
