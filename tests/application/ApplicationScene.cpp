@@ -32,11 +32,13 @@ void ApplicationScene::startDriver() {
     }
 }
 
-void ApplicationScene::startApplication() {
+void ApplicationScene::startApplication(const std::vector<std::string>& extra) {
     application_.reset();
     (void)std::filesystem::remove(session_->directory() + "/tmp/halvo_debug.log");
-    auto started = session_->spawn(
-        {HALVO_APPLICATION}, {std::string("HALVO_DRIVER_BUNDLE=") + HALVO_DRIVER_BUNDLE_PATH});
+    std::vector<std::string> environment{std::string("HALVO_DRIVER_BUNDLE=") +
+                                         HALVO_DRIVER_BUNDLE_PATH};
+    environment.insert(environment.end(), extra.begin(), extra.end());
+    auto started = session_->spawn({HALVO_APPLICATION}, environment);
     if (!started) throw std::runtime_error(started.error());
     application_ = std::move(*started);
 }

@@ -25,7 +25,8 @@ class ApplicationScene {
 
     void startDriver();
     void stopDriver() { driver_.reset(); }
-    void startApplication();
+    /// `extra`: more of its environment, NAME=VALUE.
+    void startApplication(const std::vector<std::string>& extra = {});
     /// Driver and application, and sound can flow.
     void startBoth();
     /// Whether the application has finished its start and the virtual device is the default.
