@@ -129,7 +129,7 @@ bool PanelContent::closeMenus() {
     const auto windows = QGuiApplication::allWindows();
     for (auto* window : windows) {
         if (window->type() != Qt::Popup || !window->isVisible()) continue;
-        window->close();
+        window->hide();
         closed = true;
     }
     return closed;

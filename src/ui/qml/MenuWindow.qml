@@ -17,7 +17,7 @@ Window {
     signal triggered(int index)
 
     function choose(index: int): void {
-        root.close();
+        root.visible = false;
         owner.Window.window.requestActivate(); // where popups take the keyboard
         root.triggered(index);
     }
@@ -30,7 +30,7 @@ Window {
             if (root.current >= 0)
                 root.choose(root.current);
         } else if (event.key === Qt.Key_Escape || event.key === Qt.Key_Tab) {
-            root.close();
+            root.visible = false;
         }
     }
     function openAt(x: real, y: real): void {

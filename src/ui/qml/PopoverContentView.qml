@@ -58,6 +58,10 @@ FocusScope {
         target: Theme
         value: root.settings.dark
     }
+    Item {
+        id: rest
+        focus: true
+    }
     Shortcut {
         sequence: "Ctrl+,"
 
@@ -73,7 +77,7 @@ FocusScope {
         TapHandler {
             onPressedChanged: {
                 if (pressed)
-                    root.forceActiveFocus();
+                    rest.forceActiveFocus();
             }
         }
     }

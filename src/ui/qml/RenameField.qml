@@ -58,8 +58,9 @@ T.TextField {
 
     Keys.onEscapePressed: end(false)
     onAccepted: end(true)
-    onActiveFocusChanged: {
-        if (!activeFocus)
+    // Not when the whole window loses the keyboard, to a menu for instance.
+    onFocusChanged: {
+        if (!focus)
             end(true);
     }
 }

@@ -1,0 +1,155 @@
+#include "PanelFixture.h"
+
+namespace halvo {
+
+namespace {
+
+TEST_F(PanelTest, FoldingAnnouncesTheSizeAtTheNextTurn) {
+    const int folded = panel.content().fittingSize().height();
+    int announced = 0;
+    QObject::connect(&panel.content(), &PanelContent::sizeChanged, &panel.window(),
+                     [&] { ++announced; });
+    for (const char* control : {"Show EQ", "Settings"}) {
+        announced = 0;
+        const int before = panel.window().height();
+        open(control);
+        EXPECT_GT(announced, 0) << control;
+        EXPECT_GT(panel.window().height(), before) << control;
+        EXPECT_EQ(panel.window().height(), panel.content().fittingSize().height()) << control;
+    }
+    open("Hide EQ");
+    open("Settings");
+    EXPECT_EQ(panel.window().height(), folded);
+    settings().setShowNowPlaying(false);
+    panel.settle();
+    EXPECT_LT(panel.window().height(), folded);
+    EXPECT_FALSE(item("NowPlayingBar"));
+}
+
+TEST_F(PanelTest, PickerOffersRealDevicesAndShowsWhatIsChosenElsewhere) {
+    auto& devices = delegate().deviceManager();
+    open("Output");
+    EXPECT_EQ(menuEntries(), (QStringList{"Built-in Speakers", "Studio Headphones"}));
+    choose("Studio Headphones");
+    EXPECT_EQ(devices.selectedDeviceID.get(), "headphones");
+    devices.selectedDeviceID.set("speakers");
+    EXPECT_EQ(item("OutputPicker")->property("text").toString(), "Built-in Speakers");
+    devices.selectedDeviceID.set("gone");
+    EXPECT_EQ(item("OutputPicker")->property("text").toString(), "");
+    machine.unplugOutputs();
+    open("Output");
+    EXPECT_FALSE(panel.menu());
+    open("Equalizer");
+    EXPECT_FALSE(presets().eqEnabled.get());
+}
+
+TEST_F(PanelTest, BandsFollowThePointerBeyondBothEnds) {
+    open("Show EQ");
+    auto* const band = item("BandSlider", 2);
+    panel.press(band->mapToScene({13, 75}));
+    EXPECT_FLOAT_EQ(presets().bandGain(2), 0);
+    for (const auto& [y, gain] : {std::pair{-60.0, 20.0F}, {260.0, -20.0F}, {37.5, 10.0F}}) {
+        panel.move(band->mapToScene({13, y}));
+        EXPECT_FLOAT_EQ(presets().bandGain(2), gain);
+    }
+    panel.release(band->mapToScene({13, 37.5}));
+    panel.doubleClick(band->mapToScene({13, 20}));
+    EXPECT_FLOAT_EQ(presets().bandGain(2), 0);
+
+    presets().activePresetID.set(std::nullopt);
+    const auto before = presets().presets.get();
+    panel.press(band->mapToScene({13, 10}));
+    panel.release(band->mapToScene({13, 10}));
+    EXPECT_EQ(presets().presets.get(), before);
+    EXPECT_EQ(band->property("gain").toFloat(), 0);
+}
+
+TEST_F(PanelTest, KeysStepABandAndThePreamp) {
+    open("Show EQ");
+    item("BandSlider", 5)->forceActiveFocus(Qt::TabFocusReason);
+    panel.type(Qt::Key_Home);
+    EXPECT_FLOAT_EQ(presets().bandGain(5), 0);
+    panel.type(Qt::Key_Up);
+    panel.type(Qt::Key_Right);
+    EXPECT_FLOAT_EQ(presets().bandGain(5), 1);
+    panel.type(Qt::Key_Down);
+    EXPECT_FLOAT_EQ(presets().bandGain(5), 0.5F);
+    presets().setBandGain(5, 19.8F);
+    panel.type(Qt::Key_Up);
+    EXPECT_FLOAT_EQ(presets().bandGain(5), 20);
+
+    presets().preamp.set(-3.5F);
+    panel.named("Preamp")->forceActiveFocus(Qt::TabFocusReason);
+    panel.type(Qt::Key_Right);
+    EXPECT_FLOAT_EQ(presets().preamp.get(), -3);
+    panel.type(Qt::Key_Home);
+    EXPECT_FLOAT_EQ(presets().preamp.get(), 0);
+}
+
+TEST_F(PanelTest, SpectrumIsFollowedOnlyWhileItIsSeen) {
+    const auto level = [this] { return item("BandSlider")->property("spectrumLevel").toFloat(); };
+    const auto play = [this](float value) {
+        SpectrumAnalyzer::BandLevels levels{};
+        levels.fill(value);
+        delegate().spectrumData().bandLevels.set(levels);
+    };
+    open("Show EQ");
+    play(0.5F);
+    EXPECT_FLOAT_EQ(level(), 0.5F);
+    panel.content().setShown(false);
+    play(0.7F);
+    EXPECT_FLOAT_EQ(level(), 0.5F);
+    panel.content().setShown(true);
+    EXPECT_FLOAT_EQ(level(), 0.7F);
+}
+
+TEST_F(PanelTest, LinkBindsThePresetToTheOutput) {
+    open("Bind preset to this output device");
+    const auto bound = presets().deviceBindings.get();
+    ASSERT_EQ(bound.size(), 1U);
+    EXPECT_EQ(bound.begin()->second, presets().activePresetID.get());
+    open("Preset bound to this device");
+    EXPECT_TRUE(presets().deviceBindings.get().empty());
+}
+
+TEST_F(PanelTest, GenreSwitchSaysOnceWhereNamesGo) {
+    const auto tall = panel.window().height();
+    open("Preset by genre");
+    EXPECT_TRUE(controller().isEnabled.get());
+    EXPECT_GT(panel.window().height(), tall);
+    open("Understood");
+    EXPECT_EQ(panel.window().height(), tall);
+    open("Preset by genre");
+    open("Preset by genre");
+    EXPECT_EQ(panel.window().height(), tall);
+
+    controller().currentGenre.set("Jazz");
+    panel.settle();
+    ASSERT_TRUE(item("AutoPresetPill"));
+    EXPECT_EQ(item("AutoPresetPill")->property("name").toString(), "Jazz");
+    panel.click(item("PresetPill", 1));
+    EXPECT_EQ(presets().activePreset()->name, "Hip-Hop");
+    EXPECT_FALSE(controller().isEnabled.get());
+    EXPECT_FALSE(item("AutoPresetPill"));
+}
+
+TEST_F(PanelTest, EveryControlHasANameAndTakesTheKeyboard) {
+    open("Show EQ");
+    open("Settings");
+    int controls = 0;
+    auto* const first = panel.named("Output");
+    first->forceActiveFocus(Qt::TabFocusReason);
+    for (auto* control = first; controls == 0 || control != first; ++controls) {
+        ASSERT_LT(controls, 200);
+        EXPECT_FALSE(OfflinePanel::nameOf(control).isEmpty()) << control->metaObject()->className();
+        panel.type(Qt::Key_Tab);
+        auto* const next = panel.window().activeFocusItem();
+        ASSERT_NE(next, control);
+        control = next;
+    }
+    EXPECT_GT(controls, 40);
+}
+
+} // namespace
+
+} // namespace halvo

@@ -1,0 +1,64 @@
+#include "PanelFixture.h"
+
+namespace halvo {
+
+namespace {
+
+using Names = std::vector<std::string>;
+
+TEST_F(PanelTest, DraggedPresetTakesThePlaceOfEachThatItEnters) {
+    auto* const dragged = item("PresetPill", 0);
+    const auto start = OfflinePanel::middle(dragged);
+    panel.press(start);
+    panel.move(start + QPointF(12, 0));
+    EXPECT_FLOAT_EQ(static_cast<float>(dragged->opacity()), 0.4F);
+    EXPECT_EQ(names(3), (Names{"R&B", "Hip-Hop", "Rock"})); // over itself
+
+    Names seen;
+    for (int x = 12; x < 220; x += 4) {
+        panel.move(start + QPointF(x, 3));
+        if (const auto second = names(4)[static_cast<std::size_t>(0)];
+            seen.empty() || seen.back() != second)
+            seen.push_back(second);
+    }
+    EXPECT_EQ(seen, (Names{"R&B", "Hip-Hop"})); // each step once, no way back
+    EXPECT_EQ(names(3), (Names{"Hip-Hop", "Rock", "Jazz"}));
+    panel.release(start + QPointF(216, 3));
+    panel.settle(50);
+    EXPECT_FLOAT_EQ(static_cast<float>(dragged->opacity()), 1);
+    EXPECT_EQ(presets().activePreset()->name, "R&B");
+}
+
+TEST_F(PanelTest, DragThatEndsElsewhereLeavesNoPillBehind) {
+    auto* const dragged = item("PresetPill", 0);
+    const auto start = OfflinePanel::middle(dragged);
+    panel.press(start);
+    panel.move(start + QPointF(12, 0));
+    panel.move(start + QPointF(12, 150));
+    panel.release(start + QPointF(12, 150));
+    panel.settle();
+    EXPECT_FLOAT_EQ(static_cast<float>(dragged->opacity()), 1);
+    EXPECT_EQ(names(2), (Names{"R&B", "Hip-Hop"}));
+}
+
+TEST_F(PanelTest, MenusOfFactoryAndCustomPresets) {
+    panel.click(item("PresetPill", 0), Qt::RightButton);
+    EXPECT_EQ(menuEntries(), QStringList{"Duplicate"});
+    choose("Duplicate");
+    EXPECT_EQ(names(2), (Names{"R&B", "R&B Copy"}));
+    EXPECT_EQ(presets().activePreset()->name, "R&B Copy");
+
+    panel.click(item("PresetPill", 1), Qt::RightButton);
+    EXPECT_EQ(menuEntries(), (QStringList{"Duplicate", "Rename", "Delete"}));
+}
+
+TEST_F(PanelTest, NewPresetBecomesActive) {
+    panel.named("Create custom preset")->forceActiveFocus(Qt::TabFocusReason);
+    panel.type(Qt::Key_Space, " ");
+    EXPECT_EQ(presets().presets.get().back().name, "Custom");
+    EXPECT_EQ(presets().activePresetID.get(), presets().presets.get().back().id);
+}
+
+} // namespace
+
+} // namespace halvo

@@ -1,0 +1,103 @@
+#include "PanelFixture.h"
+
+#include "ui/SettingsWindow.h"
+
+#include <QQuickView>
+
+namespace halvo {
+
+namespace {
+
+TEST_F(PanelTest, PickedAndTypedColorsBecomeTheAccent) {
+    open("Settings");
+    open("Add custom color");
+    auto* const editor = item("ColorEditor");
+    ASSERT_TRUE(editor);
+    const struct {
+        int plane;
+        QPointF inside;
+        QPointF beyond; // the pure colour, then red
+    } drags[] = {{0, {200, 20}, {400, -9}}, {1, {20, 6}, {-9, 6}}};
+    for (const auto& [index, inside, beyond] : drags) {
+        auto* const plane = item("ColorPlane", index);
+        panel.press(plane->mapToScene(inside));
+        panel.move(plane->mapToScene(beyond));
+        panel.release(plane->mapToScene(beyond));
+    }
+    EXPECT_EQ(editor->property("newColorHex").toString(), "FF0000");
+    open("Add this color");
+    ASSERT_EQ(settings().customColors.get().size(), 1U);
+    EXPECT_EQ(settings().customColors.get()[0].hex, "#FF0000");
+    EXPECT_EQ(settings().customColors.get()[0].name, "Custom");
+    EXPECT_EQ(settings().accentColorHex.get(), "#FF0000");
+    EXPECT_FALSE(item("ColorEditor"));
+
+    open("Add custom color");
+    item("ColorEditor")->setProperty("newColorHex", "12345");
+    open("Add this color");
+    EXPECT_EQ(settings().customColors.get().size(), 1U);
+    EXPECT_TRUE(item("ColorEditor"));
+}
+
+TEST_F(PanelTest, CustomColorsAreReorderedAndDeleted) {
+    for (const char* hex : {"#111111", "#222222", "#333333"})
+        settings().addCustomColor(hex, "Custom");
+    settings().setAccentColorHex("#111111");
+    open("Settings");
+    const auto order = [this] {
+        std::string text;
+        for (const auto& color : settings().customColors.get())
+            text += color.hex[1];
+        return text;
+    };
+    const auto start = OfflinePanel::middle(item("CustomColorCircle", 0));
+    panel.press(start);
+    for (int x = 0; x <= 60; x += 3)
+        panel.move(start + QPointF(x, 0));
+    panel.release(start + QPointF(60, 0));
+    panel.settle();
+    EXPECT_EQ(order(), "231");
+
+    panel.click(item("CustomColorCircle", 2), Qt::RightButton);
+    EXPECT_EQ(menuEntries(), QStringList{"Delete"});
+    choose("Delete");
+    EXPECT_EQ(order(), "23");
+    EXPECT_EQ(settings().accentColorHex.get(), "native");
+}
+
+TEST_F(PanelTest, QuitRunsTheShutdownPath) {
+    open("Settings");
+    open("Quit Halvo");
+    EXPECT_TRUE(machine.hasQuit());
+    EXPECT_EQ(machine.fake().audioHardware.defaultOutput(),
+              machine.fake().audioHardware.deviceForUID("speakers"));
+}
+
+TEST_F(PanelTest, SettingsWindowNamesItsAreasAndChangesNothing) {
+    const int writes = machine.fake().userDefaults.writes;
+    SettingsWindow window(panel.content().engine());
+    window.show();
+    panel.settle(50);
+    EXPECT_EQ(window.window()->size(), QSize(480, 360));
+    const struct {
+        const char* tab;
+        const char* text;
+    } tabs[] = {{"General", "General settings"},
+                {"Presets", "Manage presets: rename, reorder, import/export"},
+                {"Rules", "Rules editor: Output Device \u2192 Preset, Main App \u2192 Preset"},
+                {"Driver", "Driver install/uninstall, diagnostics"}};
+    EXPECT_EQ(window.window()->title(), "General");
+    for (const auto& [tab, text] : tabs) {
+        panel.click(panel.named(tab, window.window()));
+        auto* const form = panel.find("SettingsForm", 0, window.window());
+        auto* const view =
+            form ? form : panel.find(QString(tab) + "SettingsView", 0, window.window());
+        ASSERT_TRUE(view) << tab;
+        EXPECT_EQ(view->property("text").toString(), text);
+    }
+    EXPECT_EQ(machine.fake().userDefaults.writes, writes);
+}
+
+} // namespace
+
+} // namespace halvo
