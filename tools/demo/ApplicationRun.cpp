@@ -23,13 +23,15 @@ std::string contents(const std::string& path) {
 
 } // namespace
 
-std::expected<std::unique_ptr<ApplicationRun>, std::string> ApplicationRun::start(Stage& stage) {
+std::expected<std::unique_ptr<ApplicationRun>, std::string>
+ApplicationRun::start(Stage& stage, const std::vector<std::string>& extra) {
     std::error_code ignored; // the first run finds none
     std::filesystem::remove(debugLogPath(stage), ignored);
     const Clock::time_point startTime = Clock::now();
-    auto program = stage.session().spawn(
-        {stage.programs().application},
-        {"HALVO_DRIVER_BUNDLE=" + stage.programs().driverBundle, "QT_QPA_PLATFORM=offscreen"});
+    std::vector<std::string> environment{"HALVO_DRIVER_BUNDLE=" + stage.programs().driverBundle,
+                                         "QT_QPA_PLATFORM=offscreen"};
+    environment.insert(environment.end(), extra.begin(), extra.end());
+    auto program = stage.session().spawn({stage.programs().application}, environment);
     if (!program) return std::unexpected("halvo cannot start: " + program.error());
     return std::unique_ptr<ApplicationRun>(
         new ApplicationRun(stage, std::move(*program), startTime));

@@ -6,6 +6,7 @@
 #include <expected>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace halvo::demo {
 
@@ -14,8 +15,10 @@ class ApplicationRun {
   public:
     using Clock = std::chrono::steady_clock;
 
-    /// Starts the application; `waitUntilReady` tells when sound can flow.
-    static std::expected<std::unique_ptr<ApplicationRun>, std::string> start(Stage& stage);
+    /// Starts the application, with more (NAME=VALUE) in its environment; `waitUntilReady` tells
+    /// when sound can flow.
+    static std::expected<std::unique_ptr<ApplicationRun>, std::string>
+    start(Stage& stage, const std::vector<std::string>& extra = {});
 
     /// Until the application has reported its start as done and clients play into the virtual
     /// output; else a sentence with what the application said.

@@ -2,6 +2,7 @@
 
 #include "Alignment.h"
 #include "ExpectedResponse.h"
+#include "GenreShow.h"
 #include "PresetsFile.h"
 #include "ProcessUsage.h"
 #include "Progress.h"
@@ -15,6 +16,7 @@
 #include <cmath>
 #include <filesystem>
 #include <tuple>
+#include <utility>
 
 namespace halvo::demo {
 namespace {
@@ -56,7 +58,7 @@ double cpuPercent(const ProcessUsage& before, const ProcessUsage& after, Seconds
 
 std::expected<Report, std::string> Demo::run() {
     for (const auto step : {&Demo::prepare, &Demo::straightRun, &Demo::flatRun, &Demo::bandRuns,
-                            &Demo::firstPresetRun, &Demo::writeReport})
+                            &Demo::firstPresetRun, &Demo::genreRun, &Demo::writeReport})
         if (auto outcome = (this->*step)(); !outcome) return std::unexpected(outcome.error());
     return report_;
 }
@@ -228,6 +230,13 @@ Demo::Outcome Demo::judgeFirstPreset(const Take& take) {
                                                   measure(transfer, expected, band, 0).deviation());
     progress("The first factory preset, \"%s\": heard within %.2f dB of the formula.",
              preset->name.c_str(), report_.firstPresetDeviationDb);
+    return {};
+}
+
+Demo::Outcome Demo::genreRun() {
+    auto tracks = showGenres(*stage_);
+    if (!tracks) return std::unexpected(tracks.error());
+    report_.tracks = std::move(*tracks);
     return {};
 }
 

@@ -33,6 +33,7 @@ class Demo {
     Outcome bandRun(std::span<const int> bands, float gainDb);
     Outcome firstPresetRun();
     Outcome judgeFirstPreset(const Take& take);
+    Outcome genreRun();
     Outcome writeReport();
 
     /// Starts the application on a preset with these gains; ready when sound can flow.

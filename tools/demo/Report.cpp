@@ -13,6 +13,7 @@ namespace halvo::demo {
 namespace {
 
 constexpr std::size_t kBandCount = 20;
+constexpr std::size_t kTrackCount = 3;
 constexpr std::size_t kMostRepeatedTakes = 3;
 constexpr double kMostPresetDeviationDb = 0.4;
 constexpr std::int64_t kMostLatencyFrames = 4096;
@@ -52,6 +53,12 @@ std::string bandCell(const BandMeasurement& band) {
                 band.measuredDb, band.holds() ? ' ' : '!');
 }
 
+/// The texts may be of any script: they are not cut to columns.
+std::string trackLine(const AnnouncedTrack& track) {
+    return "  " + track.artist + ", \"" + track.title + "\": " + track.tags + " -> " +
+           track.preset + text(" (%.1f s)\n", track.seconds);
+}
+
 } // namespace
 
 double BandMeasurement::deviation() const {
@@ -86,6 +93,13 @@ std::vector<std::string> Report::failures() const {
     if (activePreset.empty()) sentences.push_back("Halvo did not tell its active preset.");
     if (!std::ranges::all_of(bandLevels, [](double level) { return level > 0 && level <= 1; }))
         sentences.push_back("Not every band level rose during the demo track.");
+    if (tracks.size() != kTrackCount)
+        sentences.push_back(text("%zu of %zu tracks were announced.", tracks.size(), kTrackCount));
+    for (const AnnouncedTrack& track : tracks)
+        if (track.preset != track.wanted || track.tags.empty())
+            sentences.push_back(text("\"%s\" sounds as \"%s\" does, not as \"%s\".",
+                                     track.title.c_str(), track.preset.c_str(),
+                                     track.wanted.c_str()));
     judgeCost(sentences, "halvo", halvo, kMostOfHalvo);
     judgeCost(sentences, "The driver", driver, kMostOfDriver);
     return sentences;
@@ -103,6 +117,13 @@ std::string Report::json() const {
     root["startToSoundMs"] = startToSoundMs;
     root["activePreset"] = activePreset;
     root["bandLevels"] = bandLevels;
+    root["tracks"] = nlohmann::ordered_json::array();
+    for (const AnnouncedTrack& track : tracks)
+        root["tracks"].push_back({{"title", track.title},
+                                  {"artist", track.artist},
+                                  {"tags", track.tags},
+                                  {"preset", track.preset},
+                                  {"seconds", track.seconds}});
     root["cpuPercent"] = {{"halvo", halvo.cpuPercent}, {"driver", driver.cpuPercent}};
     root["rssMiB"] = {{"halvo", halvo.rssMiB}, {"driver", driver.rssMiB}};
     return root.dump(2) + "\n";
@@ -127,6 +148,8 @@ std::string Report::table() const {
     for (const double level : bandLevels)
         result += text(" %.2f", level);
     result += "\n";
+    for (const AnnouncedTrack& track : tracks)
+        result += trackLine(track);
     result += text("  halvo                      %.1f %% of a processor, %.1f MiB\n",
                    halvo.cpuPercent, halvo.rssMiB);
     result += text("  driver                     %.1f %% of a processor, %.1f MiB\n",

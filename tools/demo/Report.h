@@ -27,6 +27,16 @@ struct Cost {
     double rssMiB = 0;
 };
 
+/// A track that a player announced, and what came of it.
+struct AnnouncedTrack {
+    std::string title = {};
+    std::string artist = {};
+    std::string tags = {};   ///< what the tag service answered when it was asked; else empty
+    std::string preset = {}; ///< the active one afterwards
+    std::string wanted = {}; ///< the preset of that genre
+    double seconds = 0;      ///< from the announcement to the preset
+};
+
 /// Everything that the demo measured, and whether it is good enough.
 struct Report {
     std::vector<BandMeasurement> bands;
@@ -43,6 +53,7 @@ struct Report {
     /// its ten band levels (0 to 1) rose.
     std::string activePreset;
     std::array<double, 10> bandLevels{};
+    std::vector<AnnouncedTrack> tracks;
     Cost halvo;
     Cost driver;
 

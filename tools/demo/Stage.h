@@ -25,8 +25,9 @@ class Stage {
     const Programs& programs() const { return programs_; }
     int driverPid() const { return driver_->pid(); }
 
-    /// Where programs in the session keep their data, and where they write temporary files.
+    /// Where programs in the session keep their data and their settings, and write temporary files.
     std::string dataHome() const { return session_->directory() + "/data"; }
+    std::string configHome() const { return session_->directory() + "/config"; }
     std::string temporaryFolder() const { return session_->directory() + "/tmp"; }
 
     /// Writes a sound and a little silence into the session's folder for `play`; gives its path.

@@ -28,6 +28,9 @@ Report goodReport() {
     report.startToSoundMs = 480.5;
     report.activePreset = "R&B";
     report.bandLevels.fill(0.5);
+    for (const auto* title : {"One", "Two", "Three"})
+        report.tracks.push_back(
+            {.title = title, .tags = "jazz", .preset = "Jazz", .wanted = "Jazz"});
     report.halvo = {.cpuPercent = 2.5, .rssMiB = 60};
     report.driver = {.cpuPercent = 0.5, .rssMiB = 12};
     return report;
@@ -56,6 +59,9 @@ TEST(ReportTest, NamesEachNumberThatDoesNotHold) {
         {"slow start", [](Report& r) { r.startToSoundMs = 9000; }, "9000 ms"},
         {"start not a number", [&](Report& r) { r.startToSoundMs = nan; }, "ms after the start"},
         {"busy", [](Report& r) { r.halvo.cpuPercent = 99; }, "halvo took 99.0"},
+        {"a track is missing", [](Report& r) { r.tracks.pop_back(); }, "2 of 3 tracks"},
+        {"another genre", [](Report& r) { r.tracks[1].preset = "Flat"; }, "\"Two\" sounds as"},
+        {"nobody asked", [](Report& r) { r.tracks[2].tags.clear(); }, "Three"},
         {"no preset told", [](Report& r) { r.activePreset.clear(); }, "active preset"},
         {"a silent band", [](Report& r) { r.bandLevels[3] = 0; }, "band level"},
         {"no memory read", [](Report& r) { r.driver.rssMiB = 0; }, "driver held 0.0"},

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "Report.h"
+#include "Stage.h"
+
+#include <expected>
+#include <string>
+#include <vector>
+
+namespace halvo::demo {
+
+/// A player announces tracks of three genres while the application runs with presets that follow
+/// the genre, and a tag service of the demo's own answers; what the application then did.
+std::expected<std::vector<AnnouncedTrack>, std::string> showGenres(Stage& stage);
+
+} // namespace halvo::demo
