@@ -50,6 +50,26 @@ TEST_F(PanelTest, MenusOfFactoryAndCustomPresets) {
 
     panel.click(item("PresetPill", 1), Qt::RightButton);
     EXPECT_EQ(menuEntries(), (QStringList{"Duplicate", "Rename", "Delete"}));
+    choose("Rename");
+    panel.type(Qt::Key_X, "x");
+    panel.type(Qt::Key_Return);
+    EXPECT_EQ(names(2), (Names{"R&B", "x"}));
+
+    panel.click(item("PresetPill", 1), Qt::RightButton);
+    choose("Rename");
+    panel.type(Qt::Key_Y, "y");
+    panel.type(Qt::Key_Escape);
+    EXPECT_EQ(names(2), (Names{"R&B", "x"}));
+
+    // "Delete", by the keyboard.
+    item("PresetPill", 1)->forceActiveFocus(Qt::TabFocusReason);
+    panel.settle(50);
+    for (const auto key : {Qt::Key_Menu, Qt::Key_Down, Qt::Key_Down, Qt::Key_Return}) {
+        panel.type(key);
+        panel.settle(50);
+    }
+    EXPECT_EQ(names(2), (Names{"R&B", "Hip-Hop"}));
+    EXPECT_EQ(presets().activePreset()->name, "R&B");
 }
 
 TEST_F(PanelTest, NewPresetBecomesActive) {

@@ -143,9 +143,10 @@ void OfflinePanel::doubleClick(QPointF place) {
 }
 
 void OfflinePanel::type(Qt::Key key, const QString& text, Qt::KeyboardModifiers modifiers) {
+    auto* const focused = QGuiApplication::focusWindow();
     for (const auto kind : {QEvent::KeyPress, QEvent::KeyRelease}) {
         QKeyEvent event(kind, key, modifiers, text);
-        QCoreApplication::sendEvent(&window_, &event);
+        QCoreApplication::sendEvent(focused ? focused : &window_, &event);
     }
     settle(1);
 }

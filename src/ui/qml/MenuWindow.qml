@@ -2,8 +2,8 @@ import QtQuick
 import QtQuick.Window
 import Halvo
 
-// A menu in a window of its own, so that it may be larger than the panel. The keyboard stays with
-// the panel: the owner passes its keys on while the menu is visible.
+// A menu in a window of its own, so that it may be larger than the panel. Where the keyboard stays
+// with the panel, the owner passes its keys on while the menu is visible.
 Window {
     id: root
 
@@ -61,7 +61,10 @@ Window {
         anchors.fill: parent
         border.color: Theme.border
         color: Theme.menu
+        focus: true
         radius: 6
+
+        Keys.onPressed: event => root.handleKey(event)
 
         Flickable {
             anchors.fill: parent
