@@ -10,8 +10,8 @@ constexpr qreal kRadius = 6;
 
 } // namespace
 
-void Artwork::setImage(const QImage& image) {
-    image_ = image;
+void Artwork::setImage(const QVariant& image) {
+    image_ = image.value<QImage>();
     redraw();
     Q_EMIT imageChanged();
 }

@@ -8,7 +8,7 @@ namespace halvo {
 
 /// The surfaces of a colour picker: every saturation (to the right) and brightness (upwards) of a
 /// hue, or a strip of all hues.
-class ColorPlane : public ImageItem {
+class ColorPlane : public halvo::ImageItem { // in full: Qt 6.4 reads the text
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(bool hues READ hues WRITE setHues NOTIFY huesChanged FINAL)

@@ -9,7 +9,7 @@
 namespace halvo {
 
 /// One of the bundled symbols in one colour.
-class Icon : public ImageItem {
+class Icon : public halvo::ImageItem { // in full: Qt 6.4 reads the text
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(QString name READ name WRITE setName NOTIFY nameChanged FINAL)

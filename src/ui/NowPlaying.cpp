@@ -5,6 +5,8 @@
 #include "settings/AppSettings.h"
 #include "ui/QtValues.h"
 
+#include <QImage>
+
 namespace halvo {
 
 NowPlaying::NowPlaying(NowPlayingMonitor& monitor, AutoGenreController& controller,
@@ -46,8 +48,8 @@ bool NowPlaying::hasArtwork() const {
     return image && image->pixels && image->width > 0 && image->height > 0;
 }
 
-QImage NowPlaying::artwork() const {
-    if (!hasArtwork()) return {};
+QVariant NowPlaying::artwork() const {
+    if (!hasArtwork()) return QImage();
     const auto& image = monitor_.artworkImage.get();
     const QImage shared(reinterpret_cast<const uchar*>(image->pixels->data()), image->width,
                         image->height, image->width * 4, QImage::Format_ARGB32_Premultiplied);

@@ -2,9 +2,9 @@
 
 #include "base/Subscription.h"
 
-#include <QImage>
 #include <QObject>
 #include <QString>
+#include <QVariant>
 #include <QtQml/qqmlregistration.h>
 
 #include <vector>
@@ -25,7 +25,7 @@ class NowPlaying : public QObject {
     Q_PROPERTY(QString artist READ artist NOTIFY trackChanged FINAL)
     Q_PROPERTY(bool playing READ playing NOTIFY playingChanged FINAL)
     Q_PROPERTY(bool hasArtwork READ hasArtwork NOTIFY artworkChanged FINAL)
-    Q_PROPERTY(QImage artwork READ artwork NOTIFY artworkChanged FINAL)
+    Q_PROPERTY(QVariant artwork READ artwork NOTIFY artworkChanged FINAL)
     Q_PROPERTY(bool automatic READ automatic WRITE setAutomatic NOTIFY automaticChanged FINAL)
     Q_PROPERTY(bool noticeDue READ noticeDue NOTIFY automaticChanged FINAL)
     Q_PROPERTY(bool lookingUp READ lookingUp NOTIFY lookingUpChanged FINAL)
@@ -41,7 +41,7 @@ class NowPlaying : public QObject {
     QString artist() const; ///< empty when unknown
     bool playing() const;
     bool hasArtwork() const;
-    QImage artwork() const; ///< null when there is none
+    QVariant artwork() const; ///< a QImage, null when there is none
 
     bool automatic() const;
     void setAutomatic(bool automatic);

@@ -9,7 +9,7 @@ namespace halvo {
 
 /// The backdrop of a band: a rounded bar that grows from the bottom. It is drawn again only when
 /// its height in pixels changes.
-class SpectrumBar : public ImageItem {
+class SpectrumBar : public halvo::ImageItem { // in full: Qt 6.4 reads the text
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(float level READ level WRITE setLevel NOTIFY levelChanged FINAL)

@@ -1,9 +1,10 @@
 import QtQuick
+import QtQuick.Templates as T
 import Halvo
 
 // Shows which control has the keyboard.
 Rectangle {
-    required property Item control
+    required property T.Control control
     property int gap: 2
 
     anchors.fill: parent

@@ -22,7 +22,7 @@ Item {
         anchors.verticalCenter: parent.verticalCenter
         focusPolicy: Qt.StrongFocus
         implicitHeight: 24
-        implicitWidth: foldRow.implicitWidth + 12
+        implicitWidth: implicitContentWidth
         text: root.showAdvanced ? qsTr("Hide EQ") : qsTr("Show EQ")
         x: Theme.margin - 4
 
@@ -37,25 +37,22 @@ Item {
                 radius: 8
             }
         }
-        contentItem: Item {
-            Row {
-                id: foldRow
-                anchors.verticalCenter: parent.verticalCenter
-                spacing: 6
-                x: 6
+        contentItem: Row {
+            leftPadding: 6
+            rightPadding: 6
+            spacing: 6
 
-                Icon {
-                    anchors.verticalCenter: parent.verticalCenter
-                    color: Theme.secondary
-                    name: root.showAdvanced ? "caret-up" : "caret-down"
-                    size: 11
-                }
-                TextLabel {
-                    anchors.verticalCenter: parent.verticalCenter
-                    color: Theme.secondary
-                    font.pixelSize: 11
-                    text: fold.text
-                }
+            Icon {
+                anchors.verticalCenter: parent.verticalCenter
+                color: Theme.secondary
+                name: root.showAdvanced ? "caret-up" : "caret-down"
+                size: 11
+            }
+            TextLabel {
+                anchors.verticalCenter: parent.verticalCenter
+                color: Theme.secondary
+                font.pixelSize: 11
+                text: fold.text
             }
         }
 

@@ -7,35 +7,29 @@ T.AbstractButton {
     id: root
 
     property bool current: false
+    readonly property color ink: current ? Theme.textOn(Theme.accent) : Theme.primary
 
     Accessible.role: Accessible.MenuItem
     implicitHeight: 24
-    implicitWidth: label.implicitWidth + label.leftMargin + 14
+    implicitWidth: implicitContentWidth
 
     background: Rectangle {
-        color: Theme.accent
+        color: root.current ? Theme.accent : "transparent"
         radius: 4
-        visible: root.current
-    }
-    contentItem: Item {
+
         Icon {
             anchors.verticalCenter: parent.verticalCenter
-            color: label.color
+            color: root.ink
             name: "check"
             size: 11
             visible: root.checkable && root.checked
             x: 6
         }
-        TextLabel {
-            id: label
-
-            readonly property int leftMargin: root.checkable ? 22 : 10
-
-            anchors.fill: parent
-            anchors.leftMargin: leftMargin
-            anchors.rightMargin: 6
-            color: root.current ? Theme.textOn(Theme.accent) : Theme.primary
-            text: root.text
-        }
+    }
+    contentItem: TextLabel {
+        color: root.ink
+        leftPadding: root.checkable ? 22 : 10
+        rightPadding: 14
+        text: root.text
     }
 }

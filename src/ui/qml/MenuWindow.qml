@@ -1,3 +1,4 @@
+pragma ComponentBehavior: Bound
 import QtQuick
 import QtQuick.Window
 import Halvo
@@ -12,7 +13,7 @@ Window {
     property bool hasChecks: false
     property int minimumContentWidth: 120
     required property Item owner
-    property list<string> texts
+    property var texts: []
 
     signal triggered(int index)
 

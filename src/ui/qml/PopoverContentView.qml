@@ -114,14 +114,10 @@ FocusScope {
         SectionDivider {
             visible: root.showAdvanced
         }
-        Loader {
-            active: root.showAdvanced
-            visible: active
-
-            sourceComponent: EQBandsView {
-                accent: root.settings.accent
-                bands: root.bands
-            }
+        EQBandsView {
+            accent: root.settings.accent
+            bands: root.bands
+            visible: root.showAdvanced
         }
         SectionDivider {
         }
@@ -137,17 +133,13 @@ FocusScope {
         SectionDivider {
             visible: root.showSettings
         }
-        Loader {
-            active: root.showSettings
-            visible: active
+        SettingsPanel {
+            accent: root.settings.accent
+            settings: root.settings
+            visible: root.showSettings
 
-            sourceComponent: SettingsPanel {
-                accent: root.settings.accent
-                settings: root.settings
-
-                onQuitRequested: root.quitRequested()
-                onShowColorCreatorChanged: root.sizeMayChange()
-            }
+            onQuitRequested: root.quitRequested()
+            onShowColorCreatorChanged: root.sizeMayChange()
         }
     }
 }

@@ -1,3 +1,4 @@
+pragma ComponentBehavior: Bound
 import QtQuick
 import Halvo
 
@@ -122,7 +123,7 @@ Item {
                 }
                 onClicked: {
                     root.presets.create();
-                    Qt.callLater(() => strip.scrollTo(strip.contentWidth));
+                    end.start();
                 }
             }
         }
@@ -160,6 +161,14 @@ Item {
         opacity: 0.9
         visible: root.draggingPresetID !== ""
         z: 1
+    }
+
+    // When the new pill has its place.
+    Timer {
+        id: end
+        interval: 0
+
+        onTriggered: strip.scrollTo(strip.contentWidth)
     }
 
     // Held near an end the strip goes on by itself.
