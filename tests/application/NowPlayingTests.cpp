@@ -43,13 +43,15 @@ class ListeningScene {
         scene.startDriver();
     }
 
-    void start(bool autoGenre) {
+    void start(bool autoGenre, const std::vector<std::string>& extra = {}) {
         if (autoGenre) {
             const auto folder = scene.session().directory() + "/config/halvo";
             std::filesystem::create_directories(folder);
             std::ofstream(folder + "/defaults.json") << R"({"autoGenreEnabled": true})";
         }
-        scene.startApplication({"HALVO_TAG_SERVICE=" + tags.address()});
+        std::vector<std::string> environment{"HALVO_TAG_SERVICE=" + tags.address()};
+        environment.insert(environment.end(), extra.begin(), extra.end());
+        scene.startApplication(environment);
         ASSERT_TRUE(scene.isReady()) << scene.debugLog();
     }
 
@@ -121,6 +123,17 @@ TEST(NowPlaying, AnotherTrackSoundsAsItsGenreDoes) {
     ASSERT_EQ(listening.tags.requests().size(), 2U);
     EXPECT_TRUE(listening.tags.requests()[1].target.contains("&artist=Kylie&"));
     EXPECT_EQ(scene.quit(), 0);
+}
+
+TEST(NowPlaying, WithoutAHelperThePlayersAreAsked) {
+    for (const auto* helper : {"", "/etc/passwd"}) { // there is none; it cannot be launched
+        ListeningScene listening;
+        listening.announce("Kylie", "Padam");
+        listening.start(true, {std::string("HALVO_MEDIA_HELPER=") + helper});
+        EXPECT_TRUE(listening.presetIs("Pop")) << helper;
+        listening.announce("Miles", "So What");
+        EXPECT_TRUE(listening.presetIs("Jazz")) << helper;
+    }
 }
 
 TEST(NowPlaying, WhileTheFeatureIsOffNobodyIsAsked) {
