@@ -152,7 +152,7 @@ void OfflinePanel::type(Qt::Key key, const QString& text, Qt::KeyboardModifiers 
 }
 
 QImage OfflinePanel::picture() {
-    const QImage image = rounded(window_.grabWindow(), 10);
+    QImage image = rounded(window_.grabWindow(), 10);
     auto* const open = menu();
     if (!open) return image;
     const qreal ratio = window_.effectiveDevicePixelRatio();

@@ -13,28 +13,28 @@ QDBusArgument& operator<<(QDBusArgument& argument, const BusMenuItem& item) {
     argument.beginStructure();
     argument << item.id << item.properties << item.children;
     argument.endStructure();
-    return argument;
+    return argument; // NOLINT(bugprone-return-const-ref-from-parameter): the toolkit asks for it
 }
 
 const QDBusArgument& operator>>(const QDBusArgument& argument, BusMenuItem& item) {
     argument.beginStructure();
     argument >> item.id >> item.properties >> item.children;
     argument.endStructure();
-    return argument;
+    return argument; // NOLINT(bugprone-return-const-ref-from-parameter): the toolkit asks for it
 }
 
 QDBusArgument& operator<<(QDBusArgument& argument, const BusMenuProperties& item) {
     argument.beginStructure();
     argument << item.id << item.properties;
     argument.endStructure();
-    return argument;
+    return argument; // NOLINT(bugprone-return-const-ref-from-parameter): the toolkit asks for it
 }
 
 const QDBusArgument& operator>>(const QDBusArgument& argument, BusMenuProperties& item) {
     argument.beginStructure();
     argument >> item.id >> item.properties;
     argument.endStructure();
-    return argument;
+    return argument; // NOLINT(bugprone-return-const-ref-from-parameter): the toolkit asks for it
 }
 
 StatusMenu::StatusMenu(std::vector<Entry> entries) : entries_(std::move(entries)) {

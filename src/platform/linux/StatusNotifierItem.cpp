@@ -41,28 +41,28 @@ QDBusArgument& operator<<(QDBusArgument& argument, const NotifierPixmap& pixmap)
     argument.beginStructure();
     argument << pixmap.width << pixmap.height << pixmap.bytes;
     argument.endStructure();
-    return argument;
+    return argument; // NOLINT(bugprone-return-const-ref-from-parameter): the toolkit asks for it
 }
 
 const QDBusArgument& operator>>(const QDBusArgument& argument, NotifierPixmap& pixmap) {
     argument.beginStructure();
     argument >> pixmap.width >> pixmap.height >> pixmap.bytes;
     argument.endStructure();
-    return argument;
+    return argument; // NOLINT(bugprone-return-const-ref-from-parameter): the toolkit asks for it
 }
 
 QDBusArgument& operator<<(QDBusArgument& argument, const NotifierToolTip& toolTip) {
     argument.beginStructure();
     argument << toolTip.iconName << toolTip.pixmaps << toolTip.title << toolTip.text;
     argument.endStructure();
-    return argument;
+    return argument; // NOLINT(bugprone-return-const-ref-from-parameter): the toolkit asks for it
 }
 
 const QDBusArgument& operator>>(const QDBusArgument& argument, NotifierToolTip& toolTip) {
     argument.beginStructure();
     argument >> toolTip.iconName >> toolTip.pixmaps >> toolTip.title >> toolTip.text;
     argument.endStructure();
-    return argument;
+    return argument; // NOLINT(bugprone-return-const-ref-from-parameter): the toolkit asks for it
 }
 
 StatusNotifierItem::StatusNotifierItem(const QDBusObjectPath& menu)
