@@ -27,21 +27,22 @@ void say(const char* text, const std::string& detail = "") {
 
 } // namespace
 
-Driver::Driver() : backOff_(kFirstBackOff) {
+Driver::Driver(pid_t keeper) : keeper_(keeper), backOff_(kFirstBackOff) {
     pw_init(nullptr, nullptr);
 }
 
 Driver::~Driver() {
     disconnect();
     if (context_ != nullptr) pw_context_destroy(context_);
+    keeperWatch_.reset();
     if (mainLoop_ != nullptr) pw_main_loop_destroy(mainLoop_);
     pw_deinit();
 }
 
 int Driver::run() {
-    if (!openRing()) return 1;
+    if (!openRing()) return status_ != 0 ? status_ : kFailed;
     mainLoop_ = pw_main_loop_new(nullptr);
-    if (mainLoop_ == nullptr) return 1;
+    if (mainLoop_ == nullptr) return kFailed;
     loop_ = pw_main_loop_get_loop(mainLoop_);
     // Before the data thread exists: it inherits the blocked signals.
     pw_loop_add_signal(loop_, SIGTERM, onSignal, this);
@@ -53,8 +54,9 @@ int Driver::run() {
         pw_context_new(loop_, pw_properties_new(PW_KEY_CONFIG_NAME, "client-rt.conf", nullptr), 0);
     if (context_ == nullptr) {
         say("the sound system's client configuration cannot be used");
-        return 1;
+        return kFailed;
     }
+    if (keeper_ != 0) keeperWatch_.emplace(loop_, keeper_);
     reconcile();
     pw_main_loop_run(mainLoop_);
     return status_;
@@ -70,7 +72,7 @@ bool Driver::openRing() {
     }
     if (ring.error().reason == RingFailure::Reason::alreadyRunning) {
         say("a second driver is not needed, one is running already", name);
-        finish(1);
+        finish(kNotNeeded);
     } else if (!saidNoRing_) {
         say("the ring cannot be created", name + ": " + ring.error().detail);
         saidNoRing_ = true;
@@ -134,6 +136,13 @@ void Driver::disconnect() {
     }
 }
 
+void Driver::serverIsMissing() {
+    if (keeper_ != 0 && backOff_ == kLongestBackOff) return finish(0); // the next starts its own
+    if (!saidNoServer_) say("no sound server can be reached; trying again");
+    saidNoServer_ = true;
+    retryLater();
+}
+
 void Driver::retryLater() {
     reconcileIn(backOff_);
     backOff_ = std::min(backOff_ * 2, kLongestBackOff);
@@ -155,9 +164,7 @@ void Driver::reconcile() {
     }
     if (core_ == nullptr) {
         if (connectToServer()) return;
-        if (!saidNoServer_) say("no sound server can be reached; trying again");
-        saidNoServer_ = true;
-        retryLater();
+        serverIsMissing();
         return;
     }
     if (syncsLeft_ > 0) return;
@@ -225,6 +232,7 @@ void Driver::onDone(void* data, std::uint32_t id, int sequence) {
 void Driver::onError(void* data, std::uint32_t id, int, int result, const char* message) {
     auto* self = static_cast<Driver*>(data);
     if (id == PW_ID_CORE && result == -EPIPE) {
+        if (self->keeper_ != 0) return self->finish(0);
         say("the sound server went away; waiting for it");
         self->saidNoServer_ = true;
         self->lost_ = true;

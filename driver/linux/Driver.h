@@ -3,6 +3,7 @@
 #include "driver/RingWriter.h"
 #include "driver/linux/CaptureStream.h"
 #include "driver/linux/ClockRate.h"
+#include "driver/linux/KeeperWatch.h"
 #include "driver/linux/TurnLink.h"
 #include "driver/linux/VirtualSink.h"
 
@@ -20,12 +21,17 @@ class Driver {
   public:
     using Milliseconds = std::chrono::milliseconds;
 
-    Driver();
+    static constexpr int kFailed = 1;    ///< exit status: another attempt may succeed
+    static constexpr int kNotNeeded = 2; ///< exit status: another driver writes the ring
+
+    /// `keeper`: the process that keeps this one running, or 0. A driver that is kept ends when the
+    /// sound server goes away; another one waits for the next server.
+    explicit Driver(pid_t keeper = 0);
     ~Driver();
     Driver(const Driver&) = delete;
     Driver& operator=(const Driver&) = delete;
 
-    /// Runs until SIGTERM or SIGINT; the exit status.
+    /// Runs until SIGTERM or SIGINT, or what is said above; the exit status.
     int run();
 
   private:
@@ -33,6 +39,7 @@ class Driver {
     void checkRing();
     bool connectToServer();
     void disconnect();
+    void serverIsMissing();
     void retryLater();
     void reconcileIn(Milliseconds delay);
     void reconcile();
@@ -51,11 +58,13 @@ class Driver {
                          std::uint32_t version, const spa_dict* properties);
     static void onGlobalRemove(void* data, std::uint32_t id);
 
+    const pid_t keeper_;
     pw_main_loop* mainLoop_ = nullptr;
     pw_loop* loop_ = nullptr;
     pw_context* context_ = nullptr;
     spa_source* reconcileTimer_ = nullptr;
     spa_source* checkTimer_ = nullptr;
+    std::optional<KeeperWatch> keeperWatch_;
     int status_ = 0;
     bool saidNoServer_ = false;
     bool saidNoRing_ = false;

@@ -1,5 +1,47 @@
 #include "driver/linux/Driver.h"
+#include "driver/linux/Keeper.h"
 
-int main() {
-    return halvo::driver::Driver().run();
+#include <charconv>
+#include <cstdio>
+#include <span>
+#include <string_view>
+
+namespace {
+
+using namespace halvo::driver;
+
+constexpr std::chrono::milliseconds kLongestEnd{4000};
+constexpr int kUsage = 64;
+
+int runKept(pid_t keeper) {
+    return Driver(keeper).run();
+}
+
+pid_t number(std::string_view text) {
+    pid_t value = 0;
+    (void)std::from_chars(text.data(), text.data() + text.size(), value);
+    return value;
+}
+
+int usage() {
+    std::fputs("usage: halvo-audio-device [--keep-alive | --start | --end]\n"
+               "Provides the sound server's output \"Halvo Virtual Output\".\n"
+               "  --keep-alive  start it again when it dies; end with the sound server\n"
+               "  --start       the same in the background, unless that runs already\n"
+               "  --end         end what --keep-alive or --start began\n",
+               stderr);
+    return kUsage;
+}
+
+} // namespace
+
+int main(int count, char** words) {
+    const std::span arguments(words, static_cast<std::size_t>(count));
+    if (count < 2) return Driver().run();
+    const std::string_view option = arguments[1];
+    if (option == "--keep-alive") return Keeper(runKept).run(count > 2 ? number(arguments[2]) : 0);
+    if (count > 2) return usage();
+    if (option == "--start") return KeeperLock().holder() ? 0 : Keeper(runKept).runInBackground();
+    if (option == "--end") return KeeperLock().endHolder(kLongestEnd) ? 0 : 1;
+    return usage();
 }

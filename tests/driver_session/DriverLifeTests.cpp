@@ -74,7 +74,7 @@ TEST(DriverLifeTests, ASecondDriverLeavesTheFirstAlone) {
     scene.startDriver();
     ASSERT_TRUE(scene.isUp());
     const auto second = scene.session().run({HALVO_AUDIO_DEVICE});
-    EXPECT_EQ(second.status, 1);
+    EXPECT_EQ(second.status, 2);
     EXPECT_NE(second.output.find("one is running already"), std::string::npos) << second.output;
     const Player player(scene.session().serverSocket(), countingSamples(kLong), 48000,
                         kVirtualSink);

@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <filesystem>
+#include <fstream>
 #include <gtest/gtest.h>
+#include <iterator>
 #include <stdexcept>
 
 namespace halvo::test {
@@ -11,8 +14,15 @@ using session::PrivateSession;
 
 namespace {
 
+namespace fs = std::filesystem;
+
 constexpr float kStep = 0x1p-24F;
 constexpr const char* kCaptureStream = "halvo-audio-device";
+
+std::string contentsOf(const fs::path& path) {
+    std::ifstream stream(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+}
 
 } // namespace
 
@@ -30,6 +40,30 @@ void DriverScene::startDriver() {
     auto started = session_->spawn({HALVO_AUDIO_DEVICE});
     if (!started) throw std::runtime_error(started.error());
     driver_ = std::move(*started);
+}
+
+void DriverScene::installDropIn() {
+    const fs::path program = HALVO_AUDIO_DEVICE;
+    const auto contents = program.parent_path().parent_path();
+    auto text = contentsOf(contents / "Resources" / "60-halvo.conf");
+    const std::string installed = "/usr/lib/halvo/HalvoAudioDevice.driver/Contents";
+    const auto place = text.find(installed);
+    if (place == std::string::npos) throw std::runtime_error("the drop-in names no program");
+    text.replace(place, installed.size(), contents.string());
+    std::ofstream(fs::path(session_->directory()) / "config/pipewire/pipewire.conf.d" /
+                  "60-halvo.conf")
+        << text;
+}
+
+std::vector<int> DriverScene::processes(const std::string& name) const {
+    std::vector<int> found;
+    for (const auto& entry : fs::directory_iterator("/proc")) {
+        if (contentsOf(entry.path() / "comm") != name + "\n") continue;
+        const auto environment = contentsOf(entry.path() / "environ");
+        if (!environment.contains(session_->directory())) continue;
+        found.push_back(std::stoi(entry.path().filename()));
+    }
+    return found;
 }
 
 bool DriverScene::isUp() {

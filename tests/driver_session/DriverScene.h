@@ -19,6 +19,10 @@ class DriverScene {
 
     /// Starts a driver and keeps it as the scene's own.
     void startDriver();
+    /// Puts the bundle's drop-in among the server's configuration, for its next start.
+    void installDropIn();
+    /// The session's processes of that name (as the kernel keeps it).
+    std::vector<int> processes(const std::string& name) const;
     /// Waits for sink, capture stream and ring.
     bool isUp();
     std::size_t virtualSinks() const;

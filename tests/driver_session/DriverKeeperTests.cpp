@@ -1,0 +1,148 @@
+#include "driver_session/DriverScene.h"
+
+#include "session/Player.h"
+
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+
+namespace {
+
+using halvo::session::Player;
+using halvo::session::PrivateSession;
+using halvo::test::countingSamples;
+using halvo::test::DriverScene;
+using halvo::test::examineCounting;
+using halvo::test::kVirtualSink;
+
+constexpr std::size_t kLong = 48000 * 60;
+constexpr const char* kDriver = "halvo-audio-dev";
+constexpr const char* kKeeper = "halvo-keeper";
+
+/// A server that was started with the driver's bundle installed.
+class KeptScene : public DriverScene {
+  public:
+    KeptScene() {
+        installDropIn();
+        session().stopServer();
+        if (!session().startServer()) ADD_FAILURE() << "the server does not start";
+    }
+
+    int only(const char* name) const {
+        const auto found = processes(name);
+        return found.size() == 1 ? found.front() : 0;
+    }
+    /// Whether one keeper keeps one driver, and the driver works.
+    bool isKept() {
+        return PrivateSession::waitFor([this] { return only(kDriver) > 0 && only(kKeeper) > 0; }) &&
+               isUp();
+    }
+    bool allGone() const {
+        return PrivateSession::waitFor(
+            [this] { return processes(kDriver).empty() && processes(kKeeper).empty(); });
+    }
+    int runDriver(const char* option) { return session().run({HALVO_AUDIO_DEVICE, option}).status; }
+};
+
+long timesAsleep(int process) {
+    std::ifstream status("/proc/" + std::to_string(process) + "/status");
+    const std::string key = "voluntary_ctxt_switches:";
+    for (std::string line; std::getline(status, line);) {
+        if (line.starts_with(key)) return std::stol(line.substr(key.size()));
+    }
+    return -1;
+}
+
+TEST(DriverKeeperTests, TheServerBringsTheDriverAndWhateverIsKilledComesBack) {
+    KeptScene scene;
+    ASSERT_TRUE(scene.isKept());
+    auto& session = scene.session();
+    ASSERT_TRUE(session.setVolume(kVirtualSink, {0.25F, 0.5F}));
+    const Player player(session.serverSocket(), countingSamples(kLong), 48000, kVirtualSink);
+    const auto inode = scene.ring().inode();
+    // A driver that dies takes no longer than a second; a keeper that dies is not heard at all.
+    const struct {
+        const char* killed;
+        std::size_t mostMissing; // frames
+    } steps[] = {{kDriver, 48000}, {kKeeper, 0}, {kDriver, 48000}, {kKeeper, 0}};
+    for (const auto& [killed, mostMissing] : steps) {
+        SCOPED_TRACE(killed);
+        scene.ring().clear();
+        ASSERT_TRUE(scene.soundArrives());
+        const int victim = scene.only(killed);
+        ASSERT_EQ(::kill(victim, SIGKILL), 0);
+        const auto before = examineCounting(scene.ring().samples()).last;
+        ASSERT_TRUE(PrivateSession::waitFor(
+            [&] { return scene.only(killed) > 0 && scene.only(killed) != victim; }));
+        ASSERT_TRUE(scene.isKept());
+        ASSERT_TRUE(scene.gatherUntil(
+            [&] { return examineCounting(scene.ring().samples()).last > before + 48000; }));
+        const auto heard = examineCounting(scene.ring().samples());
+        EXPECT_EQ(heard.wrong, 0U);
+        EXPECT_LE(heard.last - heard.first + 1 - heard.frames, mostMissing);
+        EXPECT_EQ(scene.virtualSinks(), 1U);
+        EXPECT_EQ(scene.ring().inode(), inode);
+        EXPECT_EQ(session.volume(kVirtualSink), (std::vector<float>{0.25F, 0.5F}));
+    }
+    const int keeper = scene.only(kKeeper);
+    const auto asleep = timesAsleep(keeper);
+    const auto played = player.framesPlayed();
+    EXPECT_TRUE(PrivateSession::waitFor([&] { return player.framesPlayed() > played + 96000; }));
+    EXPECT_EQ(timesAsleep(keeper), asleep) << "the keeper sleeps while the driver lives";
+}
+
+TEST(DriverKeeperTests, BothEndWithTheServerAndComeWithTheNext) {
+    KeptScene scene;
+    for (int round = 0; round < 2; ++round) {
+        ASSERT_TRUE(scene.isKept()) << "round " << round;
+        ASSERT_EQ(::kill(scene.only("pipewire"), SIGKILL), 0);
+        EXPECT_TRUE(scene.allGone());
+        scene.session().stopServer();
+        ASSERT_TRUE(scene.session().startServer());
+    }
+    EXPECT_TRUE(scene.isKept());
+}
+
+TEST(DriverKeeperTests, ThereIsNeverASecondOne) {
+    KeptScene scene;
+    ASSERT_TRUE(scene.isKept());
+    const int driver = scene.only(kDriver);
+    for (const char* option : {"--keep-alive", "--start"}) {
+        EXPECT_EQ(scene.runDriver(option), 0) << option;
+        EXPECT_EQ(scene.only(kDriver), driver) << option;
+        EXPECT_GT(scene.only(kKeeper), 0) << option;
+    }
+    EXPECT_EQ(scene.runDriver(""), 64) << "an unknown word";
+}
+
+TEST(DriverKeeperTests, EndsAndStartsWhenItIsTold) {
+    KeptScene scene;
+    ASSERT_TRUE(scene.isKept());
+    EXPECT_EQ(scene.runDriver("--end"), 0);
+    EXPECT_TRUE(scene.processes(kDriver).empty());
+    EXPECT_TRUE(scene.processes(kKeeper).empty());
+    EXPECT_EQ(scene.virtualSinks(), 1U);
+    EXPECT_EQ(scene.runDriver("--end"), 0) << "nothing to end";
+
+    EXPECT_EQ(scene.runDriver("--start"), 0);
+    EXPECT_TRUE(scene.isKept()) << "it outlives the process group that began it";
+    for (const int signal : {SIGTERM, SIGINT}) {
+        ASSERT_EQ(::kill(scene.only(kKeeper), signal), 0);
+        EXPECT_TRUE(scene.allGone());
+        EXPECT_EQ(scene.runDriver("--start"), 0);
+        EXPECT_TRUE(scene.isKept());
+    }
+    scene.session().stopServer();
+    EXPECT_TRUE(scene.allGone()) << "also what was begun by hand";
+}
+
+TEST(DriverKeeperTests, WithoutAServerItGivesUp) {
+    DriverScene scene;
+    scene.session().stopServer();
+    const auto result =
+        scene.session().run({HALVO_AUDIO_DEVICE, "--keep-alive"}, std::chrono::seconds(30));
+    EXPECT_EQ(result.status, 0) << result.output;
+}
+
+} // namespace
