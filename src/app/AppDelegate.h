@@ -36,6 +36,8 @@ class AppDelegate : public std::enable_shared_from_this<AppDelegate> {
 
     void applicationDidFinishLaunching();
     void applicationWillTerminate();
+    /// What SIGTERM's handler and the session guard do: by the saved settings alone. Any thread.
+    static void handleTermination(AudioHardware& hardware, const UserDefaults& defaults);
 
     AudioEngine& audioEngine() { return audioEngine_; }
     DeviceManager& deviceManager() { return deviceManager_; }
@@ -64,7 +66,6 @@ class AppDelegate : public std::enable_shared_from_this<AppDelegate> {
     void restoreDirtySession();
     void giveOutputBack();
     static void restoreVolumeStatic(AudioHardware& hardware, const std::string& uid, float volume);
-    static void handleTermination(AudioHardware& hardware, const UserDefaults& defaults);
 
     // The item and the panel that hangs from it: AppDelegatePanel.cpp.
     void setupStatusItem();

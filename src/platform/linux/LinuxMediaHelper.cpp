@@ -1,7 +1,8 @@
 #include "platform/linux/LinuxMediaHelper.h"
 
+#include "platform/linux/HelperProgram.h"
+
 #include <cstdlib>
-#include <system_error>
 #include <utility>
 
 namespace halvo {
@@ -11,7 +12,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char* kProgram = "halvo-media-helper";
-constexpr const char* kInstalledFolder = "/usr/lib/halvo";
 constexpr const char* kVariable = "HALVO_MEDIA_HELPER";
 
 } // namespace
@@ -24,12 +24,7 @@ std::optional<std::string> LinuxMediaHelper::resourceFolder() const {
         if (*other == '\0') return std::nullopt;
         return fs::path(other).parent_path().string();
     }
-    const auto installation = executableDirectory_.parent_path() / "lib" / "halvo";
-    for (const auto& folder : {installation, executableDirectory_}) {
-        std::error_code error;
-        if (fs::exists(folder / kProgram, error)) return folder.string();
-    }
-    return kInstalledFolder;
+    return helperProgram(executableDirectory_, kProgram).parent_path().string();
 }
 
 std::string LinuxMediaHelper::libraryName() const {

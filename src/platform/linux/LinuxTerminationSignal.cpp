@@ -81,9 +81,10 @@ void LinuxTerminationSignal::unblockInChild() noexcept {
 
 LinuxTerminationSignal::LinuxTerminationSignal(AudioHardware& mainHardware,
                                                MakeHardware makeHardware,
-                                               std::filesystem::path defaults)
+                                               std::filesystem::path defaults,
+                                               std::function<void()> handled)
     : mainHardware_(mainHardware), makeHardware_(std::move(makeHardware)),
-      defaults_(std::move(defaults)) {}
+      defaults_(std::move(defaults)), handled_(std::move(handled)) {}
 
 LinuxTerminationSignal::~LinuxTerminationSignal() {
     if (!thread_.joinable()) return;
@@ -114,7 +115,9 @@ void LinuxTerminationSignal::waitForSignal(Handler handler) {
     runLimited([this, handler] {
         const auto hardware = makeHardware_();
         const auto defaults = JsonUserDefaults::readOnly(defaults_);
-        if (hardware) handler(*hardware, defaults);
+        if (!hardware) return;
+        handler(*hardware, defaults);
+        if (handled_) handled_();
     });
     dieBySignal();
 }

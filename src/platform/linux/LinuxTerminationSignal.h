@@ -26,9 +26,10 @@ class LinuxTerminationSignal final : public TerminationSignal {
     using MakeHardware = std::function<std::unique_ptr<AudioHardware>()>;
 
     /// `mainHardware` is what the main thread listens to and must outlive this object; `defaults`
-    /// is the file of the user defaults.
+    /// is the file of the user defaults; `handled` is called when the handler has come to its end,
+    /// on its thread.
     LinuxTerminationSignal(AudioHardware& mainHardware, MakeHardware makeHardware,
-                           std::filesystem::path defaults);
+                           std::filesystem::path defaults, std::function<void()> handled = {});
     /// SIGTERM stays blocked; one that was taken already ends the process here.
     ~LinuxTerminationSignal() override;
 
@@ -41,6 +42,7 @@ class LinuxTerminationSignal final : public TerminationSignal {
     AudioHardware& mainHardware_;
     MakeHardware makeHardware_;
     std::filesystem::path defaults_;
+    std::function<void()> handled_;
     FileDescriptor signal_; ///< readable once SIGTERM has arrived
     FileDescriptor stop_;   ///< readable once this object goes
     std::thread thread_;

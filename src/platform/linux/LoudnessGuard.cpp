@@ -35,9 +35,10 @@ std::optional<float> volumeOf(const DeviceLevel& level, VolumeElement element) {
 } // namespace
 
 LoudnessGuard::LoudnessGuard(AudioServer& server, OutputGate* gate, MainQueue* mainQueue,
-                             SystemLog* log, std::filesystem::path record)
+                             SystemLog* log, std::filesystem::path record,
+                             std::function<void()> onRecord)
     : server_(server), gate_(gate), mainQueue_(mainQueue), log_(log),
-      record_(std::move(record), log) {
+      record_(std::move(record), log), onRecord_(std::move(onRecord)) {
     for (const auto& [uid, recorded] : record_.devices) {
         auto& device = devices_[uid];
         device.state = recorded.isMoved ? State::left : State::own;
@@ -46,8 +47,10 @@ LoudnessGuard::LoudnessGuard(AudioServer& server, OutputGate* gate, MainQueue* m
 }
 
 LoudnessGuard::LoudnessGuard(AudioServer& server, OutputGate& gate, MainQueue& mainQueue,
-                             SystemLog& log, std::filesystem::path record)
-    : LoudnessGuard(server, &gate, &mainQueue, &log, std::move(record)) {
+                             SystemLog& log, std::filesystem::path record,
+                             std::function<void()> onRecord)
+    : LoudnessGuard(server, &gate, &mainQueue, &log, std::move(record), std::move(onRecord)) {
+    if (onRecord_ && !record_.isEmpty()) onRecord_();
     listen();
     giveBackLeft();
 }
@@ -55,7 +58,7 @@ LoudnessGuard::LoudnessGuard(AudioServer& server, OutputGate& gate, MainQueue& m
 std::unique_ptr<LoudnessGuard> LoudnessGuard::forGiveBack(AudioServer& server,
                                                           std::filesystem::path record) {
     std::unique_ptr<LoudnessGuard> guard(
-        new LoudnessGuard(server, nullptr, nullptr, nullptr, std::move(record)));
+        new LoudnessGuard(server, nullptr, nullptr, nullptr, std::move(record), {}));
     guard->isSilenced_ = true;
     guard->givesBack_ = true;
     guard->giveBackAll();
@@ -198,7 +201,9 @@ bool LoudnessGuard::save() {
         const bool isMoved = device.state != State::own;
         if (isMoved || !isLast) record_.devices[uid] = {device.found, isMoved};
     }
-    return record_.save();
+    const bool isSaved = record_.save();
+    if (onRecord_ && !record_.isEmpty()) onRecord_();
+    return isSaved;
 }
 
 } // namespace halvo

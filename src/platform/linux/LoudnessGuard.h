@@ -9,6 +9,7 @@
 #include <atomic>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -29,9 +30,10 @@ class SystemLog;
 class LoudnessGuard final : public AudioHardware {
   public:
     /// `record` is the file of what is raised; devices that an earlier process left in it are given
-    /// back as soon as they are there. Everything passed in must outlive the guard.
+    /// back as soon as they are there. `onRecord` is called whenever it has been written with
+    /// something in it, ahead of the change itself. What is passed in must outlive the guard.
     LoudnessGuard(AudioServer& server, OutputGate& gate, MainQueue& mainQueue, SystemLog& log,
-                  std::filesystem::path record);
+                  std::filesystem::path record, std::function<void()> onRecord = {});
     ~LoudnessGuard() override;
 
     /// A guard that raises nothing and goes by the record on disk alone: it gives all devices back
@@ -39,6 +41,9 @@ class LoudnessGuard final : public AudioHardware {
     /// repeats this. Any one thread, with a server connection of its own.
     static std::unique_ptr<LoudnessGuard> forGiveBack(AudioServer& server,
                                                       std::filesystem::path record);
+    /// The last step of a give-back: where nothing else has taken the default from the virtual
+    /// device, it goes to the one before, or to nobody's choice. False: not done yet.
+    bool leaveVirtualDevice();
 
     std::optional<std::vector<AudioDeviceID>> deviceIDs() override;
     bool hasOutputStreams(AudioDeviceID device) override;
@@ -76,7 +81,7 @@ class LoudnessGuard final : public AudioHardware {
     using Entry = std::pair<const std::string, GuardedDevice>;
 
     LoudnessGuard(AudioServer& server, OutputGate* gate, MainQueue* mainQueue, SystemLog* log,
-                  std::filesystem::path record);
+                  std::filesystem::path record, std::function<void()> onRecord);
 
     // LoudnessGuard.cpp
     void listen();
@@ -123,6 +128,7 @@ class LoudnessGuard final : public AudioHardware {
     MainQueue* mainQueue_;
     SystemLog* log_;
     RaisedDevicesRecord record_;
+    const std::function<void()> onRecord_;
     std::map<std::string, GuardedDevice> devices_; ///< by UID
     std::string active_;                           ///< UID of the device that the engine plays to
     bool isPending_ = false;                       ///< the active device waits to be raised

@@ -1,5 +1,9 @@
 #include "platform/linux/LoudnessGuard.h"
 
+#include "devices/DeviceManager.h"
+
+#include <algorithm>
+
 namespace halvo {
 
 bool LoudnessGuard::giveBack(AudioDeviceID id, Entry& entry) {
@@ -35,6 +39,20 @@ void LoudnessGuard::giveBackLeft() {
             (void)giveBack(*id, entry); // tried again when something changes
         }
     }
+}
+
+bool LoudnessGuard::leaveVirtualDevice() {
+    const std::scoped_lock lock(writing_);
+    const auto isMissed = [this](const Entry& entry) {
+        return entry.second.state != State::own && server_.deviceForUID(entry.first);
+    };
+    // Streams follow the default: never to a device that is still loud.
+    if (std::ranges::any_of(devices_, isMissed) || !server_.defaultOutput()) return false;
+    if (server_.configuredDefault() != kVirtualDeviceUID) return true;
+    const auto& origin = record_.origin;
+    const auto id = origin ? server_.deviceForUID(origin->output) : std::nullopt;
+    if (id && restoreDefault(*id, origin->output)) return true;
+    return server_.setConfiguredDefault(origin ? origin->configured : std::nullopt);
 }
 
 bool LoudnessGuard::restoreDefault(AudioDeviceID id, const std::string& uid) {

@@ -2,6 +2,7 @@
 
 #include "platform/SystemLog.h"
 #include "platform/linux/AtomicFile.h"
+#include "platform/linux/XdgDirectories.h"
 
 #include <nlohmann/json.hpp>
 
@@ -60,6 +61,10 @@ std::optional<RaisedDevicesRecord::Device> deviceIn(const Json& object) {
 
 } // namespace
 
+fs::path RaisedDevicesRecord::standardPath() {
+    return configDirectory() / "halvo" / "raised-devices.json";
+}
+
 RaisedDevicesRecord::RaisedDevicesRecord(fs::path path, SystemLog* log) : path_(std::move(path)) {
     std::error_code error;
     if (!fs::exists(path_, error)) return;
@@ -77,7 +82,7 @@ RaisedDevicesRecord::RaisedDevicesRecord(fs::path path, SystemLog* log) : path_(
 
 bool RaisedDevicesRecord::save() {
     std::error_code error;
-    if (devices.empty() && !origin) {
+    if (isEmpty()) {
         stored_.reset();
         fs::remove(path_, error);
         return !error;

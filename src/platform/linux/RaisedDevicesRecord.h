@@ -30,12 +30,17 @@ class RaisedDevicesRecord {
         bool operator==(const Origin&) const = default;
     };
 
+    /// Beside the user defaults: $XDG_CONFIG_HOME/halvo/raised-devices.json.
+    static std::filesystem::path standardPath();
+
     /// Reads the file. One that cannot be understood counts as empty and is set aside under another
     /// name; `log`, if any, is told.
     RaisedDevicesRecord(std::filesystem::path path, SystemLog* log);
 
     std::map<std::string, Device> devices; ///< by UID
     std::optional<Origin> origin;
+
+    bool isEmpty() const { return devices.empty() && !origin; }
 
     /// Brings the file up to date: replaced at once and whole, mode 0600, or removed when there is
     /// nothing to record. Does nothing when the file is already right. False when it cannot be

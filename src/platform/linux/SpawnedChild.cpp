@@ -19,9 +19,13 @@ namespace {
 /// What the child is to change about itself, with its memory.
 class SpawnPlan {
   public:
-    explicit SpawnPlan(int output) {
+    SpawnPlan(int output, SpawnedChild::Ties ties) {
         ::posix_spawn_file_actions_init(&actions_);
-        ::posix_spawn_file_actions_addopen(&actions_, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+        if (ties.input >= 0) {
+            ::posix_spawn_file_actions_adddup2(&actions_, ties.input, STDIN_FILENO);
+        } else {
+            ::posix_spawn_file_actions_addopen(&actions_, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+        }
         if (output >= 0) {
             ::posix_spawn_file_actions_adddup2(&actions_, output, STDOUT_FILENO);
         } else {
@@ -36,7 +40,9 @@ class SpawnPlan {
         ::posix_spawnattr_setsigdefault(&attributes_, &signals);
         sigemptyset(&signals);
         ::posix_spawnattr_setsigmask(&attributes_, &signals);
-        ::posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK);
+        int flags = POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK;
+        if (ties.group == SpawnedChild::Group::own) flags |= POSIX_SPAWN_SETPGROUP; // number 0: own
+        ::posix_spawnattr_setflags(&attributes_, static_cast<short>(flags));
     }
     ~SpawnPlan() {
         ::posix_spawn_file_actions_destroy(&actions_);
@@ -66,8 +72,8 @@ std::string description(int error) {
 
 } // namespace
 
-std::expected<SpawnedChild, std::string> SpawnedChild::start(const Command& command,
-                                                             Output output) {
+std::expected<SpawnedChild, std::string> SpawnedChild::start(const Command& command, Output output,
+                                                             Ties ties) {
     FileDescriptor readEnd;
     FileDescriptor writeEnd;
     if (output == Output::pipe) {
@@ -78,7 +84,7 @@ std::expected<SpawnedChild, std::string> SpawnedChild::start(const Command& comm
         (void)::fcntl(ends[0], F_SETFL, O_NONBLOCK); // a pipe takes it
     }
     pid_t pid = 0;
-    if (const int error = SpawnPlan(writeEnd.get()).run(command, pid)) {
+    if (const int error = SpawnPlan(writeEnd.get(), ties).run(command, pid)) {
         return std::unexpected(description(error));
     }
     // The child cannot be reaped before; its number is still its own.

@@ -11,14 +11,22 @@
 
 namespace halvo {
 
-/// A program that was started with no descriptors but the standard ones, default signals and
-/// nothing to read. Not reaped by itself. One thread at a time.
+/// A program that was started with no descriptors but the standard ones and default signals. Not
+/// reaped by itself. One thread at a time.
 class SpawnedChild {
   public:
     enum class Output { pipe, discarded };
+    enum class Group { callers, own };
+
+    /// What it has in common with this process.
+    struct Ties {
+        int input = -1;               ///< a descriptor for its standard input; -1: nothing to read
+        Group group = Group::callers; ///< the process group
+    };
 
     /// Returns once the program is executed; an error's description when it cannot be.
-    static std::expected<SpawnedChild, std::string> start(const Command& command, Output output);
+    static std::expected<SpawnedChild, std::string> start(const Command& command, Output output,
+                                                          Ties ties = {-1, Group::callers});
 
     pid_t pid() const { return pid_; }
     /// Readable once the program has ended.

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <chrono>
+
+namespace halvo {
+
+class AudioServer;
+class PipeWireConnection;
+
+/// Gives devices and default back in place of an application that has died, by the saved records
+/// alone, which stay for the application's next start. One thread.
+class SessionRestore {
+  public:
+    enum class Result {
+        done,    ///< nothing is left to give back, or never was
+        running, ///< an application is there again and does it itself
+        failed,  ///< no server, or one that does not do as asked
+    };
+
+    /// Tries until `longest` has passed: a server that crashed comes back, and a session manager
+    /// takes its time.
+    static Result run(std::chrono::milliseconds longest);
+
+  private:
+    static bool hasRecord();
+    static bool giveBack(AudioServer& server);
+};
+
+} // namespace halvo

@@ -1,0 +1,66 @@
+// Waits for the application's end: resident, and so small that it links nothing but the C library.
+// What there is to do then is another program's.
+
+#include <array>
+#include <cerrno>
+#include <cstddef>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr const char* kUsage =
+    "Usage: halvo-session-guard\n"
+    "Started by Halvo with a pipe as its standard input. When that breaks without a word, Halvo "
+    "has\n"
+    "ended badly, and halvo-give-back gives the sound devices back in its place.\n";
+constexpr const char* kGiveBack = "halvo-give-back";
+
+enum class End { orderly, bad, unknown };
+
+/// Sleeps until the application says that nothing is left to give back, or is gone.
+End waitForTheEnd() {
+    char word = 0;
+    for (;;) {
+        const ssize_t count = ::read(STDIN_FILENO, &word, 1);
+        if (count > 0) return End::orderly;
+        if (count == 0) return End::bad;
+        if (errno != EINTR) return End::unknown;
+    }
+}
+
+/// Turns this process into the program beside it.
+void become(const char* name) {
+    std::array<char, 4096> path{};
+    const ssize_t length = ::readlink("/proc/self/exe", path.data(), path.size() - 1);
+    if (length <= 0) return;
+    char* const slash = std::strrchr(path.data(), '/');
+    const std::size_t room = path.size() - static_cast<std::size_t>(slash + 1 - path.data());
+    if (std::strlen(name) >= room) return;
+    std::strcpy(slash + 1, name);
+    std::array<char*, 2> words{path.data(), nullptr};
+    ::execv(path.data(), words.data());
+}
+
+} // namespace
+
+int main() {
+    struct stat input{};
+    if (::fstat(STDIN_FILENO, &input) != 0 || !S_ISFIFO(input.st_mode)) {
+        (void)std::fputs(kUsage, stderr);
+        return 2;
+    }
+    switch (waitForTheEnd()) {
+    case End::orderly:
+        return EXIT_SUCCESS;
+    case End::bad:
+        become(kGiveBack);
+        break;
+    case End::unknown:
+        break;
+    }
+    return EXIT_FAILURE;
+}
