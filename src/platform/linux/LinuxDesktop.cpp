@@ -43,8 +43,13 @@ LinuxDesktop::LinuxDesktop(MainQueue& queue, Application& application)
                     .quit = [&application] { application.terminate(); },
                     .watchPresses = watchPresses,
                     .hasCompositor = hasCompositor}),
-      statusItem_({{QStringLiteral("Settings…"), [this] { panelWindow_.showSettingsWindow(); }},
-                   {QStringLiteral("Quit Halvo"), [&application] { application.terminate(); }}}),
+      autostart_(QCoreApplication::applicationFilePath().toStdString()),
+      statusItem_(
+          {{QStringLiteral("Settings…"), [this] { panelWindow_.showSettingsWindow(); }},
+           {QStringLiteral("Start at Login"),
+            [this] { (void)autostart_.setEnabled(!autostart_.isEnabled()); }, // seen in the mark
+            [this] { return autostart_.isEnabled(); }},
+           {QStringLiteral("Quit Halvo"), [&application] { application.terminate(); }}}),
       appearance_([this] { applyAppearance(); }) {
     applyAppearance();
 }

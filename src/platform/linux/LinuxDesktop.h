@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/linux/Autostart.h"
 #include "platform/linux/DesktopAppearance.h"
 #include "platform/linux/LinuxStatusItem.h"
 #include "platform/qt/QtPanelWindow.h"
@@ -31,6 +32,7 @@ class LinuxDesktop {
 
     WindowAlert alert_;
     QtPanelWindow panelWindow_;
+    Autostart autostart_;
     LinuxStatusItem statusItem_;
     DesktopAppearance appearance_;
 };

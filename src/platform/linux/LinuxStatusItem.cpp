@@ -125,6 +125,12 @@ void LinuxStatusItem::showMenu(QPoint place) {
         for (const auto& entry : menu_.entries())
             popup_->addAction(entry.label, this, entry.chosen);
     }
+    qsizetype index = 0;
+    for (auto* action : popup_->actions()) {
+        const auto& entry = menu_.entries()[static_cast<std::size_t>(index++)];
+        action->setCheckable(entry.isMarked != nullptr);
+        action->setChecked(entry.isMarked && entry.isMarked());
+    }
     popup_->popup(place.isNull() ? QCursor::pos() : place);
 }
 

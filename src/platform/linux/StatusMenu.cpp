@@ -52,7 +52,26 @@ StatusMenu::~StatusMenu() {
 QVariantMap StatusMenu::properties(int id) const {
     if (id == 0) return {{QStringLiteral("children-display"), QStringLiteral("submenu")}};
     if (id < 0 || id > static_cast<int>(entries_.size())) return {};
-    return {{QStringLiteral("label"), entries_[static_cast<std::size_t>(id) - 1].label}};
+    const auto& entry = entries_[static_cast<std::size_t>(id) - 1];
+    QVariantMap result{{QStringLiteral("label"), entry.label}};
+    if (entry.isMarked) {
+        result.insert(QStringLiteral("toggle-type"), QStringLiteral("checkmark"));
+        result.insert(QStringLiteral("toggle-state"), entry.isMarked() ? 1 : 0);
+    }
+    return result;
+}
+
+std::vector<bool> StatusMenu::marks() const {
+    std::vector<bool> result;
+    for (const auto& entry : entries_)
+        result.push_back(entry.isMarked && entry.isMarked());
+    return result;
+}
+
+void StatusMenu::tellOfMarks() {
+    if (shownMarks_ == marks()) return;
+    shownMarks_ = marks();
+    Q_EMIT LayoutUpdated(++revision_, 0);
 }
 
 uint StatusMenu::GetLayout(int parentId, int depth, const QStringList& /*names*/,
@@ -64,7 +83,8 @@ uint StatusMenu::GetLayout(int parentId, int depth, const QStringList& /*names*/
                 QDBusVariant(QVariant::fromValue(BusMenuItem{id, properties(id), {}})));
         }
     }
-    return 1; // the only revision
+    shownMarks_ = marks();
+    return revision_;
 }
 
 QList<BusMenuProperties> StatusMenu::GetGroupProperties(const QList<int>& ids,
@@ -84,10 +104,13 @@ void StatusMenu::Event(int id, const QString& event, const QDBusVariant& /*data*
     if (event != QStringLiteral("clicked") || id < 1 || id > static_cast<int>(entries_.size()))
         return;
     entries_[static_cast<std::size_t>(id) - 1].chosen();
+    tellOfMarks();
 }
 
 bool StatusMenu::AboutToShow(int /*id*/) {
-    return false; // nothing has changed
+    const bool changed = shownMarks_ != marks();
+    tellOfMarks();
+    return changed;
 }
 
 } // namespace halvo

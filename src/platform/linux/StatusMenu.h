@@ -32,7 +32,7 @@ QDBusArgument& operator<<(QDBusArgument& argument, const BusMenuProperties& item
 const QDBusArgument& operator>>(const QDBusArgument& argument, BusMenuProperties& item);
 
 /// The item's context menu for desktops that show it themselves: com.canonical.dbusmenu, one level
-/// that never changes. Main thread only.
+/// of which only the marks change. Main thread only.
 class StatusMenu final : public QObject {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "com.canonical.dbusmenu")
@@ -44,6 +44,7 @@ class StatusMenu final : public QObject {
     struct Entry {
         QString label;
         std::function<void()> chosen;
+        std::function<bool()> isMarked; ///< asked whenever the menu is shown; null: has no mark
     };
 
     static const QString kPath;
@@ -60,12 +61,20 @@ class StatusMenu final : public QObject {
                                                                     const QStringList& names);
     Q_SCRIPTABLE QDBusVariant GetProperty(int id, const QString& name);
     Q_SCRIPTABLE void Event(int id, const QString& event, const QDBusVariant& data, uint timestamp);
+    /// Whether a mark has changed since the desktop asked for the menu.
     Q_SCRIPTABLE bool AboutToShow(int id);
+
+  Q_SIGNALS:
+    Q_SCRIPTABLE void LayoutUpdated(uint revision, int parent);
 
   private:
     QVariantMap properties(int id) const;
+    std::vector<bool> marks() const;
+    void tellOfMarks();
 
-    std::vector<Entry> entries_; ///< the entry with id n is the one before the n-th
+    std::vector<Entry> entries_;   ///< the entry with id n is the one before the n-th
+    std::vector<bool> shownMarks_; ///< as the desktop was told
+    uint revision_ = 1;
     uint version_ = 3;
     QString status_ = QStringLiteral("normal");
     QString textDirection_ = QStringLiteral("ltr");
