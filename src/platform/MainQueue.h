@@ -25,7 +25,7 @@ class MainQueue {
     virtual Subscription afterCancellable(Duration delay, Work work) = 0;
 
     /// Runs `work` every `period` until the subscription ends. A system may let it rest after some
-    /// seconds without any sound, when nothing that it could follow changes. Main thread.
+    /// seconds in which no sound flows or nobody can see what comes of it. Main thread.
     virtual Subscription every(Duration period, Work work) = 0;
 
     /// The time since some fixed moment, by the clock that the delays follow. Any thread.

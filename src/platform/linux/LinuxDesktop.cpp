@@ -3,6 +3,7 @@
 #include "platform/Application.h"
 #include "platform/linux/RawPresses.h"
 #include "platform/qt/ApplicationObject.h"
+#include "platform/qt/QtMainQueue.h"
 
 #include <QGuiApplication>
 
@@ -32,12 +33,12 @@ bool hasCompositor() {
 
 } // namespace
 
-std::unique_ptr<LinuxDesktop> LinuxDesktop::create(MainQueue& queue, Application& application) {
+std::unique_ptr<LinuxDesktop> LinuxDesktop::create(QtMainQueue& queue, Application& application) {
     if (!hasScreen()) return nullptr;
     return std::unique_ptr<LinuxDesktop>(new LinuxDesktop(queue, application));
 }
 
-LinuxDesktop::LinuxDesktop(MainQueue& queue, Application& application)
+LinuxDesktop::LinuxDesktop(QtMainQueue& queue, Application& application)
     : panelWindow_({.mainQueue = queue,
                     .volumeTaper = VolumeTaper::cubeRoot,
                     .quit = [&application] { application.terminate(); },
@@ -52,6 +53,12 @@ LinuxDesktop::LinuxDesktop(MainQueue& queue, Application& application)
            {QStringLiteral("Quit Halvo"), [&application] { application.terminate(); }}}),
       appearance_([this] { applyAppearance(); }) {
     applyAppearance();
+    panelWindow_.onShown = [&queue] { queue.stir(); };
+    statusItem_.onLive = [&queue] { queue.stir(); };
+}
+
+bool LinuxDesktop::isWatched() const {
+    return panelWindow_.isVisible() || statusItem_.isLive();
 }
 
 void LinuxDesktop::applyAppearance() {

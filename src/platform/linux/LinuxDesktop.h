@@ -11,23 +11,26 @@
 namespace halvo {
 
 class Application;
-class MainQueue;
+class QtMainQueue;
 
 /// What a Linux session with a screen has: the item, the panel, alerts and the desktop's look.
 /// Main thread only.
 class LinuxDesktop {
   public:
     /// Nothing in a process without a screen.
-    static std::unique_ptr<LinuxDesktop> create(MainQueue& queue, Application& application);
+    static std::unique_ptr<LinuxDesktop> create(QtMainQueue& queue, Application& application);
 
     LinuxStatusItem& statusItem() { return statusItem_; }
     QtPanelWindow& panelWindow() { return panelWindow_; }
     WindowAlert& alert() { return alert_; }
+    /// Whether the panel or a live icon is in sight; when one comes into sight the queue is
+    /// stirred.
+    bool isWatched() const;
     /// Shows the panel, wherever it is.
     void bringToFront();
 
   private:
-    LinuxDesktop(MainQueue& queue, Application& application);
+    LinuxDesktop(QtMainQueue& queue, Application& application);
     void applyAppearance();
 
     WindowAlert alert_;

@@ -62,6 +62,7 @@ LinuxPlatform::LinuxPlatform(std::unique_ptr<Desktop> desktop, Connection connec
                              Connection signalConnection)
     : desktop_(std::move(desktop)), userDefaults_(JsonUserDefaults::standardPath(), systemLog_),
       driverInstallation_(QCoreApplication::applicationDirPath().toStdString()),
+      statusService_([this] { mainQueue_.stir(); }),
       screen_(LinuxDesktop::create(mainQueue_, desktop_->application)),
       mediaHelper_(QCoreApplication::applicationDirPath().toStdString()),
       httpSession_(tagServiceOrigin(), otherTagService()), connection_(std::move(connection)),
@@ -76,6 +77,7 @@ LinuxPlatform::LinuxPlatform(std::unique_ptr<Desktop> desktop, Connection connec
               return LoudnessGuard::forGiveBack(signalServer_, raisedDevicesPath());
           },
           JsonUserDefaults::standardPath()) {
+    mainQueue_.setWatch([this] { return screen_ && screen_->isWatched(); });
     desktop_->service.onActivated([this] {
         if (screen_) screen_->bringToFront();
     });

@@ -67,6 +67,10 @@ bool LinuxStatusItem::isSeen() const {
     return (notifier_ && notifier_->isShown()) || tray_;
 }
 
+bool LinuxStatusItem::isLive() const {
+    return isSeen() && shown_ && shown_->kind == StatusPicture::Kind::envelope;
+}
+
 std::optional<ScreenRect> LinuxStatusItem::frame() const {
     if (tray_ && tray_->geometry().isValid()) {
         const QRect place = tray_->geometry();
@@ -93,8 +97,10 @@ void LinuxStatusItem::display() {
     const QSize size(static_cast<int>(size_.width), static_cast<int>(size_.height));
     const auto image = StatusPainter::paint(picture, size, qGuiApp->devicePixelRatio(), tones_);
     const bool same = shown_ && image == image_;
+    const bool wasLive = isLive();
     shown_ = std::move(picture);
     if (!same) showImage(image);
+    if (!wasLive && isLive() && onLive) onLive();
 }
 
 void LinuxStatusItem::showImage(const QImage& image) {

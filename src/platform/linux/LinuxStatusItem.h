@@ -35,6 +35,11 @@ class LinuxStatusItem final : public QObject, public StatusItem {
     std::optional<ScreenRect> frame() const override;
     void setNeedsDisplay() override;
 
+    /// Whether somebody can see a picture that moves with the sound.
+    bool isLive() const;
+    /// Called when such a picture is first shown.
+    std::function<void()> onLive;
+
     void setTones(const StatusTones& tones);
     /// As if somebody had clicked the item.
     void click();

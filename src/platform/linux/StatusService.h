@@ -6,6 +6,8 @@
 #include <QObject>
 #include <QString>
 
+#include <functional>
+
 namespace halvo {
 
 /// The program's status on the session bus: interface org.halvo.Status of the application's object.
@@ -15,18 +17,20 @@ class StatusService final : public QObject, public StatusPublisher {
     Q_CLASSINFO("D-Bus Interface", "org.halvo.Status")
 
   public:
-    /// Does nothing without a session bus.
-    StatusService();
+    /// Does nothing without a session bus. `asked` is called for each question for the levels.
+    explicit StatusService(std::function<void()> asked);
 
     void setActivePreset(const std::string& name) override;
     void setBandLevels(std::span<const float> levels) override;
 
   public Q_SLOTS:
     Q_SCRIPTABLE QString ActivePreset() const { return activePreset_; }
-    /// Ten levels from 0 to 1, lowest band first.
-    Q_SCRIPTABLE QList<double> BandLevels() const { return bandLevels_; }
+    /// Ten levels from 0 to 1, lowest band first. They follow the sound while they are asked for
+    /// again and again; the first answer after a pause may be older.
+    Q_SCRIPTABLE QList<double> BandLevels() const;
 
   private:
+    std::function<void()> asked_;
     QString activePreset_;
     QList<double> bandLevels_;
 };

@@ -15,7 +15,6 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using Milliseconds = std::chrono::milliseconds;
 
-constexpr std::chrono::seconds kUntilRest{2};
 const QString kPeriodic = QStringLiteral("periodic");
 
 /// The event loop counts whole milliseconds; rounding up never runs work too early.
@@ -79,25 +78,42 @@ Subscription QtMainQueue::every(Duration period, Work work) {
     });
     timer->setObjectName(kPeriodic);
     timer->start(wholeMilliseconds(step));
-    if (quiet_) restSoon();
+    restSoon();
     return cancellation(timer);
 }
 
 void QtMainQueue::setQuiet(bool quiet) {
     async([this, quiet] {
-        if (quiet == quiet_) return;
-        quiet_ = quiet;
-        rest_.cancel();
-        if (quiet) return restSoon();
-        for (auto* timer : context_.findChildren<QTimer*>(kPeriodic)) {
-            if (!timer->isActive()) timer->start(0);
-        }
+        if (quiet == std::exchange(quiet_, quiet)) return;
+        quiet ? restSoon() : wake();
     });
 }
 
+void QtMainQueue::setWatch(std::function<bool()> isWatched) {
+    isWatched_ = std::move(isWatched);
+    restSoon();
+}
+
+void QtMainQueue::stir() {
+    wake(); // in silence too: what is shown is from when it rested
+}
+
+void QtMainQueue::wake() {
+    for (auto* timer : context_.findChildren<QTimer*>(kPeriodic)) {
+        if (!timer->isActive()) timer->start(0);
+    }
+    restSoon();
+}
+
+/// Looks again and again, until it rests.
 void QtMainQueue::restSoon() {
-    rest_ = afterCancellable(kUntilRest, [this] {
-        for (auto* timer : context_.findChildren<QTimer*>(kPeriodic))
+    rest_.cancel();
+    if (!quiet_ && !isWatched_) return;
+    rest_ = afterCancellable(untilRest_, [this] {
+        const auto timers = context_.findChildren<QTimer*>(kPeriodic);
+        if (timers.isEmpty()) return;
+        if (!mayRest()) return restSoon();
+        for (auto* timer : timers)
             timer->stop();
     });
 }

@@ -118,6 +118,7 @@ void QtPanelWindow::orderFront(PanelStyle style) {
     window_->show();
     window_->raise();
     window_->requestActivate();
+    if (onShown) onShown();
 }
 
 void QtPanelWindow::orderOut() {

@@ -44,6 +44,8 @@ class QtPanelWindow : public QObject, public PanelWindow {
     Subscription
     monitorOutsidePresses(std::function<void(std::optional<ScreenPoint>)> pressed) override;
 
+    /// Called each time that the panel has come to the front.
+    std::function<void()> onShown;
     void setSystemAppearance(const SystemAppearance& appearance);
     /// Opens the window with the four tabs.
     void showSettingsWindow();

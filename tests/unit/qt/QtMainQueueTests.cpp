@@ -7,12 +7,14 @@
 
 #include <algorithm>
 #include <chrono>
+#include <functional>
 #include <gtest/gtest.h>
 #include <map>
 #include <memory>
 #include <optional>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -141,6 +143,46 @@ TEST_F(QtMainQueueTests, ATickMayEndItself) {
     held.reset();
     run();
     EXPECT_TRUE(watch.expired()) << "what the work held is kept after its end";
+}
+
+TEST_F(QtMainQueueTests, PeriodicWorkRestsWhileNobodyWatchesOrNothingFlows) {
+    struct Case {
+        const char* name;
+        std::function<void(QtMainQueue&)> rest;
+        std::function<void(QtMainQueue&)> wake;
+    };
+    bool isWatched = true;
+    const std::vector<Case> cases{
+        {"nobody watches", [&](QtMainQueue&) { isWatched = false; },
+         [&](QtMainQueue& queue) {
+             isWatched = true;
+             queue.stir();
+         }},
+        {"nothing flows", [](QtMainQueue& queue) { queue.setQuiet(true); },
+         [](QtMainQueue& queue) { queue.setQuiet(false); }},
+    };
+    // Timers that are due run in the order of their times, however late the loop is.
+    for (const auto& [name, rest, wake] : cases) {
+        QtMainQueue queue(4ms);
+        queue.setWatch([&] { return isWatched; });
+        int ticks = 0;
+        int resting = 0;
+        int woken = 0;
+        const auto ticking = queue.every(1ms, [&] { ++ticks; });
+        queue_->after(20ms, [&] { rest(queue); });
+        queue_->after(40ms, [&] { resting = std::exchange(ticks, 0); });
+        queue_->after(60ms, [&] {
+            EXPECT_EQ(ticks, 0) << name;
+            wake(queue);
+        });
+        queue_->after(100ms, [&] {
+            woken = ticks;
+            stop();
+        });
+        run();
+        EXPECT_GT(resting, 4) << name << ": rested while it was watched";
+        EXPECT_GT(woken, 4) << name << ": rests for ever";
+    }
 }
 
 TEST_F(QtMainQueueTests, SubscriptionsOutliveTheQueueAndItsWorkDoesNot) {
