@@ -1,28 +1,18 @@
 #include "BenchReport.h"
 
+#include "support/FormattedText.h"
+
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
-#include <array>
-#include <cstdarg>
-#include <cstdio>
 #include <optional>
 
 namespace halvo::bench {
 
 using nlohmann::ordered_json;
+using tools::formattedText;
 
 namespace {
-
-/// printf into a string; a line of the terminal at most.
-[[gnu::format(printf, 1, 2)]] std::string text(const char* format, ...) {
-    std::array<char, 160> line{};
-    std::va_list arguments;
-    va_start(arguments, format);
-    (void)std::vsnprintf(line.data(), line.size(), format, arguments); // cut off at worst
-    va_end(arguments);
-    return line.data();
-}
 
 /// The number at a path as "/idle/rssMiB".
 std::optional<double> number(const ordered_json& report, const std::string& path) {
@@ -59,10 +49,10 @@ std::string timeLine(const ordered_json& report, const std::string& name, const 
                      const std::string& plainPath = {}) {
     const auto time = number(report, path);
     if (!time) return {};
-    std::string line =
-        text("  %-37s%13.2f%12.2f", name.c_str(), *time, timesLimit(report, path).value_or(0));
+    std::string line = formattedText("  %-37s%13.2f%12.2f", name.c_str(), *time,
+                                     timesLimit(report, path).value_or(0));
     if (const auto plain = plainPath.empty() ? std::nullopt : number(report, plainPath))
-        line += text("%13.2f", *plain);
+        line += formattedText("%13.2f", *plain);
     return line + "\n";
 }
 
@@ -76,8 +66,8 @@ std::string cascadeLines(const ordered_json& report) {
 
 std::string renderTable(const ordered_json& report) {
     if (!report.contains("cascade")) return {};
-    std::string result = text("%-39s%13s%12s%13s\n", "Render path, ns per stereo frame", "time",
-                              "of limit", "plain loop") +
+    std::string result = formattedText("%-39s%13s%12s%13s\n", "Render path, ns per stereo frame",
+                                       "time", "of limit", "plain loop") +
                          cascadeLines(report);
     for (const auto& [stage, time] : part(report, "stages").items())
         result += timeLine(report, stage, "/stages/" + stage);
@@ -88,23 +78,23 @@ std::string renderTable(const ordered_json& report) {
     result +=
         timeLine(report, "everything, silence after sound", "/silenceAfterSound/silenceNsPerFrame");
     if (const auto count = number(report, "/cascade/instructionsPerFrame"))
-        result += text("  %-37s%13.1f\n", "ten bands, instructions per frame", *count);
+        result += formattedText("  %-37s%13.1f\n", "ten bands, instructions per frame", *count);
     if (const auto time = number(report, "/fft/microseconds"))
-        result += text("  %-37s%13.2f\n", "FFT of 2048 points, microseconds", *time);
+        result += formattedText("  %-37s%13.2f\n", "FFT of 2048 points, microseconds", *time);
     return result + "\n";
 }
 
 std::string peerLine(const std::string& name, const ordered_json& peer) {
-    return text("  %-37s%14.4f%12.3f%13.1f\n", name.c_str(),
-                numberOrZero(peer, "/cpuSecondsPerMinute"), numberOrZero(peer, "/deviationDb"),
-                number(peer, "/ratioToHalvo").value_or(1));
+    return formattedText(
+        "  %-37s%14.4f%12.3f%13.1f\n", name.c_str(), numberOrZero(peer, "/cpuSecondsPerMinute"),
+        numberOrZero(peer, "/deviationDb"), number(peer, "/ratioToHalvo").value_or(1));
 }
 
 std::string peerTable(const ordered_json& report) {
     if (!report.contains("peers")) return {};
     std::string result = "Ten peaking filters over a stereo file, one thread, reading and writing "
                          "taken off\n";
-    result += text("  %-37s%14s%12s%13s\n", "", "CPU s per min", "dB off", "times Halvo");
+    result += formattedText("  %-37s%14s%12s%13s\n", "", "CPU s per min", "dB off", "times Halvo");
     if (part(report, "halvo").is_object()) result += peerLine("Halvo", part(report, "halvo"));
     for (const ordered_json& peer : part(report, "peers"))
         result += peerLine(peer.value("name", ""), peer);
@@ -115,12 +105,12 @@ std::string peerTable(const ordered_json& report) {
 
 std::string callbackTable(const ordered_json& report) {
     if (!report.contains("callback")) return {};
-    std::string result =
-        text("%-39s%13s%12s%13s\n", "Render callback, microseconds", "p50", "p99", "p99.9");
+    std::string result = formattedText("%-39s%13s%12s%13s\n", "Render callback, microseconds",
+                                       "p50", "p99", "p99.9");
     for (const auto& [block, times] : part(report, "callback").items())
-        result += text("  %-37s%13.2f%12.2f%13.2f\n", (block + " frames").c_str(),
-                       numberOrZero(times, "/p50"), numberOrZero(times, "/p99"),
-                       numberOrZero(times, "/p99.9"));
+        result += formattedText("  %-37s%13.2f%12.2f%13.2f\n", (block + " frames").c_str(),
+                                numberOrZero(times, "/p50"), numberOrZero(times, "/p99"),
+                                numberOrZero(times, "/p99.9"));
     return result + "\n";
 }
 
@@ -134,14 +124,14 @@ std::string sessionTable(const ordered_json& report) {
             const ordered_json& cost = isSum ? whole : part(whole, program);
             const std::string label =
                 isSum ? std::string("Together, ") + state : std::string("  ") + program;
-            result +=
-                text("%-39s%13.2f%12.1f%13.1f\n", label.c_str(), numberOrZero(cost, "/cpuPercent"),
-                     numberOrZero(cost, "/wakeupsPerSecond"), numberOrZero(cost, "/rssMiB"));
+            result += formattedText(
+                "%-39s%13.2f%12.1f%13.1f\n", label.c_str(), numberOrZero(cost, "/cpuPercent"),
+                numberOrZero(cost, "/wakeupsPerSecond"), numberOrZero(cost, "/rssMiB"));
         }
     }
     if (result.empty()) return {};
-    return text("%-39s%13s%12s%13s\n", "Application and driver", "% of a core", "wakeups/s",
-                "resident MiB") +
+    return formattedText("%-39s%13s%12s%13s\n", "Application and driver", "% of a core",
+                         "wakeups/s", "resident MiB") +
            result + "\n";
 }
 

@@ -1,15 +1,16 @@
 #include "Report.h"
 
+#include "support/FormattedText.h"
+
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
-
-#include <array>
 #include <cmath>
-#include <cstdarg>
-#include <cstdio>
 
 namespace halvo::demo {
+
+using tools::formattedText;
+
 namespace {
 
 constexpr std::size_t kBandCount = 20;
@@ -21,24 +22,14 @@ constexpr double kMostStartMs = 3000;
 constexpr Cost kMostOfHalvo{.cpuPercent = 50, .rssMiB = 256};
 constexpr Cost kMostOfDriver{.cpuPercent = 25, .rssMiB = 64};
 
-/// printf into a string; a line of the terminal at most.
-[[gnu::format(printf, 1, 2)]] std::string text(const char* format, ...) {
-    std::array<char, 160> line{};
-    std::va_list arguments;
-    va_start(arguments, format);
-    (void)std::vsnprintf(line.data(), line.size(), format, arguments); // cut off at worst
-    va_end(arguments);
-    return line.data();
-}
-
 void judgeCost(std::vector<std::string>& failures, const char* program, const Cost& cost,
                const Cost& most) {
     if (!(cost.cpuPercent >= 0 && cost.cpuPercent <= most.cpuPercent))
-        failures.push_back(text("%s took %.1f %% of a processor, more than %.0f %%.", program,
-                                cost.cpuPercent, most.cpuPercent));
+        failures.push_back(formattedText("%s took %.1f %% of a processor, more than %.0f %%.",
+                                         program, cost.cpuPercent, most.cpuPercent));
     if (!(cost.rssMiB > 0 && cost.rssMiB <= most.rssMiB))
-        failures.push_back(text("%s held %.1f MiB of memory, not between 0 and %.0f MiB.", program,
-                                cost.rssMiB, most.rssMiB));
+        failures.push_back(formattedText("%s held %.1f MiB of memory, not between 0 and %.0f MiB.",
+                                         program, cost.rssMiB, most.rssMiB));
 }
 
 nlohmann::ordered_json bandJson(const BandMeasurement& band) {
@@ -49,14 +40,14 @@ nlohmann::ordered_json bandJson(const BandMeasurement& band) {
 }
 
 std::string bandCell(const BandMeasurement& band) {
-    return text("%5d Hz %+4.0f %8.2f %8.2f %c", band.frequencyHz, band.gainDb, band.expectedDb,
-                band.measuredDb, band.holds() ? ' ' : '!');
+    return formattedText("%5d Hz %+4.0f %8.2f %8.2f %c", band.frequencyHz, band.gainDb,
+                         band.expectedDb, band.measuredDb, band.holds() ? ' ' : '!');
 }
 
 /// The texts may be of any script: they are not cut to columns.
 std::string trackLine(const AnnouncedTrack& track) {
     return "  " + track.artist + ", \"" + track.title + "\": " + track.tags + " -> " +
-           track.preset + text(" (%.1f s)\n", track.seconds);
+           track.preset + formattedText(" (%.1f s)\n", track.seconds);
 }
 
 } // namespace
@@ -68,38 +59,43 @@ double BandMeasurement::deviation() const {
 std::vector<std::string> Report::failures() const {
     std::vector<std::string> sentences;
     if (bands.size() != kBandCount)
-        sentences.push_back(text("%zu of %zu bands were measured.", bands.size(), kBandCount));
+        sentences.push_back(
+            formattedText("%zu of %zu bands were measured.", bands.size(), kBandCount));
     for (const BandMeasurement& band : bands)
         if (!band.holds())
             sentences.push_back(
-                text("%d Hz at %+.0f dB was heard at %.2f dB; %.2f dB are expected.",
-                     band.frequencyHz, band.gainDb, band.measuredDb, band.expectedDb));
+                formattedText("%d Hz at %+.0f dB was heard at %.2f dB; %.2f dB are expected.",
+                              band.frequencyHz, band.gainDb, band.measuredDb, band.expectedDb));
     if (!(firstPresetDeviationDb <= kMostPresetDeviationDb))
-        sentences.push_back(
-            text("The first factory preset was heard %.2f dB off.", firstPresetDeviationDb));
+        sentences.push_back(formattedText("The first factory preset was heard %.2f dB off.",
+                                          firstPresetDeviationDb));
     if (!flatBitExact)
         sentences.push_back("With a flat preset the sound was not the same bit for bit.");
-    if (underruns > 0) sentences.push_back(text("The sound was interrupted %zu times.", underruns));
+    if (underruns > 0)
+        sentences.push_back(formattedText("The sound was interrupted %zu times.", underruns));
     if (repeatedTakes > kMostRepeatedTakes)
-        sentences.push_back(text("The sound server missed cycles in %zu takes.", repeatedTakes));
+        sentences.push_back(
+            formattedText("The sound server missed cycles in %zu takes.", repeatedTakes));
     if (addedLatencyFrames < 0 || addedLatencyFrames > kMostLatencyFrames)
-        sentences.push_back(text("Halvo adds %lld frames of delay, not between 0 and %lld.",
-                                 static_cast<long long>(addedLatencyFrames),
-                                 static_cast<long long>(kMostLatencyFrames)));
+        sentences.push_back(
+            formattedText("Halvo adds %lld frames of delay, not between 0 and %lld.",
+                          static_cast<long long>(addedLatencyFrames),
+                          static_cast<long long>(kMostLatencyFrames)));
     if (!(startToSoundMs > 0 && startToSoundMs <= kMostStartMs))
         sentences.push_back(
-            text("The first sound came %.0f ms after the start, not within %.0f ms.",
-                 startToSoundMs, kMostStartMs));
+            formattedText("The first sound came %.0f ms after the start, not within %.0f ms.",
+                          startToSoundMs, kMostStartMs));
     if (activePreset.empty()) sentences.push_back("Halvo did not tell its active preset.");
     if (!std::ranges::all_of(bandLevels, [](double level) { return level > 0 && level <= 1; }))
         sentences.push_back("Not every band level rose during the demo track.");
     if (tracks.size() != kTrackCount)
-        sentences.push_back(text("%zu of %zu tracks were announced.", tracks.size(), kTrackCount));
+        sentences.push_back(
+            formattedText("%zu of %zu tracks were announced.", tracks.size(), kTrackCount));
     for (const AnnouncedTrack& track : tracks)
         if (track.preset != track.wanted || track.tags.empty())
-            sentences.push_back(text("\"%s\" sounds as \"%s\" does, not as \"%s\".",
-                                     track.title.c_str(), track.preset.c_str(),
-                                     track.wanted.c_str()));
+            sentences.push_back(formattedText("\"%s\" sounds as \"%s\" does, not as \"%s\".",
+                                              track.title.c_str(), track.preset.c_str(),
+                                              track.wanted.c_str()));
     judgeCost(sentences, "halvo", halvo, kMostOfHalvo);
     judgeCost(sentences, "The driver", driver, kMostOfDriver);
     return sentences;
@@ -131,29 +127,30 @@ std::string Report::json() const {
 
 std::string Report::table() const {
     const char* heading = "    Band Gain Expected    Heard";
-    std::string result = text("%s        %s    [dB]\n", heading, heading);
+    std::string result = formattedText("%s        %s    [dB]\n", heading, heading);
     // Sorted by band and gain: -12 dB stands on the left, +12 dB on the right.
     for (std::size_t row = 0; row + 1 < bands.size(); row += 2)
         result += bandCell(bands[row]) + "      " + bandCell(bands[row + 1]) + "\n";
-    result += text("  First factory preset       within %.2f dB\n", firstPresetDeviationDb);
-    result += text("  Flat preset, bit for bit   %s\n", flatBitExact ? "yes" : "NO");
-    result += text("  Interruptions              %zu\n", underruns);
-    result += text("  Takes repeated             %zu\n", repeatedTakes);
-    result += text("  Added delay                %lld frames (%.1f ms)\n",
-                   static_cast<long long>(addedLatencyFrames),
-                   static_cast<double>(addedLatencyFrames) / 48.0);
-    result += text("  Start to first sound       %.0f ms\n", startToSoundMs);
-    result += text("  Active preset              %s\n", activePreset.c_str());
+    result +=
+        formattedText("  First factory preset       within %.2f dB\n", firstPresetDeviationDb);
+    result += formattedText("  Flat preset, bit for bit   %s\n", flatBitExact ? "yes" : "NO");
+    result += formattedText("  Interruptions              %zu\n", underruns);
+    result += formattedText("  Takes repeated             %zu\n", repeatedTakes);
+    result += formattedText("  Added delay                %lld frames (%.1f ms)\n",
+                            static_cast<long long>(addedLatencyFrames),
+                            static_cast<double>(addedLatencyFrames) / 48.0);
+    result += formattedText("  Start to first sound       %.0f ms\n", startToSoundMs);
+    result += formattedText("  Active preset              %s\n", activePreset.c_str());
     result += "  Band levels, highest      ";
     for (const double level : bandLevels)
-        result += text(" %.2f", level);
+        result += formattedText(" %.2f", level);
     result += "\n";
     for (const AnnouncedTrack& track : tracks)
         result += trackLine(track);
-    result += text("  halvo                      %.1f %% of a processor, %.1f MiB\n",
-                   halvo.cpuPercent, halvo.rssMiB);
-    result += text("  driver                     %.1f %% of a processor, %.1f MiB\n",
-                   driver.cpuPercent, driver.rssMiB);
+    result += formattedText("  halvo                      %.1f %% of a processor, %.1f MiB\n",
+                            halvo.cpuPercent, halvo.rssMiB);
+    result += formattedText("  driver                     %.1f %% of a processor, %.1f MiB\n",
+                            driver.cpuPercent, driver.rssMiB);
     return result;
 }
 
