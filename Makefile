@@ -1,5 +1,5 @@
-# The five things one does here. Each first installs what it lacks (Debian 12).
-.PHONY: run demo test check bench
+# What one does here. Each first installs what it lacks (Debian 12).
+.PHONY: run demo test check bench package uninstall
 house := tools/house
 
 # With a desktop and a sound server: the equalizer itself. Without: the demonstration.
@@ -20,6 +20,15 @@ test:
 check:
 	@$(house)/install-packages build run test check
 	@$(house)/check
+
+# A package for Debian 12 in out/package/, checked.
+package:
+	@$(house)/install-packages build run package
+	@$(house)/package
+
+# Ends Halvo in your session, which has its default output and levels back, and removes the package.
+uninstall:
+	@$(house)/uninstall
 
 # What Halvo costs, beside its own limit and beside the distribution's other equalizers. A peer that
 # cannot be installed is left out.
