@@ -39,7 +39,7 @@ void AudioEngine::start(const std::string& outputDeviceUID) {
     }
     eq().setSampleRate(static_cast<float>(startedFormat_.sampleRate));
     eq().resetState();
-    if (startedFormat_.sampleRate < double{SpectrumAnalyzer::kMinimumSampleRate}) {
+    if (startedFormat_.sampleRate < static_cast<double>(SpectrumAnalyzer::kMinimumSampleRate)) {
         output_.print("Halvo: No spectrum at this sample rate, it needs 22414 Hz or more");
     }
     setupOutputUnit(outputDeviceUID);

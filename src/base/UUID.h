@@ -1,7 +1,6 @@
 #pragma once
 
 #include <array>
-#include <compare>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -19,7 +18,7 @@ class UUID {
 
     std::string text() const;
 
-    auto operator<=>(const UUID&) const = default;
+    bool operator==(const UUID&) const = default;
 
   private:
     std::array<std::uint8_t, 16> bytes_{};
