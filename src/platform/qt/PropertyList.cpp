@@ -2,6 +2,10 @@
 
 #include <QXmlStreamReader>
 
+#include <limits>
+#include <memory>
+#include <plist/plist.h>
+
 namespace halvo {
 
 namespace {
@@ -22,9 +26,7 @@ std::optional<std::string> readDictionary(QXmlStreamReader& reader, const QStrin
     return found;
 }
 
-} // namespace
-
-std::optional<std::string> propertyListString(const std::string& list, const std::string& key) {
+std::optional<std::string> textOfXML(const std::string& list, const std::string& key) {
     QXmlStreamReader reader(QByteArray::fromRawData(list.data(), qsizetype(list.size())));
     if (!reader.readNextStartElement() || reader.name() != u"plist") return std::nullopt;
     if (!reader.readNextStartElement() || reader.name() != u"dict") return std::nullopt;
@@ -34,6 +36,25 @@ std::optional<std::string> propertyListString(const std::string& list, const std
         reader.readNext();
     if (reader.hasError()) return std::nullopt;
     return found;
+}
+
+std::optional<std::string> textOfBinary(const std::string& list, const std::string& key) {
+    if (list.size() > std::numeric_limits<std::uint32_t>::max()) return std::nullopt;
+    plist_t root = nullptr;
+    plist_from_bin(list.data(), static_cast<std::uint32_t>(list.size()), &root);
+    const std::unique_ptr<void, decltype(&plist_free)> owner(root, &plist_free);
+    if (plist_get_node_type(root) != PLIST_DICT) return std::nullopt;
+    plist_t const value = plist_dict_get_item(root, key.c_str());
+    if (plist_get_node_type(value) != PLIST_STRING) return std::nullopt;
+    std::uint64_t length = 0;
+    const char* text = plist_get_string_ptr(value, &length);
+    return text != nullptr ? std::optional(std::string(text, length)) : std::nullopt;
+}
+
+} // namespace
+
+std::optional<std::string> propertyListString(const std::string& list, const std::string& key) {
+    return list.starts_with("bplist00") ? textOfBinary(list, key) : textOfXML(list, key);
 }
 
 } // namespace halvo
