@@ -2,6 +2,7 @@
 
 #include "platform/Application.h"
 #include "platform/AudioHardware.h"
+#include "platform/DriverInstallation.h"
 #include "platform/SystemLog.h"
 #include "platform/TerminationSignal.h"
 
@@ -96,11 +97,15 @@ void AppDelegate::startNowPlaying() {
 }
 
 void AppDelegate::checkDriver() {
-    if (driverInstaller_.isInstalled() && !driverInstaller_.needsUpdate()) return;
-    log_.write("Driver not installed or needs update, prompting user");
-    if (driverInstaller_.installIfNeeded()) return;
-    log_.write("Driver installation failed or cancelled, quitting");
-    platform_.application.terminate(); // by design the sequence goes on until the request is taken
+    if (!driverInstaller_.isInstalled() || driverInstaller_.needsUpdate()) {
+        log_.write("Driver not installed or needs update, prompting user");
+        if (!driverInstaller_.installIfNeeded()) {
+            log_.write("Driver installation failed or cancelled, quitting");
+            // By design the sequence goes on until the request is taken.
+            return platform_.application.terminate();
+        }
+    }
+    platform_.driverInstallation.ensureRunning();
 }
 
 void AppDelegate::logDevices() {

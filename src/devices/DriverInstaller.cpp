@@ -10,6 +10,8 @@ namespace halvo {
 namespace {
 
 constexpr const char* kVersionKey = "CFBundleVersion";
+// For the restarted sound server to publish the device.
+constexpr std::chrono::milliseconds kPauseAfterInstall{2000};
 
 } // namespace
 
@@ -52,10 +54,28 @@ bool DriverInstaller::installIfNeeded() {
 }
 
 bool DriverInstaller::performInstall(const std::filesystem::path& source) {
-    log_.write("Halvo: No installer on this system for " + source.string());
-    (void)alert_.runModal(AlertStyle::critical, "Driver Installation Error",
-                          "Driver installation failed. Please try again or install manually.", {});
+    const auto result = installation_.copyWithPrivileges(source);
+    if (!result) {
+        log_.write("Halvo: Failed to launch " + installation_.copyTool() + ": " + result.error());
+        showError("Failed to start the installer: " + result.error());
+        return false;
+    }
+    if (result->status == 0) {
+        installation_.takeUp();
+        log_.write("Halvo: Driver installed successfully");
+        installation_.pause(kPauseAfterInstall);
+        return true;
+    }
+    log_.write("Halvo: Driver install failed (exit " + std::to_string(result->status) +
+               "): " + result->output);
+    if (result->wasDismissed || result->output.contains("User canceled")) return false;
+    showError("Driver installation failed. Please try again or install manually.\n\n" +
+              result->output);
     return false;
+}
+
+void DriverInstaller::showError(const std::string& text) {
+    (void)alert_.runModal(AlertStyle::critical, "Driver Installation Error", text, {});
 }
 
 } // namespace halvo

@@ -20,11 +20,14 @@ class DriverInstaller {
     /// Whether the installed driver is older than the one that came with the application, or
     /// cannot be read. False when either of them is missing.
     bool needsUpdate() const;
-    /// True when the driver is present and current afterwards.
+    /// Asks the person. True when the driver is present and current afterwards.
     bool installIfNeeded();
+    /// Copies the driver with an administrator's rights; waits for the password, the copy and the
+    /// sound system. Whether it is in place.
+    bool performInstall(const std::filesystem::path& source);
 
   private:
-    bool performInstall(const std::filesystem::path& source);
+    void showError(const std::string& text);
 
     DriverInstallation& installation_;
     Alert& alert_;

@@ -58,4 +58,15 @@ FakeDriverInstallation::propertyListString(const std::filesystem::path& bundle,
     return list->at(key);
 }
 
+std::expected<DriverCopyResult, std::string>
+FakeDriverInstallation::copyWithPrivileges(const std::filesystem::path& source) {
+    calls.push_back("copy " + source.string());
+    if (copyResult && copyResult->status == 0) installed = bundled;
+    return copyResult;
+}
+
+void FakeDriverInstallation::pause(std::chrono::milliseconds duration) {
+    calls.push_back("pause " + std::to_string(duration.count()));
+}
+
 } // namespace halvo

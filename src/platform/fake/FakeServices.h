@@ -66,7 +66,8 @@ class FakeFileSystem final : public FileSystem {
     int writes = 0;
 };
 
-/// An installed and a bundled driver, each with its property list's texts, or absent.
+/// An installed and a bundled driver, each with its property list's texts, or absent. A copy that
+/// succeeds makes the installed one the bundled one.
 class FakeDriverInstallation final : public DriverInstallation {
   public:
     using PropertyList = std::map<std::string, std::string>;
@@ -77,6 +78,15 @@ class FakeDriverInstallation final : public DriverInstallation {
     std::optional<std::string> propertyListString(const std::filesystem::path& bundle,
                                                   const std::string& key) override;
 
+    std::string copyTool() override { return "tool"; }
+    std::expected<DriverCopyResult, std::string>
+    copyWithPrivileges(const std::filesystem::path& source) override;
+    void takeUp() override { calls.emplace_back("take up"); }
+    void ensureRunning() override { calls.emplace_back("ensure running"); }
+    void pause(std::chrono::milliseconds duration) override;
+
+    std::expected<DriverCopyResult, std::string> copyResult = DriverCopyResult{};
+    std::vector<std::string> calls; ///< whatever had an effect, in order
     std::optional<PropertyList> installed = PropertyList{{"CFBundleVersion", "1.0"}};
     std::optional<PropertyList> bundled = PropertyList{{"CFBundleVersion", "1.0"}};
 };
