@@ -44,7 +44,7 @@ class StatusMenu final : public QObject {
     struct Entry {
         QString label;
         std::function<void()> chosen;
-        std::function<bool()> isMarked; ///< asked whenever the menu is shown; null: has no mark
+        std::function<bool()> isMarked = {}; ///< asked at each showing; null: has no mark
     };
 
     static const QString kPath;
