@@ -1,5 +1,5 @@
 # What one does here. Each first installs what it lacks (Debian 12).
-.PHONY: run demo test check bench package uninstall
+.PHONY: run demo test check check-macos bench package uninstall
 house := tools/house
 
 # With a desktop and a sound server: the equalizer itself. Without: the demonstration.
@@ -29,6 +29,11 @@ package:
 # Ends Halvo in your session, which has its default output and levels back, and removes the package.
 uninstall:
 	@$(house)/uninstall
+
+# All that macOS runs, compiled against an SDK's headers: CONTRIBUTING.md says how to get them.
+check-macos:
+	@$(house)/install-packages build test check
+	@$(house)/check-macos "$(SDK)"
 
 # What Halvo costs, beside its own limit and beside the distribution's other equalizers. A peer that
 # cannot be installed is left out.
