@@ -17,6 +17,63 @@ std::string list(const std::string& entries) {
 
 const std::string kVersion = "<key>CFBundleVersion</key>";
 
+/// Bytes from two hexadecimal digits each.
+std::string bytes(const std::string& digits) {
+    std::string result;
+    for (std::size_t at = 0; at < digits.size(); at += 2)
+        result += static_cast<char>(std::stoi(digits.substr(at, 2), nullptr, 16));
+    return result;
+}
+
+/// A binary list as another program wrote it; `objects` is what lies behind the magic.
+std::string binary(const std::string& objects) {
+    return "bplist00" + bytes(objects);
+}
+
+const std::string kBinaryKey = "5f100f434642756e646c6556657273696f6e"; // CFBundleVersion
+
+/// The table of an object list: where it begins, and how many objects there are.
+std::string trailer(const std::string& count, const std::string& start) {
+    return "0000000000000101" + std::string("00000000000000") + count + "0000000000000000" +
+           "00000000000000" + start;
+}
+
+TEST(PropertyListTests, ReadsBinaryLists) {
+    const struct {
+        const char* name;
+        std::string list;
+        std::optional<std::string> expected;
+    } rows[] = {
+        {"after another key",
+         binary("d2010203045141" + kBinaryKey + "517854312e3130080d0f2123" + trailer("05", "28")),
+         "1.10"},
+        {"UTF-16", binary("d10102" + kBinaryKey + "6200e40031080b1d" + trailer("03", "22")),
+         "\xC3\xA4"
+         "1"},
+        {"an integer", binary("d10102" + kBinaryKey + "1003080b1d" + trailer("03", "1f")),
+         std::nullopt},
+        {"nested", binary("d101025141d10304" + kBinaryKey + "5139080b0d1022" + trailer("05", "24")),
+         std::nullopt},
+        {"an array", binary("a20102" + kBinaryKey + "5131080b1d" + trailer("03", "1f")),
+         std::nullopt},
+    };
+    for (const auto& [name, list, expected] : rows)
+        EXPECT_EQ(propertyListString(list, "CFBundleVersion"), expected) << name;
+}
+
+TEST(PropertyListTests, ABrokenBinaryListDoesNoHarm) {
+    const auto whole = binary("d10102" + kBinaryKey + "5131080b1d" + trailer("03", "1f"));
+    ASSERT_EQ(propertyListString(whole, "CFBundleVersion"), "1");
+    for (std::size_t length = 0; length < whole.size(); ++length)
+        EXPECT_EQ(propertyListString(whole.substr(0, length), "CFBundleVersion"), std::nullopt)
+            << length;
+    for (std::size_t at = 8; at < whole.size(); ++at) {
+        auto list = whole;
+        list[at] = static_cast<char>(~list[at]);
+        (void)propertyListString(list, "CFBundleVersion"); // any answer, but an answer
+    }
+}
+
 TEST(PropertyListTests, FindsTextAtTheTopLevelOnly) {
     struct Case {
         const char* name;
