@@ -1,0 +1,45 @@
+#pragma once
+
+#include <CoreFoundation/CoreFoundation.h>
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <utility>
+
+namespace halvo {
+
+/// Releases a Core Foundation object when it goes.
+template <typename Ref> class CFHandle {
+  public:
+    CFHandle() = default;
+    /// Takes over an object that the caller would have to release; null stands for none.
+    explicit CFHandle(Ref ref) : ref_(ref) {}
+    ~CFHandle() {
+        if (ref_) CFRelease(ref_);
+    }
+    CFHandle(CFHandle&& other) noexcept : ref_(std::exchange(other.ref_, nullptr)) {}
+    CFHandle& operator=(CFHandle&& other) noexcept {
+        std::swap(ref_, other.ref_);
+        return *this;
+    }
+    CFHandle(const CFHandle&) = delete;
+    CFHandle& operator=(const CFHandle&) = delete;
+
+    explicit operator bool() const { return ref_ != nullptr; }
+    Ref get() const { return ref_; }
+
+  private:
+    Ref ref_ = nullptr;
+};
+
+/// A UTF-8 text as the system takes it; null when it is no UTF-8. Any thread.
+CFHandle<CFStringRef> makeCFString(const std::string& text);
+
+/// The UTF-8 text of an object; nothing when it is null or no string. Any thread.
+std::optional<std::string> textOf(CFTypeRef object);
+
+/// The path of a file's address; nothing when it is null or none of a file. Any thread.
+std::optional<std::filesystem::path> pathOf(CFURLRef url);
+
+} // namespace halvo

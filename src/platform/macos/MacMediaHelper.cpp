@@ -1,0 +1,12 @@
+#include "platform/macos/MacMediaHelper.h"
+
+#include "platform/macos/MacBundle.h"
+
+namespace halvo {
+
+std::optional<std::string> MacMediaHelper::resourceFolder() const {
+    const auto folder = MacBundle::resourceFolder();
+    return folder ? std::optional(folder->string()) : std::nullopt;
+}
+
+} // namespace halvo

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "platform/MediaHelper.h"
+
+namespace halvo {
+
+/// A library among the bundle's resources, called by a script of the system's perl, because the
+/// system tells what is playing only to programs of its own. Main thread.
+class MacMediaHelper final : public MediaHelper {
+  public:
+    std::optional<std::string> resourceFolder() const override;
+    std::string libraryName() const override { return "media_helper.dylib"; }
+    std::string scriptName() const override { return "run.pl"; }
+    Command command(const std::string& script, const std::string& library,
+                    const std::string& word) const override {
+        return {"/usr/bin/perl", {script, library, word}};
+    }
+};
+
+} // namespace halvo
