@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/linux/FileDescriptor.h"
+#include "platform/posix/FileDescriptor.h"
 
 #include <QObject>
 #include <QStringList>

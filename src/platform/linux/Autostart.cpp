@@ -1,8 +1,8 @@
 #include "platform/linux/Autostart.h"
 
-#include "platform/linux/AtomicFile.h"
 #include "platform/linux/DesktopEntry.h"
 #include "platform/linux/XdgDirectories.h"
+#include "platform/posix/AtomicFile.h"
 
 #include <algorithm>
 #include <cstdlib>

@@ -2,8 +2,8 @@
 
 #include "base/NumberText.h"
 #include "platform/SystemLog.h"
-#include "platform/linux/AtomicFile.h"
 #include "platform/linux/XdgDirectories.h"
+#include "platform/posix/AtomicFile.h"
 
 #include <QByteArray>
 

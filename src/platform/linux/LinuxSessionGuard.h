@@ -2,8 +2,8 @@
 
 #include "base/Lifetime.h"
 #include "platform/MainQueue.h"
-#include "platform/linux/FileDescriptor.h"
 #include "platform/linux/SpawnedChild.h"
+#include "platform/posix/FileDescriptor.h"
 
 #include <filesystem>
 #include <memory>

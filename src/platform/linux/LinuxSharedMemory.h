@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/SharedMemory.h"
-#include "platform/linux/FileDescriptor.h"
+#include "platform/posix/FileDescriptor.h"
 
 #include <memory>
 #include <string>

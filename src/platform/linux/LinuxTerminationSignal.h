@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/TerminationSignal.h"
-#include "platform/linux/FileDescriptor.h"
+#include "platform/posix/FileDescriptor.h"
 
 #include <filesystem>
 #include <functional>

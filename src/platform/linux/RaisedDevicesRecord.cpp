@@ -1,8 +1,8 @@
 #include "platform/linux/RaisedDevicesRecord.h"
 
 #include "platform/SystemLog.h"
-#include "platform/linux/AtomicFile.h"
 #include "platform/linux/XdgDirectories.h"
+#include "platform/posix/AtomicFile.h"
 
 #include <nlohmann/json.hpp>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/ChildProcess.h"
-#include "platform/linux/FileDescriptor.h"
+#include "platform/posix/FileDescriptor.h"
 
 #include <chrono>
 #include <expected>

@@ -1,8 +1,8 @@
 #include "platform/linux/XdgFileSystem.h"
 
-#include "platform/linux/AtomicFile.h"
-#include "platform/linux/FileDescriptor.h"
 #include "platform/linux/XdgDirectories.h"
+#include "platform/posix/AtomicFile.h"
+#include "platform/posix/FileDescriptor.h"
 
 #include <cstdlib>
 #include <fcntl.h>

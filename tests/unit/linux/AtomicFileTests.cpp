@@ -1,4 +1,4 @@
-#include "platform/linux/AtomicFile.h"
+#include "platform/posix/AtomicFile.h"
 
 #include "unit/linux/TemporaryDirectory.h"
 

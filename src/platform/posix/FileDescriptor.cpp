@@ -1,4 +1,4 @@
-#include "platform/linux/FileDescriptor.h"
+#include "platform/posix/FileDescriptor.h"
 
 #include <cerrno>
 #include <sys/stat.h>

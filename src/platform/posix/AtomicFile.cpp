@@ -1,6 +1,6 @@
-#include "platform/linux/AtomicFile.h"
+#include "platform/posix/AtomicFile.h"
 
-#include "platform/linux/FileDescriptor.h"
+#include "platform/posix/FileDescriptor.h"
 
 #include <array>
 #include <cerrno>
