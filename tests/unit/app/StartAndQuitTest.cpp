@@ -58,11 +58,25 @@ TEST_F(StartAndQuit, ARefusedDriverEndsTheProgramAfterTheSequence) {
     launch();
     EXPECT_EQ(fake.application.terminations, 1);
     EXPECT_EQ(fake.alert.shown.at(0).buttons.back(), "Quit");
+    EXPECT_TRUE(fake.driverInstallation.calls.empty());
     EXPECT_NE(debugLog().find("Halvo: Driver installation failed or cancelled, quitting\n"),
               std::string::npos);
     EXPECT_TRUE(debugLog().ends_with("Halvo: Launch done\n"));
     delegate->applicationWillTerminate();
     EXPECT_EQ(defaultUID(), "acc.a");
+}
+
+TEST_F(StartAndQuit, TheDriverIsStartedOnceItIsInPlace) {
+    using Calls = std::vector<std::string>;
+    launch();
+    EXPECT_EQ(fake.driverInstallation.calls, Calls{"ensure running"});
+    fake.driverInstallation.calls.clear();
+    fake.driverInstallation.installed.reset();
+    fake.alert.answers = {0};
+    launch();
+    EXPECT_EQ(fake.driverInstallation.calls,
+              (Calls{"copy /bundled.driver", "take up", "pause 2000", "ensure running"}));
+    EXPECT_EQ(fake.application.terminations, 0);
 }
 
 TEST_F(StartAndQuit, NowPlayingStartsBeforeTheDriverIsLookedFor) {
