@@ -64,9 +64,22 @@ bool lock(int descriptor) {
     return ::flock(descriptor, LOCK_EX | LOCK_NB) == 0 || errno == ENOTSUP || errno == EOPNOTSUPP;
 }
 
-std::expected<Descriptor, RingFailure> openLocked(const std::string& name) {
+constexpr mode_t kOwnerOnly = 0600;
+
+/// Not every system can change a shared object's mode later, hence the mask.
+Descriptor create(const std::string& name, mode_t mode) {
+    if (mode == kOwnerOnly) return Descriptor(::shm_open(name.c_str(), O_RDWR | O_CREAT, mode));
+    const mode_t mask = ::umask(0);
+    Descriptor descriptor(::shm_open(name.c_str(), O_RDWR | O_CREAT, mode));
+    const int error = errno;
+    ::umask(mask);
+    errno = error;
+    return descriptor;
+}
+
+std::expected<Descriptor, RingFailure> openLocked(const std::string& name, mode_t mode) {
     for (int attempt = 0; attempt < kAttempts; ++attempt) {
-        Descriptor descriptor(::shm_open(name.c_str(), O_RDWR | O_CREAT, 0600));
+        Descriptor descriptor = create(name, mode);
         if (descriptor.get() < 0) return systemFailure("cannot open", errno);
         struct stat status{};
         if (::fstat(descriptor.get(), &status) != 0) return systemFailure("cannot read", errno);
@@ -107,10 +120,12 @@ constexpr auto finiteOrZero = [](float sample) noexcept {
 
 } // namespace
 
-std::expected<std::unique_ptr<RingWriter>, RingFailure> RingWriter::open(const std::string& name) {
-    auto descriptor = openLocked(name);
+std::expected<std::unique_ptr<RingWriter>, RingFailure> RingWriter::open(const std::string& name,
+                                                                         RingAccess access) {
+    const mode_t mode = access == RingAccess::owner ? kOwnerOnly : 0666;
+    auto descriptor = openLocked(name, mode);
     if (!descriptor) return std::unexpected(descriptor.error());
-    (void)::fchmod(descriptor->get(), 0600); // best effort: it is already this user's own
+    (void)::fchmod(descriptor->get(), mode); // best effort: it is already this user's own
     if (const int error = reserve(descriptor->get())) return systemFailure("cannot grow", error);
     void* mapping =
         ::mmap(nullptr, kSize, PROT_READ | PROT_WRITE, MAP_SHARED, descriptor->get(), 0);

@@ -19,6 +19,12 @@ struct RingFailure {
     std::string detail; ///< for a person
 };
 
+/// Who may open the ring beside its writer.
+enum class RingAccess {
+    owner,    ///< programs of the same user
+    everybody ///< for a writer that runs as a user of the system's own
+};
+
 /// The writer's side of the shared ring: the one process that holds the object's lock. Everything
 /// but `write` on the main thread; `write` on the audio thread.
 class RingWriter {
@@ -29,7 +35,8 @@ class RingWriter {
 
     /// Creates the object, or adopts the one that an earlier driver left: counters go on, the size
     /// never shrinks. A new object is not ready before `publish`.
-    static std::expected<std::unique_ptr<RingWriter>, RingFailure> open(const std::string& name);
+    static std::expected<std::unique_ptr<RingWriter>, RingFailure>
+    open(const std::string& name, RingAccess access = RingAccess::owner);
     /// Leaves the object behind: a reader keeps its mapping.
     ~RingWriter();
     RingWriter(const RingWriter&) = delete;
