@@ -41,7 +41,8 @@ SessionRestore::Result SessionRestore::run(milliseconds longest) {
     NoQueue queue;
     PipeWireAudioHardware server(*connection, queue);
     for (; Clock::now() < end; std::this_thread::sleep_for(kPause)) {
-        if (!connection->waitUntilReady(longest)) continue;
+        const auto left = std::chrono::duration_cast<milliseconds>(end - Clock::now());
+        if (!connection->waitUntilReady(left)) continue;
         // Let go of between attempts: an application that starts meanwhile takes it and does all.
         const auto lock = SessionLock::take(SessionLock::standardPath(), kLongestLock);
         if (!lock) return Result::running;

@@ -19,6 +19,8 @@ using std::chrono::milliseconds;
 constexpr milliseconds kLongestStart{2000};
 /// The connection for SIGTERM was made long ago; this only covers a signal right at the start.
 constexpr milliseconds kLongestSignalWait{100};
+/// A guard that gives back what the last run left has finished by then.
+constexpr milliseconds kLongestGiveBack{1500};
 
 /// Tests and the demonstration bring a tag service of their own: HALVO_TAG_SERVICE, an address such
 /// as http://127.0.0.1:4711.
@@ -31,11 +33,6 @@ std::string otherTagService() {
 std::string tagServiceOrigin() {
     const auto address = tagServiceAddress("");
     return address.substr(0, address.find('/', address.find("//") + 2));
-}
-
-/// What LoudnessGuard changed and has to give back; beside the user defaults.
-std::filesystem::path raisedDevicesPath() {
-    return JsonUserDefaults::standardPath().replace_filename("raised-devices.json");
 }
 
 } // namespace
@@ -67,16 +64,19 @@ LinuxPlatform::LinuxPlatform(std::unique_ptr<Desktop> desktop, Connection connec
       mediaHelper_(QCoreApplication::applicationDirPath().toStdString()),
       httpSession_(tagServiceOrigin(), otherTagService()), connection_(std::move(connection)),
       serverReport_(*connection_, mainQueue_, systemLog_), server_(*connection_, mainQueue_),
-      audioHardware_(server_, gate_, mainQueue_, systemLog_, raisedDevicesPath()),
+      sessionLock_(SessionLock::take(SessionLock::standardPath(), kLongestGiveBack)),
+      sessionGuard_(mainQueue_, systemLog_, QCoreApplication::applicationDirPath().toStdString()),
+      audioHardware_(server_, gate_, mainQueue_, systemLog_, RaisedDevicesRecord::standardPath(),
+                     [this] { sessionGuard_.watch(); }),
       outputUnits_(*connection_, gate_, [this](bool flows) { mainQueue_.setQuiet(!flows); }),
       signalConnection_(std::move(signalConnection)), signalServer_(*signalConnection_, mainQueue_),
       terminationSignal_(
           audioHardware_,
           [this] {
               (void)signalConnection_->waitUntilReady(kLongestSignalWait);
-              return LoudnessGuard::forGiveBack(signalServer_, raisedDevicesPath());
+              return LoudnessGuard::forGiveBack(signalServer_, RaisedDevicesRecord::standardPath());
           },
-          JsonUserDefaults::standardPath()) {
+          JsonUserDefaults::standardPath(), [this] { sessionGuard_.dismiss(); }) {
     mainQueue_.setWatch([this] { return screen_ && screen_->isWatched(); });
     desktop_->service.onActivated([this] {
         if (screen_) screen_->bringToFront();

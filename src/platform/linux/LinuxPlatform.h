@@ -9,6 +9,7 @@
 #include "platform/linux/LinuxDriverInstallation.h"
 #include "platform/linux/LinuxMediaHelper.h"
 #include "platform/linux/LinuxScriptRunner.h"
+#include "platform/linux/LinuxSessionGuard.h"
 #include "platform/linux/LinuxSharedMemory.h"
 #include "platform/linux/LinuxTerminationSignal.h"
 #include "platform/linux/LoudnessGuard.h"
@@ -17,6 +18,7 @@
 #include "platform/linux/PipeWireConnection.h"
 #include "platform/linux/PipeWireOutputUnit.h"
 #include "platform/linux/ServerReport.h"
+#include "platform/linux/SessionLock.h"
 #include "platform/linux/StatusService.h"
 #include "platform/linux/SyslogSystemLog.h"
 #include "platform/linux/XdgFileSystem.h"
@@ -32,6 +34,7 @@
 #include <expected>
 #include <filesystem>
 #include <memory>
+#include <optional>
 
 namespace halvo {
 
@@ -91,6 +94,8 @@ class LinuxPlatform final : public PlatformHost {
     ServerReport serverReport_;
     PipeWireAudioHardware server_;
     OutputGate gate_;
+    std::optional<SessionLock> sessionLock_; ///< nothing: another process would not let go of it
+    LinuxSessionGuard sessionGuard_;
     LoudnessGuard audioHardware_;
     PipeWireOutputUnitFactory outputUnits_;
 

@@ -108,6 +108,39 @@ TEST_F(LoudnessGuardEndTest, ACrashIsRepairedAtTheNextStart) {
     expectOwnLevels();
 }
 
+TEST_F(LoudnessGuardEndTest, TheSessionGuardGivesEveryDeviceBackAndLeavesTheRecord) {
+    begin();
+    raiseBoth();
+    EXPECT_TRUE(machine.crashUnderGuard());
+    expectOwnLevels();
+    EXPECT_EQ(server.configuredDefault(), std::nullopt);
+    EXPECT_TRUE(hasRecord());
+    EXPECT_TRUE(machine.crashUnderGuard()) << "once more does no harm";
+    expectOwnLevels();
+}
+
+TEST_F(LoudnessGuardEndTest, TheSessionGuardLeavesTheVirtualDeviceInAnyCase) {
+    begin();
+    machine.allow(kMusic, 0.6F);
+    // Killed after the switch, ahead of the session's own record.
+    machine.guard.emplace(server, machine.gate, machine.fake.mainQueue, machine.fake.systemLog,
+                          machine.record());
+    EXPECT_TRUE(machine.guard->setDefaultOutput(*server.deviceForUID(kVirtualDeviceUID)));
+    EXPECT_TRUE(machine.crashUnderGuard());
+    expectOwnLevels();
+    // The device that was the default has gone.
+    machine.launch();
+    server.unplug(kSpeakers);
+    machine.allow(kMusic, 0.6F);
+    EXPECT_TRUE(machine.crashUnderGuard());
+    EXPECT_EQ(server.defaultUID(), kHeadphones);
+    EXPECT_EQ(server.configuredDefault(), std::nullopt);
+    // No default is known yet: to be tried again.
+    server.unplug(kHeadphones);
+    server.unplug(kVirtualDeviceUID);
+    EXPECT_FALSE(machine.crashUnderGuard());
+}
+
 TEST_F(LoudnessGuardEndTest, AfterACrashADeviceIsGivenBackWhenItComes) {
     begin();
     raiseBoth();

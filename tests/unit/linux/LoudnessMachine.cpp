@@ -72,6 +72,16 @@ void LoudnessMachine::crash() {
     settle();
 }
 
+bool LoudnessMachine::crashUnderGuard() {
+    die();
+    listen();
+    const auto hardware = LoudnessGuard::forGiveBack(server, record());
+    AppDelegate::handleTermination(*hardware, fake.userDefaults);
+    const bool isDone = hardware->leaveVirtualDevice();
+    settle();
+    return isDone;
+}
+
 void LoudnessMachine::die() {
     server.disconnect();
     delegate.reset();

@@ -38,6 +38,8 @@ class LoudnessMachine {
     void quit();
     void terminate(); ///< SIGTERM
     void crash();
+    /// Crashes, and the session guard does what it is there for; whether it came to an end.
+    bool crashUnderGuard();
 
     /// Lets time pass and listens every millisecond.
     void pass(std::chrono::milliseconds time);
