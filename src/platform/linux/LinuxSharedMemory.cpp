@@ -1,19 +1,15 @@
 #include "platform/linux/LinuxSharedMemory.h"
 
 #include "audio/RingLayout.h"
-#include "platform/posix/MappingGuard.h"
 #include "platform/posix/RingName.h"
 
 #include <QSocketNotifier>
 
 #include <array>
 #include <cstring>
-#include <fcntl.h>
 #include <set>
 #include <string_view>
 #include <sys/inotify.h>
-#include <sys/mman.h>
-#include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
 
@@ -24,10 +20,6 @@ namespace {
 constexpr const char* kDirectory = "/dev/shm"; // where the C library keeps the objects
 constexpr std::uint32_t kEvents =
     IN_CREATE | IN_DELETE | IN_MODIFY | IN_ATTRIB | IN_MOVED_FROM | IN_MOVED_TO;
-
-std::string systemName(const std::string& name) {
-    return name == kRingName ? ringName() : name;
-}
 
 std::string_view withoutSlash(std::string_view name) {
     return name.starts_with('/') ? name.substr(1) : name;
@@ -56,17 +48,12 @@ Touched drain(int events) {
     return touched;
 }
 
-/// Whether what happened may concern the object that `name` stands for. A ring under the common
-/// name also decides whether a name of this user's own is in use instead.
-bool concerns(const Touched& touched, const std::string& name) {
+/// Whether what happened may concern the object that `name` stands for, now `current`. A ring under
+/// the common name also decides whether a name of this user's own is in use instead.
+bool concerns(const Touched& touched, const std::string& name, const std::string& current) {
     if (touched.all) return true;
-    const std::string current = systemName(name);
     return touched.names.contains(withoutSlash(current)) ||
            (current.starts_with(name) && touched.names.contains(withoutSlash(name)));
-}
-
-bool sameObject(const struct stat& one, const struct stat& other) {
-    return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
 }
 
 } // namespace
@@ -80,41 +67,8 @@ struct LinuxSharedMemory::Watcher {
 LinuxSharedMemory::LinuxSharedMemory() : watchers_(std::make_shared<Watchers>()) {}
 LinuxSharedMemory::~LinuxSharedMemory() = default;
 
-std::int32_t LinuxSharedMemory::open(const char* name) {
-    return ::shm_open(systemName(name).c_str(), O_RDWR, 0666);
-}
-
-std::int64_t LinuxSharedMemory::size(std::int32_t descriptor) {
-    struct stat status{};
-    return ::fstat(descriptor, &status) == 0 ? status.st_size : -1;
-}
-
-void* LinuxSharedMemory::map(std::int32_t descriptor, std::int64_t size) {
-    if (size < 1) return nullptr;
-    const auto length = static_cast<std::size_t>(size);
-    void* memory = ::mmap(nullptr, length, PROT_READ | PROT_WRITE, MAP_SHARED, descriptor, 0);
-    if (memory == MAP_FAILED) return nullptr;
-    if (MappingGuard::add(memory, length)) return memory;
-    (void)::munmap(memory, length); // of a mapping just made: cannot fail
-    return nullptr;
-}
-
-void LinuxSharedMemory::unmap(void* memory, std::int64_t size) {
-    MappingGuard::remove(memory);
-    (void)::munmap(memory, static_cast<std::size_t>(size)); // nothing could be done about it
-}
-
-void LinuxSharedMemory::close(std::int32_t descriptor) {
-    const FileDescriptor closed(descriptor);
-}
-
-bool LinuxSharedMemory::isCurrent(const char* name, std::int32_t descriptor, const void* memory,
-                                  std::int64_t size) {
-    const FileDescriptor present(::shm_open(systemName(name).c_str(), O_RDONLY, 0));
-    struct stat own{};
-    struct stat now{};
-    return present && ::fstat(descriptor, &own) == 0 && ::fstat(present.get(), &now) == 0 &&
-           sameObject(own, now) && now.st_size == size && !MappingGuard::isLost(memory);
+std::string LinuxSharedMemory::systemName(const std::string& name) const {
+    return name == kRingName ? ringName() : name;
 }
 
 Subscription LinuxSharedMemory::watch(const char* name, std::function<void()> changed) {
@@ -141,7 +95,8 @@ void LinuxSharedMemory::readEvents() {
     // A copy: a watcher may end itself or others, or start new ones.
     const Watchers current = *watchers_;
     for (const auto& watcher : current) {
-        if (!watcher->cancelled && concerns(touched, watcher->name)) watcher->changed();
+        if (!watcher->cancelled && concerns(touched, watcher->name, systemName(watcher->name)))
+            watcher->changed();
     }
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/SharedMemory.h"
 #include "platform/posix/FileDescriptor.h"
+#include "platform/posix/PosixSharedMemory.h"
 
 #include <memory>
 #include <string>
@@ -12,21 +12,16 @@ class QSocketNotifier;
 namespace halvo {
 
 /// POSIX shared memory. The ring goes by the name that this user's driver uses. Main thread only.
-class LinuxSharedMemory final : public SharedMemory {
+class LinuxSharedMemory final : public PosixSharedMemory {
   public:
     LinuxSharedMemory();
     ~LinuxSharedMemory() override;
 
-    std::int32_t open(const char* name) override;
-    std::int64_t size(std::int32_t descriptor) override;
-    void* map(std::int32_t descriptor, std::int64_t size) override;
-    void unmap(void* memory, std::int64_t size) override;
-    void close(std::int32_t descriptor) override;
-
-    bool isCurrent(const char* name, std::int32_t descriptor, const void* memory,
-                   std::int64_t size) override;
     /// One call for all that happened since the main loop's last turn.
     Subscription watch(const char* name, std::function<void()> changed) override;
+
+  protected:
+    std::string systemName(const std::string& name) const override;
 
   private:
     struct Watcher;

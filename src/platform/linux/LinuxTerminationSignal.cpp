@@ -2,17 +2,14 @@
 
 #include "platform/AudioHardware.h"
 #include "platform/linux/JsonUserDefaults.h"
+#include "platform/posix/LastSteps.h"
 
 #include <array>
 #include <cerrno>
-#include <chrono>
-#include <condition_variable>
 #include <csignal>
-#include <mutex>
 #include <poll.h>
 #include <sys/eventfd.h>
 #include <sys/signalfd.h>
-#include <system_error>
 #include <unistd.h>
 #include <utility>
 
@@ -20,45 +17,11 @@ namespace halvo {
 
 namespace {
 
-/// For silencing the listeners, and again for the handler.
-constexpr auto kLongestStep = std::chrono::milliseconds(450);
-
 sigset_t terminationSet() {
     sigset_t set;
     sigemptyset(&set);
     sigaddset(&set, SIGTERM);
     return set;
-}
-
-/// Runs `step` on another thread and waits for it, but not longer than allowed.
-void runLimited(std::function<void()> step) {
-    struct Progress {
-        std::mutex mutex;
-        std::condition_variable changed;
-        bool done = false;
-    };
-    const auto progress = std::make_shared<Progress>();
-    try {
-        std::thread([progress, step] {
-            step();
-            const std::scoped_lock lock(progress->mutex);
-            progress->done = true;
-            progress->changed.notify_one();
-        }).detach();
-    } catch (const std::system_error&) {
-        // No thread to be had: better without the limit than not at all.
-        step();
-        return;
-    }
-    std::unique_lock lock(progress->mutex);
-    progress->changed.wait_for(lock, kLongestStep, [&progress] { return progress->done; });
-}
-
-/// Ends the process as the signal does by itself.
-void dieBySignal() {
-    (void)std::signal(SIGTERM, SIG_DFL);
-    LinuxTerminationSignal::unblock();
-    (void)std::raise(SIGTERM);
 }
 
 } // namespace
@@ -111,15 +74,15 @@ void LinuxTerminationSignal::waitForSignal(Handler handler) {
     }
     if (waiting[0].revents == 0) return;
     // Before the handler's first write, or the main thread would answer it.
-    runLimited([this] { mainHardware_.silenceListeners(); });
-    runLimited([this, handler] {
+    LastSteps::runLimited([this] { mainHardware_.silenceListeners(); });
+    LastSteps::runLimited([this, handler] {
         const auto hardware = makeHardware_();
         const auto defaults = JsonUserDefaults::readOnly(defaults_);
         if (!hardware) return;
         handler(*hardware, defaults);
         if (handled_) handled_();
     });
-    dieBySignal();
+    LastSteps::dieBySignal();
 }
 
 } // namespace halvo

@@ -1,6 +1,5 @@
-#include "platform/linux/XdgFileSystem.h"
+#include "platform/posix/PosixFileSystem.h"
 
-#include "platform/linux/XdgDirectories.h"
 #include "platform/posix/AtomicFile.h"
 #include "platform/posix/FileDescriptor.h"
 
@@ -28,42 +27,38 @@ bool isOwnPlainFile(int descriptor) {
 
 } // namespace
 
-std::optional<fs::path> XdgFileSystem::applicationSupportDirectory() {
-    return dataDirectory();
-}
-
-fs::path XdgFileSystem::temporaryDirectory() {
+fs::path PosixFileSystem::temporaryDirectory() {
     const char* named = std::getenv("TMPDIR");
     return named != nullptr && *named != '\0' ? named : "/tmp";
 }
 
-bool XdgFileSystem::exists(const fs::path& path) {
+bool PosixFileSystem::exists(const fs::path& path) {
     std::error_code error;
     return fs::exists(path, error);
 }
 
-bool XdgFileSystem::createDirectory(const fs::path& path) {
+bool PosixFileSystem::createDirectory(const fs::path& path) {
     std::error_code error;
     fs::create_directories(path, error);
     return fs::is_directory(path, error);
 }
 
-std::optional<std::string> XdgFileSystem::read(const fs::path& path) {
+std::optional<std::string> PosixFileSystem::read(const fs::path& path) {
     return AtomicFile::read(path, kMaximumFileSize);
 }
 
-bool XdgFileSystem::write(const fs::path& path, const std::string& contents) {
+bool PosixFileSystem::write(const fs::path& path, const std::string& contents) {
     return AtomicFile::write(path, contents);
 }
 
-bool XdgFileSystem::append(const fs::path& path, const std::string& contents) {
+bool PosixFileSystem::append(const fs::path& path, const std::string& contents) {
     const FileDescriptor file(
         ::open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC,
                S_IRUSR | S_IWUSR));
     return file && isOwnPlainFile(file.get()) && writeAll(file.get(), contents);
 }
 
-bool XdgFileSystem::rename(const fs::path& from, const fs::path& to) {
+bool PosixFileSystem::rename(const fs::path& from, const fs::path& to) {
     std::error_code error;
     fs::rename(from, to, error);
     return !error;

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "platform/FileSystem.h"
+
+namespace halvo {
+
+/// The user's files; where the application's data lie is each system's own matter. Main thread
+/// only; never waits for a pipe or device that lies where a file is expected.
+class PosixFileSystem : public FileSystem {
+  public:
+    /// $TMPDIR, or /tmp.
+    std::filesystem::path temporaryDirectory() override;
+
+    bool exists(const std::filesystem::path& path) override;
+    bool createDirectory(const std::filesystem::path& path) override;
+    std::optional<std::string> read(const std::filesystem::path& path) override;
+    bool write(const std::filesystem::path& path, const std::string& contents) override;
+    /// Refuses what is not this user's own plain file under this one name.
+    bool append(const std::filesystem::path& path, const std::string& contents) override;
+    bool rename(const std::filesystem::path& from, const std::filesystem::path& to) override;
+};
+
+} // namespace halvo
