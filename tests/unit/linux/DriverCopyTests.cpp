@@ -1,6 +1,7 @@
 #include "devices/DriverInstaller.h"
 #include "platform/fake/FakeServices.h"
 #include "platform/linux/LinuxDriverInstallation.h"
+#include "platform/linux/PatientProcess.h"
 
 #include "unit/linux/TemporaryDirectory.h"
 
@@ -219,16 +220,22 @@ TEST_F(DriverCopy, AReadOnlySystemIsNoSuccess) {
     EXPECT_TRUE(fs::is_empty(root));
 }
 
-TEST_F(DriverCopy, TheToolInheritsNoBlockedSignal) {
+TEST(PatientProcessTests, TheChildInheritsNoBlockedSignal) {
     sigset_t blocked;
     sigset_t before;
     sigemptyset(&blocked);
     sigaddset(&blocked, SIGTERM);
     ASSERT_EQ(::pthread_sigmask(SIG_BLOCK, &blocked, &before), 0);
-    setPrompt("grep SigBlk /proc/self/status; exit 1");
-    EXPECT_FALSE(install());
+    const auto result = PatientProcess::run({"grep", {"SigBlk", "/proc/self/status"}}, {});
     ASSERT_EQ(::pthread_sigmask(SIG_SETMASK, &before, nullptr), 0);
-    EXPECT_EQ(complaint(), "SigBlk:\t0000000000000000\n");
+    ASSERT_TRUE(result) << result.error();
+    EXPECT_EQ(result->output, "SigBlk:\t0000000000000000\n");
+}
+
+TEST(PatientProcessTests, OneThatTakesTooLongIsKilled) {
+    const auto result = PatientProcess::run({"sleep", {"1000"}}, std::chrono::milliseconds(10));
+    ASSERT_TRUE(result) << result.error();
+    EXPECT_EQ(result->status, 128 + SIGKILL);
 }
 
 } // namespace
