@@ -17,6 +17,7 @@ constexpr const char* kHelp =
     "Usage: halvo [OPTION]\n"
     "Runs the system-wide equalizer until it is quit. One that runs already is shown instead.\n"
     "\n"
+    "  --quit     make the one that runs give everything back and quit, and wait for that\n"
     "  --help     show this text and exit\n"
     "  --version  show the version and exit\n";
 
@@ -27,6 +28,17 @@ std::optional<int> answerOption(int argc, char** argv) {
         if (std::strcmp(argv[i], "--version") == 0) return std::puts("Halvo " HALVO_VERSION) < 0;
     }
     return std::nullopt;
+}
+
+bool isToQuit(int argc, char** argv) {
+    return argc > 1 && std::strcmp(argv[1], "--quit") == 0;
+}
+
+int quitRunning(int argc, char** argv) {
+    const QCoreApplication application(argc, argv);
+    if (halvo::quitRunningInstance()) return EXIT_SUCCESS;
+    (void)std::fputs("Halvo does not quit.\n", stderr);
+    return EXIT_FAILURE;
 }
 
 int explain(halvo::PlatformRefusal refusal) {
@@ -42,6 +54,7 @@ int explain(halvo::PlatformRefusal refusal) {
 
 int main(int argc, char** argv) {
     if (const auto status = answerOption(argc, argv)) return *status;
+    if (isToQuit(argc, argv)) return quitRunning(argc, argv);
     halvo::preparePlatform();
     const auto application = halvo::makeApplicationObject(argc, argv);
     // The toolkit has just taken the user's locale; numbers in files and logs must not follow it.

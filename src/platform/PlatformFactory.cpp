@@ -13,6 +13,10 @@ void preparePlatform() {
     SystemPlatform::prepareProcess();
 }
 
+bool quitRunningInstance() {
+    return SystemPlatform::quitRunning();
+}
+
 std::expected<std::unique_ptr<PlatformHost>, PlatformRefusal> makePlatform() {
     return SystemPlatform::create();
 }

@@ -25,6 +25,10 @@ enum class PlatformRefusal {
 /// Settles what must be settled before the process has a second thread. The first call in `main`.
 void preparePlatform();
 
+/// Makes the session's instance end in the normal way, and waits for that. False when it does not
+/// end; true, too, where none runs. Needs the application object.
+bool quitRunningInstance();
+
 /// The services of the system that this is built for. Needs the application object.
 std::expected<std::unique_ptr<PlatformHost>, PlatformRefusal> makePlatform();
 

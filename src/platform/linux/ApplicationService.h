@@ -6,6 +6,7 @@
 #include <QStringList>
 #include <QVariantMap>
 
+#include <chrono>
 #include <functional>
 
 namespace halvo {
@@ -27,6 +28,11 @@ class ApplicationService final : public QObject {
     /// Makes this process the session's instance. When there is one already, asks that one to show
     /// itself. Without bus and runtime directory every process counts as the first.
     Claim claim();
+
+    enum class Departure { nobody, gone, stays };
+    /// Asks the session's instance to end in the normal way, or with SIGTERM where no bus leads to
+    /// it, and waits for its end at most that long.
+    static Departure quitOther(std::chrono::milliseconds longest);
 
     /// `activated` runs, from the main loop, whenever somebody starts or activates the program
     /// again; at once if that happened before.

@@ -17,6 +17,8 @@ using std::chrono::milliseconds;
 
 /// A server that is there has told its devices by then; one that comes later is noticed later.
 constexpr milliseconds kLongestStart{2000};
+/// Giving everything back takes a fraction of it.
+constexpr milliseconds kLongestQuit{8000};
 /// The connection for SIGTERM was made long ago; this only covers a signal right at the start.
 constexpr milliseconds kLongestSignalWait{100};
 /// A guard that gives back what the last run left has finished by then.
@@ -39,6 +41,10 @@ std::string tagServiceOrigin() {
 
 void LinuxPlatform::prepareProcess() {
     LinuxTerminationSignal::blockBeforeThreads();
+}
+
+bool LinuxPlatform::quitRunning() {
+    return ApplicationService::quitOther(kLongestQuit) != ApplicationService::Departure::stays;
 }
 
 std::expected<std::unique_ptr<PlatformHost>, PlatformRefusal> LinuxPlatform::create() {

@@ -45,6 +45,7 @@ class LinuxPlatform final : public PlatformHost {
     static void prepareProcess();
 
     static std::expected<std::unique_ptr<PlatformHost>, PlatformRefusal> create();
+    static bool quitRunning();
     /// From here on SIGTERM ends the process at once again.
     ~LinuxPlatform() override;
 
