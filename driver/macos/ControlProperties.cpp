@@ -48,6 +48,8 @@ std::expected<PropertyChange, PropertyError> setDecibels(VirtualDevice& device,
                                                          std::span<const std::byte> bytes) {
     const auto value = recordOf<float>(bytes);
     if (!value) return std::unexpected(PropertyError::wrongSize);
+    // There and back may differ in the last digit.
+    if (*value == VolumeScale::decibels(device.volume())) return PropertyChange{};
     return setVolume(device, VolumeScale::scalar(*value));
 }
 
