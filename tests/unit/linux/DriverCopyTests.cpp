@@ -1,7 +1,7 @@
 #include "devices/DriverInstaller.h"
 #include "platform/fake/FakeServices.h"
 #include "platform/linux/LinuxDriverInstallation.h"
-#include "platform/linux/PatientProcess.h"
+#include "platform/qt/PatientProcess.h"
 
 #include "unit/linux/TemporaryDirectory.h"
 
