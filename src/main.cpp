@@ -56,7 +56,7 @@ int main(int argc, char** argv) {
     if (const auto status = answerOption(argc, argv)) return *status;
     if (isToQuit(argc, argv)) return quitRunning(argc, argv);
     halvo::preparePlatform();
-    const auto application = halvo::makeApplicationObject(argc, argv);
+    const auto application = halvo::makeApplicationObject(argc, argv, halvo::toolkitScreens());
     // The toolkit has just taken the user's locale; numbers in files and logs must not follow it.
     (void)std::setlocale(LC_NUMERIC, "C");
 

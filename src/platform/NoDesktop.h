@@ -2,6 +2,7 @@
 
 #include "platform/PanelWindow.h"
 #include "platform/StatusItem.h"
+#include "platform/StatusPublisher.h"
 
 namespace halvo {
 
@@ -31,6 +32,13 @@ class NoPanelWindow final : public PanelWindow {
     monitorOutsidePresses(std::function<void(std::optional<ScreenPoint>)> /*pressed*/) override {
         return {};
     }
+};
+
+/// Where no other program asks.
+class NoStatusPublisher final : public StatusPublisher {
+  public:
+    void setActivePreset(const std::string& /*name*/) override {}
+    void setBandLevels(std::span<const float> /*levels*/) override {}
 };
 
 } // namespace halvo

@@ -3,6 +3,9 @@
 #if defined(__linux__)
 #include "platform/linux/LinuxPlatform.h"
 using SystemPlatform = halvo::LinuxPlatform;
+#elif defined(__APPLE__)
+#include "platform/macos/MacPlatform.h"
+using SystemPlatform = halvo::MacPlatform;
 #else
 #error "There is no back end for this system."
 #endif
@@ -11,6 +14,10 @@ namespace halvo {
 
 void preparePlatform() {
     SystemPlatform::prepareProcess();
+}
+
+std::string toolkitScreens() {
+    return SystemPlatform::toolkitScreens();
 }
 
 bool quitRunningInstance() {

@@ -4,6 +4,7 @@
 
 #include <expected>
 #include <memory>
+#include <string>
 
 namespace halvo {
 
@@ -24,6 +25,10 @@ enum class PlatformRefusal {
 
 /// Settles what must be settled before the process has a second thread. The first call in `main`.
 void preparePlatform();
+
+/// The toolkit's back ends for windows, to be tried in turn and separated by semicolons; empty
+/// where there is no screen.
+std::string toolkitScreens();
 
 /// Makes the session's instance end in the normal way, and waits for that. False when it does not
 /// end; true, too, where none runs. Needs the application object.

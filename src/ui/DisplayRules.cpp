@@ -1,8 +1,6 @@
 #include "ui/DisplayRules.h"
 
 #include <algorithm>
-#include <array>
-#include <charconv>
 #include <cmath>
 
 namespace halvo {
@@ -29,11 +27,12 @@ std::string hexFromTypedText(const std::string& text) {
 }
 
 std::string gainText(float gain) {
-    std::array<char, 64> digits{};
-    const auto written = std::to_chars(digits.data(), digits.data() + digits.size(),
-                                       static_cast<double>(gain), std::chars_format::fixed, 1);
-    const std::string text(digits.data(), written.ptr);
-    return text.starts_with('-') ? text : "+" + text;
+    if (!std::isfinite(gain)) return "+0.0";
+    // Ten times a float is exact as a double; halves go to the even tenth.
+    const double tenths = std::nearbyint(static_cast<double>(std::clamp(gain, -1e6F, 1e6F)) * 10.0);
+    const auto magnitude = static_cast<long>(std::fabs(tenths));
+    return (std::signbit(gain) ? "-" : "+") + std::to_string(magnitude / 10) + "." +
+           std::to_string(magnitude % 10);
 }
 
 std::string percentText(float position) {

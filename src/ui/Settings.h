@@ -28,6 +28,7 @@ class Settings : public QObject {
     Q_PROPERTY(QString accentHex READ accentHex WRITE setAccentHex NOTIFY accentChanged FINAL)
     Q_PROPERTY(QColor accent READ accent NOTIFY accentChanged FINAL)
     Q_PROPERTY(bool dark READ dark NOTIFY appearanceChanged FINAL)
+    Q_PROPERTY(bool hasPanelMaterial READ hasPanelMaterial NOTIFY appearanceChanged FINAL)
     Q_PROPERTY(QVariantList palette READ palette CONSTANT FINAL)
     Q_PROPERTY(halvo::CustomColors* customColors READ customColors CONSTANT FINAL)
 
@@ -43,6 +44,8 @@ class Settings : public QObject {
     /// The colour to draw with.
     QColor accent() const;
     bool dark() const { return appearance_.dark; }
+    /// Whether the desktop itself fills the panel.
+    bool hasPanelMaterial() const { return appearance_.hasPanelMaterial; }
     /// The factory colours but the system's own, each with `name` and `hex`.
     static QVariantList palette();
     CustomColors* customColors() { return &customColors_; }

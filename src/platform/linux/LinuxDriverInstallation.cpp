@@ -1,7 +1,7 @@
 #include "platform/linux/LinuxDriverInstallation.h"
 
-#include "platform/linux/PatientProcess.h"
 #include "platform/posix/AtomicFile.h"
+#include "platform/qt/PatientProcess.h"
 #include "platform/qt/PropertyList.h"
 
 #include <cstdlib>

@@ -43,6 +43,13 @@ void LinuxPlatform::prepareProcess() {
     LinuxTerminationSignal::blockBeforeThreads();
 }
 
+std::string LinuxPlatform::toolkitScreens() {
+    std::string screens;
+    if (!qEnvironmentVariableIsEmpty("DISPLAY")) screens += "xcb;";
+    if (!qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY")) screens += "wayland;";
+    return screens.empty() ? screens : screens + "offscreen";
+}
+
 bool LinuxPlatform::quitRunning() {
     return ApplicationService::quitOther(kLongestQuit) != ApplicationService::Departure::stays;
 }

@@ -43,6 +43,9 @@ class LinuxPlatform final : public PlatformHost {
   public:
     /// Blocks SIGTERM; before any thread starts.
     static void prepareProcess();
+    /// X11 first: on Wayland a panel cannot be placed. The last one always works, where the others
+    /// would end the program.
+    static std::string toolkitScreens();
 
     static std::expected<std::unique_ptr<PlatformHost>, PlatformRefusal> create();
     static bool quitRunning();

@@ -21,6 +21,10 @@ class MacStatusItem final : public StatusItem {
     std::optional<ScreenRect> frame() const override;
     void setNeedsDisplay() override;
 
+    /// Whether somebody can see a picture that moves with the sound.
+    bool isLive() const;
+    /// Called when such a picture is first shown.
+    std::function<void()> onLive;
     /// The system's accent or its light and dark are others now.
     void appearanceChanged();
 

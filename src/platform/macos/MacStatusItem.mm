@@ -55,7 +55,11 @@ struct MacStatusItem::Parts {
     bool isSeen() const {
         return (item.button.window.occlusionState & NSWindowOcclusionStateVisible) != 0;
     }
-    void display();
+    bool isLive() const {
+        return isSeen() && shown && shown->kind == StatusPicture::Kind::envelope;
+    }
+    /// Whether a picture that moves with the sound is new in sight.
+    bool display();
 
     NSStatusItem* item = nil;
     HalvoStatusEQView* view = nil;
@@ -65,12 +69,13 @@ struct MacStatusItem::Parts {
     std::optional<StatusPicture> shown; ///< nothing: to be drawn anew
 };
 
-void MacStatusItem::Parts::display() {
+bool MacStatusItem::Parts::display() {
     displayPending = false;
-    if (!isSeen()) return;
+    if (!isSeen()) return false;
     const NSSize size = view.bounds.size;
     auto picture = draw({size.width, size.height});
-    if (shown == picture) return;
+    if (shown == picture) return false;
+    const bool wasLive = isLive();
     const qreal scale = item.button.window.backingScaleFactor;
     const QSize points(static_cast<int>(size.width), static_cast<int>(size.height));
     const QImage drawn =
@@ -81,6 +86,7 @@ void MacStatusItem::Parts::display() {
     image.template = !picture.color; // the menu bar gives it the colour of its labels
     view.image = image;
     shown = std::move(picture);
+    return !wasLive && isLive();
 }
 
 MacStatusItem::MacStatusItem(MainQueue& queue) : queue_(queue) {}
@@ -121,9 +127,14 @@ std::optional<ScreenRect> MacStatusItem::frame() const {
 
 void MacStatusItem::setNeedsDisplay() {
     if (!parts_ || std::exchange(parts_->displayPending, true)) return;
-    queue_.async([weak = std::weak_ptr(parts_)] {
-        if (const auto parts = weak.lock()) parts->display();
+    queue_.async([this, weak = std::weak_ptr(parts_)] {
+        const auto parts = weak.lock();
+        if (parts && parts->display() && onLive) onLive();
     });
+}
+
+bool MacStatusItem::isLive() const {
+    return parts_ && parts_->isLive();
 }
 
 void MacStatusItem::appearanceChanged() {

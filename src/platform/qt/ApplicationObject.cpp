@@ -8,22 +8,13 @@ namespace {
 
 constexpr const char* kPlatform = "QT_QPA_PLATFORM";
 
-/// The toolkit's back ends to try in turn. X11 first: on Wayland a panel cannot be placed. The last
-/// one always works, where the others would end the program.
-QByteArray platforms() {
-    QByteArray list;
-    if (!qEnvironmentVariableIsEmpty("DISPLAY")) list += "xcb;";
-    if (!qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY")) list += "wayland;";
-    return list.isEmpty() ? list : list + "offscreen";
-}
-
 } // namespace
 
-std::unique_ptr<QCoreApplication> makeApplicationObject(int& argc, char** argv) {
-    const auto list = platforms();
-    if (list.isEmpty()) return std::make_unique<QCoreApplication>(argc, argv);
+std::unique_ptr<QCoreApplication> makeApplicationObject(int& argc, char** argv,
+                                                        const std::string& screens) {
+    if (screens.empty()) return std::make_unique<QCoreApplication>(argc, argv);
     const bool chosen = qEnvironmentVariableIsSet(kPlatform);
-    if (!chosen) qputenv(kPlatform, list);
+    if (!chosen) qputenv(kPlatform, screens.c_str());
     auto application = std::make_unique<QApplication>(argc, argv);
     if (!chosen) qunsetenv(kPlatform); // programs that this one starts choose for themselves
     QApplication::setQuitOnLastWindowClosed(false);

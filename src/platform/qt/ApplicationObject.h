@@ -1,14 +1,16 @@
 #pragma once
 
 #include <memory>
+#include <string>
 
 class QCoreApplication;
 
 namespace halvo {
 
-/// Makes Qt's application object: with windows where there is a screen, without where there is
-/// none. `argc` and `argv` outlive it. Main thread, once.
-std::unique_ptr<QCoreApplication> makeApplicationObject(int& argc, char** argv);
+/// Makes Qt's application object: with windows on the first of the toolkit's back ends that works,
+/// without where `screens` is empty. `argc` and `argv` outlive it. Main thread, once.
+std::unique_ptr<QCoreApplication> makeApplicationObject(int& argc, char** argv,
+                                                        const std::string& screens);
 
 /// Whether the application object can show windows that somebody sees.
 bool hasScreen();

@@ -114,17 +114,21 @@ void QtPanelWindow::orderFront(PanelStyle style) {
     if (!window_) return;
     if (style != std::exchange(style_, style)) window_->setFlags(flagsOf(style));
     roundCorners();
-    content_->setShown(true);
+    setShown(true);
     window_->show();
     window_->raise();
     window_->requestActivate();
-    if (onShown) onShown();
 }
 
 void QtPanelWindow::orderOut() {
     if (!window_) return;
-    content_->setShown(false);
+    setShown(false);
     window_->hide();
+}
+
+void QtPanelWindow::setShown(bool shown) {
+    content_->setShown(shown);
+    if (shown && onShown) onShown();
 }
 
 ScreenRect QtPanelWindow::frame() const {

@@ -53,8 +53,13 @@ class QtPanelWindow : public QObject, public PanelWindow {
     QQuickWindow* window() const { return window_.get(); }
     QQuickWindow* settingsWindow() const;
 
-  private:
+  protected:
+    /// Makes the views and their window, if there are services to show and they are not made yet.
     void prepare();
+    /// Tells the views whether anybody can see them.
+    void setShown(bool shown);
+
+  private:
     void takePress();
     void closeByKey();
     void takeFocusLoss();

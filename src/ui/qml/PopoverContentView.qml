@@ -69,8 +69,8 @@ FocusScope {
     }
     Rectangle {
         anchors.fill: parent
-        border.color: Theme.border
-        color: Theme.background
+        border.color: root.settings.hasPanelMaterial ? "transparent" : Theme.border
+        color: root.settings.hasPanelMaterial ? "transparent" : Theme.background
         radius: Theme.panelRadius
 
         // A press beside the controls ends what is being typed.

@@ -1,4 +1,4 @@
-#include "platform/linux/PatientProcess.h"
+#include "platform/qt/PatientProcess.h"
 
 #include <QProcess>
 #include <QStandardPaths>
