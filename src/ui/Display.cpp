@@ -3,6 +3,9 @@
 #include "ui/DisplayRules.h"
 #include "ui/QtValues.h"
 
+#include <QAccessible>
+#include <QQuickItem>
+
 namespace halvo {
 
 bool Display::isLight(const QColor& color) {
@@ -21,6 +24,11 @@ QString Display::gainText(float gain) {
 
 float Display::gainAt(float y, float height, float maxGain) {
     return halvo::gainAt(y, height, maxGain);
+}
+
+void Display::announceFocus(QQuickItem* item) {
+    QAccessibleEvent focus(item, QAccessible::Focus);
+    QAccessible::updateAccessibility(&focus);
 }
 
 } // namespace halvo

@@ -5,6 +5,8 @@
 #include <QString>
 #include <QtQml/qqmlregistration.h>
 
+class QQuickItem;
+
 namespace halvo {
 
 /// The display rules for the views: stateless.
@@ -21,6 +23,8 @@ class Display : public QObject {
     Q_INVOKABLE static QString hexDigits(const QColor& color);
     Q_INVOKABLE static QString gainText(float gain);
     Q_INVOKABLE static float gainAt(float y, float height, float maxGain);
+    /// Tells screen readers that the item is the one in hand, where the keyboard stays elsewhere.
+    Q_INVOKABLE static void announceFocus(QQuickItem* item);
 };
 
 } // namespace halvo

@@ -11,9 +11,12 @@ float clamped(float value) {
     return std::isnan(value) ? 0.0F : std::clamp(value, 0.0F, 1.0F);
 }
 
-/// Rounded to four decimals, or a position set as a whole percentage would read one lower.
+/// Rounded to four decimals, and never below them in the hundredfold either: a position that was
+/// set as a whole percentage would read one lower.
 float cubeRootPosition(float volume) {
-    return std::round(std::cbrt(clamped(volume)) * 10000.0F) / 10000.0F;
+    const float steps = std::round(std::cbrt(clamped(volume)) * 10000.0F);
+    const float position = steps / 10000.0F;
+    return position * 100.0F < steps / 100.0F ? std::nextafter(position, 1.0F) : position;
 }
 
 float cubedVolume(float position) {

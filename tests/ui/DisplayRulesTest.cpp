@@ -72,17 +72,23 @@ TEST(DisplayRules, GainAtAPlaceOfTheTrack) {
         EXPECT_FLOAT_EQ(gainAt(y, height, 20), gain) << y << " of " << height;
 }
 
-TEST(VolumeTaper, HalfInTheMixerIsHalfInThePanel) {
-    EXPECT_EQ(percentText(VolumeTaper::cubeRoot.position(0.125F)), "50%");
-    EXPECT_EQ(percentText(VolumeTaper::identity.position(0.5F)), "50%");
+TEST(VolumeTaper, EveryPercentageOfTheMixerIsTheSameInThePanel) {
+    constexpr double kMixerSteps = 65536; // a mixer's whole way, as sound servers count it
+    for (int percent = 0; percent <= 100; ++percent) {
+        const double way = std::round(kMixerSteps * percent / 100.0) / kMixerSteps;
+        const auto volume = static_cast<float>(way * way * way);
+        EXPECT_EQ(percentText(VolumeTaper::cubeRoot.position(volume)),
+                  std::to_string(percent) + "%");
+        const float slider = static_cast<float>(percent) / 100.0F;
+        for (const auto& taper : {VolumeTaper::cubeRoot, VolumeTaper::identity})
+            EXPECT_NEAR(taper.position(taper.volume(slider)), slider, 1e-4) << percent;
+    }
+    EXPECT_FLOAT_EQ(VolumeTaper::cubeRoot.position(0.125F), 0.5F);
     EXPECT_FLOAT_EQ(VolumeTaper::cubeRoot.volume(0.5F), 0.125F);
+    EXPECT_EQ(VolumeTaper::identity.position(0.53F), 0.53F); // which reads 52%, by design
     for (const auto& taper : {VolumeTaper::cubeRoot, VolumeTaper::identity}) {
         EXPECT_FLOAT_EQ(taper.position(3.0F), 1.0F);
         EXPECT_FLOAT_EQ(taper.position(std::numeric_limits<float>::quiet_NaN()), 0.0F);
-        for (int percent = 0; percent <= 100; ++percent) {
-            const float way = static_cast<float>(percent) / 100.0F;
-            EXPECT_NEAR(taper.position(taper.volume(way)), way, 1e-4) << percent;
-        }
     }
 }
 

@@ -40,6 +40,7 @@ struct Stage {
         const auto made = presets.createCustomPreset(name);
         presets.movePreset(presets.presets.get().size() - 1, 2);
         (void)made;
+        panel.settle(300); // until the pills have moved
     }
 };
 

@@ -12,6 +12,8 @@ Flow {
 
     signal addRequested
 
+    Accessible.name: qsTr("Accent Color")
+    Accessible.role: Accessible.Grouping
     spacing: 7
     width: Theme.panelWidth - 2 * Theme.margin
     x: Theme.margin

@@ -3,48 +3,50 @@ import QtQuick.Templates as T
 import Halvo
 
 // One band: its gain on a vertical track over the level that is heard there.
-T.Control {
+T.Slider {
     id: root
 
     property color accent: Theme.accent
     readonly property color barColor: gain > 0 ? accent : gain < 0 ? Theme.negative : Theme.neutral
     required property real gain
-    readonly property real knobY: trackHeight * (0.5 - gain / (2 * maxGain))
+    readonly property bool held: mouse.pressed || visualFocus
+    readonly property real knobY: Math.round(trackHeight * (0.5 - gain / (2 * maxGain)))
     required property string label
     property real maxGain: 20
 
     // For screen readers.
-    readonly property real maximumValue: maxGain
-    readonly property real minimumValue: -maxGain
+    readonly property real maximumValue: to
+    readonly property real minimumValue: from
     required property real spectrumLevel
-    readonly property real stepSize: 0.5
     property real trackHeight: 150
-    property real value: gain
 
     signal gainRequested(real gain)
 
-    function step(by: real) {
-        root.gainRequested(Math.max(-maxGain, Math.min(gain + by, maxGain)));
-    }
-
-    Accessible.name: qsTr("%1 Hz").arg(label)
-    Accessible.role: Accessible.Slider
+    Accessible.name: label.endsWith("K") ? qsTr("%1 kHz").arg(label.slice(0, -1)) : qsTr("%1 Hz").arg(label)
     focusPolicy: Qt.StrongFocus
+    from: -maxGain
     implicitHeight: trackHeight + 20
-    implicitWidth: 27
+    implicitWidth: 26
+    orientation: Qt.Vertical
+    stepSize: 0.5
+    to: maxGain
+    value: gain
 
-    Accessible.onDecreaseAction: step(-stepSize)
-    Accessible.onIncreaseAction: step(stepSize)
-    Keys.onDownPressed: step(-stepSize)
-    Keys.onLeftPressed: step(-stepSize)
+    Keys.onLeftPressed: root.decrease()
     Keys.onPressed: event => {
         if (event.key !== Qt.Key_Home)
             return;
         event.accepted = true;
         root.gainRequested(0);
     }
-    Keys.onRightPressed: step(stepSize)
-    Keys.onUpPressed: step(stepSize)
+    Keys.onRightPressed: root.increase()
+    // By keys or by a screen reader; the pointer sets the gain itself. Without a preset it stays.
+    onValueChanged: {
+        if (Math.abs(value - Math.max(from, Math.min(gain, to))) < 1e-6)
+            return;
+        root.gainRequested(value);
+        value = Qt.binding(() => root.gain);
+    }
 
     SpectrumBar {
         color: Theme.spectrum
@@ -63,6 +65,8 @@ T.Control {
     Rectangle {
         readonly property real middle: root.trackHeight / 2
 
+        border.color: Theme.edgeOf(root.barColor)
+        border.width: root.gain === 0 ? 0 : 1
         color: root.barColor
         height: Math.abs(root.knobY - middle)
         radius: 2
@@ -73,15 +77,16 @@ T.Control {
     Rectangle {
         id: knob
         border.color: Theme.knobBorder
-        color: Theme.knob
+        color: mouse.pressed ? Theme.knobPressed : Theme.knob
         height: 14
         radius: 7
         width: 14
         x: (root.width - width) / 2
-        y: Math.round(root.knobY - height / 2)
+        y: root.knobY - height / 2
 
         Rectangle {
             anchors.centerIn: parent
+            border.color: root.gain === 0 ? "transparent" : Theme.dark ? color : Theme.edgeOf(color)
             color: root.barColor
             height: 6
             radius: 3
@@ -94,7 +99,7 @@ T.Control {
         }
     }
     TextLabel {
-        color: Theme.secondary
+        color: root.held || mouse.containsMouse ? Theme.primary : Theme.secondary
         font.pixelSize: 10
         horizontalAlignment: Text.AlignHCenter
         text: root.label
@@ -106,10 +111,10 @@ T.Control {
         color: Theme.menu
         height: 18
         radius: 4
-        visible: mouse.pressed || root.visualFocus
+        visible: root.held
         width: reading.implicitWidth + 12
         x: (root.width - width) / 2
-        y: knob.y > 24 ? knob.y - 22 : knob.y + 18
+        y: knob.y > 10 ? knob.y - 22 : knob.y + 18
 
         TextLabel {
             id: reading
@@ -129,6 +134,7 @@ T.Control {
         }
 
         height: root.trackHeight + 8
+        hoverEnabled: true
         preventStealing: true
         width: root.width
 
@@ -137,7 +143,7 @@ T.Control {
             root.gainRequested(0);
         }
         onPositionChanged: event => {
-            if (!reset)
+            if (pressed && !reset)
                 drag(event.y);
         }
         onPressed: event => {
@@ -149,6 +155,6 @@ T.Control {
     Binding {
         property: "z"
         target: root
-        value: mouse.pressed || root.visualFocus ? 1 : 0
+        value: root.held ? 1 : 0
     }
 }

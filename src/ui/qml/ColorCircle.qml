@@ -3,7 +3,7 @@ import QtQuick.Templates as T
 import Halvo
 
 // A colour to choose.
-T.AbstractButton {
+T.RadioButton {
     id: root
 
     property bool chosen: false
@@ -11,16 +11,14 @@ T.AbstractButton {
     property string help
     property string symbol: ""
 
-    Accessible.checkable: true
-    Accessible.checked: chosen
     Accessible.name: help
-    Accessible.role: Accessible.RadioButton
+    checked: chosen
     focusPolicy: Qt.StrongFocus
     implicitHeight: 22
     implicitWidth: 22
 
     background: Rectangle {
-        border.color: Theme.dark ? Qt.lighter(root.fill, 1.2) : Qt.darker(root.fill, 1.15)
+        border.color: Qt.tint(root.fill, Qt.alpha(Theme.primary, root.hovered ? 0.4 : 0.16))
         color: root.fill
         radius: 11
 
@@ -39,6 +37,9 @@ T.AbstractButton {
             visible: name.length > 0
         }
     }
+
+    Accessible.onPressAction: root.clicked()
+    Accessible.onToggleAction: root.clicked()
 
     HelpText {
         text: root.help

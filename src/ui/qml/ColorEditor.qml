@@ -32,8 +32,9 @@ Item {
             root.takePicked();
         }
 
+        Accessible.description: qsTr("%1 % and %2 %").arg(Math.round(saturation * 100)).arg(Math.round(brightness * 100))
         Accessible.name: qsTr("Saturation and brightness")
-        Accessible.role: Accessible.Slider
+        Accessible.role: Accessible.ColorChooser
         activeFocusOnTab: true
         height: 64
         hue: hueStrip.hue
@@ -63,7 +64,7 @@ Item {
         Rectangle {
             anchors.fill: parent
             anchors.margins: -3
-            border.color: Theme.accent
+            border.color: Theme.lineOf(Theme.accent)
             border.width: 2
             color: "transparent"
             radius: 6
@@ -80,6 +81,10 @@ Item {
     ColorPlane {
         id: hueStrip
 
+        // For screen readers.
+        readonly property real maximumValue: 1
+        readonly property real minimumValue: 0
+        readonly property real stepSize: 0.01
         property real value: hue
 
         function pick(value: real) {
@@ -98,8 +103,14 @@ Item {
         hue: 0.6
         hues: true
 
-        Keys.onLeftPressed: pick(hue - 0.01)
-        Keys.onRightPressed: pick(hue + 0.01)
+        Keys.onLeftPressed: pick(hue - stepSize)
+        Keys.onRightPressed: pick(hue + stepSize)
+        onValueChanged: {
+            if (value === hue)
+                return;
+            pick(value);
+            value = Qt.binding(() => hue);
+        }
 
         Rectangle {
             border.color: "#FFFFFF"
@@ -114,7 +125,7 @@ Item {
         Rectangle {
             anchors.fill: parent
             anchors.margins: -3
-            border.color: Theme.accent
+            border.color: Theme.lineOf(Theme.accent)
             border.width: 2
             color: "transparent"
             radius: 8

@@ -28,7 +28,7 @@ Item {
         }
     }
     Row {
-        x: 42
+        x: 48
         y: 14
 
         Repeater {
@@ -40,7 +40,7 @@ Item {
                 accent: root.accent
                 maxGain: root.maxGain
                 trackHeight: root.trackHeight
-                width: 27
+                width: 26
 
                 onGainRequested: gain => root.bands.setGain(index, gain)
             }
@@ -60,13 +60,13 @@ Item {
             color: Theme.secondary
             font.pixelSize: 10
             horizontalAlignment: Text.AlignRight
-            width: 36
+            width: 42
         }
         Rectangle {
             color: Theme.divider
             height: 1
-            width: root.width - x - 8
-            x: 42
+            width: root.width - x - Theme.margin
+            x: 48
         }
     }
 }

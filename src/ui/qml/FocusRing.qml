@@ -9,7 +9,7 @@ Rectangle {
 
     anchors.fill: parent
     anchors.margins: -gap - border.width
-    border.color: Theme.accent
+    border.color: Theme.lineOf(Theme.accent)
     border.width: 2
     color: "transparent"
     visible: control.visualFocus

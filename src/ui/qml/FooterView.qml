@@ -56,6 +56,7 @@ Item {
             }
         }
 
+        Accessible.onPressAction: fold.clicked()
         onClicked: root.advancedToggled()
     }
     SymbolButton {
@@ -65,9 +66,9 @@ Item {
         anchors.rightMargin: 6
         anchors.verticalCenter: parent.verticalCenter
         help: root.presets.bound ? qsTr("Preset bound to this device") : qsTr("Bind preset to this output device")
-        iconSize: 17
+        iconSize: 16
         symbol: root.presets.bound ? "link-circle-fill" : "link-circle"
-        tint: root.presets.bound ? Theme.accent : Theme.secondary
+        tint: root.presets.bound ? Theme.lineOf(Theme.accent) : Theme.secondary
 
         onClicked: root.presets.toggleBinding()
     }
@@ -77,7 +78,7 @@ Item {
         anchors.rightMargin: Theme.margin - 2
         anchors.verticalCenter: parent.verticalCenter
         help: qsTr("Settings")
-        iconSize: 17
+        iconSize: 16
         symbol: root.showSettings ? "gear-six-fill" : "gear-six"
 
         onClicked: root.settingsToggled()

@@ -3,17 +3,23 @@ import QtQuick.Templates as T
 import Halvo
 
 // A line of a menu.
-T.AbstractButton {
+T.MenuItem {
     id: root
 
     property bool current: false
+    property bool hasMark: false
     readonly property color ink: current ? Theme.textOn(Theme.accent) : Theme.primary
 
-    Accessible.role: Accessible.MenuItem
+    // Not the template's `checked`, which a click changes.
+    property bool marked: false
+
+    Accessible.checkable: hasMark
+    Accessible.checked: marked
     implicitHeight: 24
     implicitWidth: implicitContentWidth
 
     background: Rectangle {
+        border.color: root.current ? Theme.edgeOf(Theme.accent) : "transparent"
         color: root.current ? Theme.accent : "transparent"
         radius: 4
 
@@ -22,14 +28,16 @@ T.AbstractButton {
             color: root.ink
             name: "check"
             size: 11
-            visible: root.checkable && root.checked
+            visible: root.hasMark && root.marked
             x: 6
         }
     }
     contentItem: TextLabel {
         color: root.ink
-        leftPadding: root.checkable ? 22 : 10
+        leftPadding: root.hasMark ? 22 : 10
         rightPadding: 14
         text: root.text
     }
+
+    Accessible.onPressAction: root.clicked()
 }

@@ -24,15 +24,31 @@ Window {
     }
     function handleKey(event: KeyEvent): void {
         event.accepted = true;
-        const step = event.key === Qt.Key_Down ? 1 : event.key === Qt.Key_Up ? -1 : 0;
-        if (step !== 0) {
-            root.current = Math.max(0, Math.min(root.current + step, entries.count - 1));
+        const steps = {
+            [Qt.Key_Down]: 1,
+            [Qt.Key_Up]: -1,
+            [Qt.Key_PageDown]: 10,
+            [Qt.Key_PageUp]: -10,
+            [Qt.Key_End]: entries.count,
+            [Qt.Key_Home]: -entries.count
+        };
+        if (event.key in steps) {
+            root.mark(Math.max(0, Math.min(root.current + steps[event.key], entries.count - 1)));
         } else if (event.key === Qt.Key_Return || event.key === Qt.Key_Enter || event.key === Qt.Key_Space) {
             if (root.current >= 0)
                 root.choose(root.current);
         } else if (event.key === Qt.Key_Escape || event.key === Qt.Key_Tab) {
             root.visible = false;
         }
+    }
+    // With the keyboard: the entry comes into sight, and screen readers hear of it.
+    function mark(index: int): void {
+        root.current = index;
+        const entry = entries.itemAt(index);
+        if (!entry)
+            return;
+        list.contentY = Math.max(entry.y + entry.height - list.height, Math.min(list.contentY, entry.y));
+        Display.announceFocus(entry);
     }
     function openAt(x: real, y: real): void {
         const screen = owner.Screen;
@@ -50,8 +66,8 @@ Window {
     // At a place of the item; with the keyboard an entry is marked from the start.
     function openAtItem(item: Item, x: real, y: real, index: int): void {
         const place = item.mapToGlobal(x, y);
-        root.current = index;
         root.openAt(place.x, place.y);
+        root.mark(index);
     }
 
     color: "transparent"
@@ -59,6 +75,7 @@ Window {
     transientParent: owner.Window.window
 
     Rectangle {
+        Accessible.role: Accessible.PopupMenu
         anchors.fill: parent
         border.color: Theme.border
         color: Theme.menu
@@ -68,8 +85,10 @@ Window {
         Keys.onPressed: event => root.handleKey(event)
 
         Flickable {
+            id: list
             anchors.fill: parent
             anchors.margins: 5
+            boundsBehavior: Flickable.StopAtBounds
             clip: contentHeight > height
             contentHeight: column.implicitHeight
 
@@ -85,9 +104,9 @@ Window {
                         required property int index
                         required property string modelData
 
-                        checkable: root.hasChecks
-                        checked: root.checkedIndex === index
                         current: root.current === index
+                        hasMark: root.hasChecks
+                        marked: root.checkedIndex === index
                         text: modelData
                         width: Math.max(implicitWidth, root.width - 10)
 

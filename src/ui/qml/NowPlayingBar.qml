@@ -13,53 +13,38 @@ Item {
     implicitHeight: automatic.y + automatic.height + (notice.visible ? notice.height : 0) + 6
     implicitWidth: Theme.panelWidth
 
-    Rectangle {
-        id: placeholder
+    Artwork {
+        id: cover
+        accent: root.accent
         height: 36
-        radius: 6
-        visible: !root.nowPlaying.hasArtwork
+        image: root.nowPlaying.artwork
         width: 36
         x: Theme.margin
         y: 10
 
-        gradient: Gradient {
-            GradientStop {
-                color: Qt.lighter(root.accent, 1.15)
-                position: 0
-            }
-            GradientStop {
-                color: Qt.darker(root.accent, 1.5)
-                position: 1
-            }
-        }
-
         Icon {
             anchors.centerIn: parent
-            color: "#FFFFFF"
+            color: Theme.brightness(root.accent) > 0.75 ? "#5A5A60" : "#FFFFFF"
             name: "music-note-fill"
             size: 18
+            visible: !root.nowPlaying.hasArtwork
         }
     }
-    Artwork {
-        id: cover
-        anchors.fill: placeholder
-        image: root.nowPlaying.artwork
-    }
     Column {
-        anchors.left: placeholder.right
+        anchors.left: cover.right
         anchors.leftMargin: 10
         anchors.right: transport.left
         anchors.rightMargin: 8
-        anchors.verticalCenter: placeholder.verticalCenter
+        anchors.verticalCenter: cover.verticalCenter
         spacing: 2
 
-        TextLabel {
+        ReadLabel {
             color: root.nowPlaying.hasTrack ? Theme.primary : Theme.secondary
             font.weight: Font.DemiBold
             text: root.nowPlaying.hasTrack ? root.nowPlaying.title : qsTr("Not playing")
             width: parent.width
         }
-        TextLabel {
+        ReadLabel {
             color: Theme.secondary
             font.pixelSize: 11
             text: root.nowPlaying.artist
@@ -71,12 +56,12 @@ Item {
         id: transport
         anchors.right: parent.right
         anchors.rightMargin: Theme.margin - 4
-        anchors.verticalCenter: placeholder.verticalCenter
+        anchors.verticalCenter: cover.verticalCenter
         enabled: root.nowPlaying.hasTrack
         spacing: 2
 
         SymbolButton {
-            iconSize: 15
+            iconSize: 16
             symbol: "skip-back-fill"
             text: qsTr("Previous track")
 
@@ -92,7 +77,7 @@ Item {
             onClicked: root.nowPlaying.togglePlayPause()
         }
         SymbolButton {
-            iconSize: 15
+            iconSize: 16
             symbol: "skip-forward-fill"
             text: qsTr("Next track")
 
@@ -107,9 +92,9 @@ Item {
 
         Icon {
             anchors.verticalCenter: parent.verticalCenter
-            color: root.nowPlaying.automatic ? root.accent : Theme.secondary
+            color: root.nowPlaying.automatic ? Theme.lineOf(root.accent) : Theme.secondary
             name: "sparkle"
-            size: 15
+            size: 16
             x: Theme.margin + 1
         }
         TextLabel {
@@ -118,9 +103,9 @@ Item {
             color: Theme.secondary
             font.pixelSize: 11
             text: qsTr("Preset by genre")
-            x: Theme.margin + 25
+            x: Theme.margin + 27
         }
-        TextLabel {
+        ReadLabel {
             anchors.left: caption.right
             anchors.leftMargin: 8
             anchors.right: busy.left
@@ -139,9 +124,10 @@ Item {
             anchors.verticalCenter: parent.verticalCenter
             color: Theme.secondary
             name: "circle-notch"
-            size: 13
+            objectName: "busy"
+            size: 14
             visible: root.nowPlaying.lookingUp
-            width: visible ? 13 : 0
+            width: visible ? 14 : 0
 
             NumberAnimation on rotation  {
                 duration: 900
@@ -174,7 +160,7 @@ Item {
             Accessible.name: text
             Accessible.role: Accessible.AlertMessage
             anchors.left: parent.left
-            anchors.leftMargin: Theme.margin + 25
+            anchors.leftMargin: Theme.margin + 27
             anchors.right: dismiss.left
             anchors.rightMargin: 4
             anchors.verticalCenter: parent.verticalCenter
@@ -193,5 +179,11 @@ Item {
 
             onClicked: root.nowPlaying.dismissNotice()
         }
+    }
+
+    // Text that a screen reader is to find.
+    component ReadLabel: TextLabel {
+        Accessible.name: text
+        Accessible.role: Accessible.StaticText
     }
 }

@@ -8,6 +8,7 @@ T.AbstractButton {
 
     property color accent: Theme.accent
     required property Devices devices
+    readonly property string shown: devices.count > 0 ? devices.selectedName : qsTr("No output device")
 
     function openList() {
         list.openAtItem(root, 0, root.height + 2, root.devices.selectedIndex);
@@ -18,8 +19,8 @@ T.AbstractButton {
             root.devices.select(next);
     }
 
+    Accessible.description: shown
     Accessible.name: qsTr("Output")
-    Accessible.role: Accessible.ComboBox
     focusPolicy: Qt.StrongFocus
     implicitHeight: 26
     text: root.devices.selectedName
@@ -41,7 +42,7 @@ T.AbstractButton {
             anchors.leftMargin: 8
             anchors.rightMargin: 28
             color: root.devices.count > 0 ? Theme.primary : Theme.faint
-            text: root.devices.count > 0 ? root.text : qsTr("No output device")
+            text: root.shown
         }
         Rectangle {
             anchors.right: parent.right
@@ -62,6 +63,7 @@ T.AbstractButton {
         }
     }
 
+    Accessible.onPressAction: root.clicked()
     Keys.onPressed: event => {
         if (list.visible) {
             list.handleKey(event);

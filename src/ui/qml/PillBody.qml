@@ -9,12 +9,14 @@ Rectangle {
     property bool hovered: false
     readonly property color ink: isActive ? Theme.textOn(accent) : Theme.primary
     property bool isActive: false
+    property bool isLifted: false // carried over others
     property string name
     property string symbol: ""
     property int symbolSize: 9
 
-    border.color: isActive ? Theme.edgeOf(accent) : color
-    color: isActive ? accent : hovered ? Theme.hovered : Theme.pill
+    border.color: isActive ? Theme.edgeOf(accent) : Theme.border
+    border.width: isActive || isLifted ? 1 : 0
+    color: isActive ? accent : isLifted ? Theme.menu : Qt.alpha(Theme.secondary, hovered ? 0.22 : 0.12)
     implicitHeight: 28
     implicitWidth: row.implicitWidth + 24
     radius: 14

@@ -3,7 +3,7 @@ import QtQuick.Templates as T
 import Halvo
 
 // One preset; a click chooses it.
-T.AbstractButton {
+T.RadioButton {
     id: root
 
     property color accent: Theme.accent
@@ -11,11 +11,9 @@ T.AbstractButton {
     required property bool isCustom
     required property string name
 
-    Accessible.checkable: true
-    Accessible.checked: isActive
-    Accessible.description: isCustom ? qsTr("Custom preset") : qsTr("Preset")
+    Accessible.description: isCustom ? qsTr("Custom preset") : ""
     Accessible.name: name
-    Accessible.role: Accessible.RadioButton
+    checked: isActive
     focusPolicy: Qt.StrongFocus
     implicitHeight: 28
     implicitWidth: implicitBackgroundWidth
@@ -33,4 +31,7 @@ T.AbstractButton {
             radius: 16
         }
     }
+
+    Accessible.onPressAction: root.clicked()
+    Accessible.onToggleAction: root.clicked()
 }

@@ -1,3 +1,4 @@
+pragma ComponentBehavior: Bound
 import QtQuick
 import Halvo
 
@@ -13,6 +14,7 @@ Item {
     required property bool isCustom
     required property MenuWindow menu
     required property string name
+    property bool placed: false // in the row, and not on its way there
     required property string presetID
     required property Presets presets
     property real previousX: 0
@@ -37,7 +39,7 @@ Item {
     width: renaming ? 90 : pill.implicitWidth
 
     onXChanged: {
-        if (root.draggingPresetID !== "") {
+        if (placed) {
             slide.stop();
             shown.x += previousX - x;
             slide.start();
@@ -111,19 +113,24 @@ Item {
                 onClicked: mouse => root.menuRequested(mouse.x, mouse.y, -1)
             }
         }
-        RenameField {
+        Loader {
+            active: root.renaming
             anchors.fill: parent
-            visible: root.renaming
 
-            onAbandoned: root.renameEnded()
-            onCommitted: name => {
-                root.renameEnded();
-                root.presets.rename(root.presetID, name);
+            sourceComponent: RenameField {
+                onAbandoned: root.renameEnded()
+                onCommitted: name => {
+                    root.presets.rename(root.presetID, name);
+                    root.renameEnded();
+                }
             }
-            onVisibleChanged: {
-                if (visible)
-                    begin(root.name);
+
+            // Leaving the field commits; the window's losing the keyboard, to a menu, does not.
+            onFocusChanged: {
+                if (!focus && item)
+                    (item as RenameField).end(true);
             }
+            onLoaded: (item as RenameField).begin(root.name)
         }
     }
     PresetDropDelegate {

@@ -53,10 +53,12 @@ Item {
         }
 
         anchors.fill: parent
+        anchors.leftMargin: 1 // within the border
+        anchors.rightMargin: 1
         boundsBehavior: Flickable.StopAtBounds
         clip: true
         contentHeight: height
-        contentWidth: row.width + 2 * Theme.margin
+        contentWidth: row.width + 2 * row.x
         flickableDirection: Flickable.HorizontalFlick
         interactive: false
 
@@ -75,8 +77,13 @@ Item {
             id: row
             height: 28
             spacing: 8
-            x: Theme.margin
+            x: Theme.margin - 1
             y: 10
+
+            onPositioningComplete: {
+                for (let index = 0; index < slots.count; ++index)
+                    slots.itemAt(index).placed = true;
+            }
 
             AutoPresetPill {
                 accent: root.accent
@@ -85,6 +92,7 @@ Item {
                 visible: root.showsGenre
             }
             Repeater {
+                id: slots
                 model: root.presets
 
                 delegate: PresetSlot {
@@ -128,6 +136,16 @@ Item {
             }
         }
     }
+    // More lies beyond an end.
+    EndFade {
+        anchors.left: strip.left
+        opacity: Math.min(strip.contentX / width, 1)
+    }
+    EndFade {
+        anchors.right: strip.right
+        opacity: Math.min((strip.contentWidth - strip.width - strip.contentX) / width, 1)
+        rotation: 180
+    }
     WheelHandler {
         acceptedDevices: PointerDevice.Mouse | PointerDevice.TouchPad
         orientation: Qt.Vertical
@@ -158,7 +176,7 @@ Item {
             })
         Drag.supportedActions: Qt.MoveAction
         accent: root.accent
-        opacity: 0.9
+        isLifted: true
         visible: root.draggingPresetID !== ""
         z: 1
     }
@@ -202,6 +220,25 @@ Item {
                 root.renamingPresetID = presetID;
             else
                 root.presets.remove(presetID);
+        }
+    }
+
+    component EndFade: Rectangle {
+        height: root.height
+        visible: opacity > 0
+        width: Theme.margin
+
+        gradient: Gradient {
+            orientation: Gradient.Horizontal
+
+            GradientStop {
+                color: Theme.background
+                position: 0
+            }
+            GradientStop {
+                color: Qt.alpha(Theme.background, 0)
+                position: 1
+            }
         }
     }
 }

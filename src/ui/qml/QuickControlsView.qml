@@ -23,26 +23,28 @@ Item {
         accent: root.accent
         anchors.left: caption.right
         anchors.leftMargin: 12
-        anchors.right: parent.right
-        anchors.rightMargin: 60
+        anchors.right: decibels.left
+        anchors.rightMargin: 12
         anchors.verticalCenter: caption.verticalCenter
         from: -20
         name: caption.text
         origin: 0
+        setting: root.equalizer.preamp
         stepSize: 0.5
         to: 20
-        value: root.equalizer.preamp
 
-        onMoved: root.equalizer.preamp = value
+        onRequested: value => root.equalizer.preamp = value
         onReset: root.equalizer.preamp = 0
     }
     TextLabel {
+        id: decibels
         anchors.right: parent.right
         anchors.rightMargin: Theme.margin
         anchors.verticalCenter: caption.verticalCenter
-        font.pixelSize: 11
+        font.pixelSize: 10
         horizontalAlignment: Text.AlignRight
         text: root.equalizer.preampText
+        width: 32
     }
     Item {
         id: speaker
@@ -55,7 +57,7 @@ Item {
             anchors.verticalCenter: parent.verticalCenter
             color: Theme.secondary
             name: root.equalizer.muted ? "speaker-slash-fill" : "speaker-high-fill"
-            size: 15
+            size: 16
         }
     }
     SmallSlider {
@@ -66,11 +68,11 @@ Item {
         anchors.rightMargin: 12
         anchors.verticalCenter: speaker.verticalCenter
         name: qsTr("Volume")
+        setting: root.equalizer.volume
         stepSize: 0.01
-        value: root.equalizer.volume
         wheelEnabled: true
 
-        onMoved: root.equalizer.volume = value
+        onRequested: value => root.equalizer.volume = value
         onReset: root.equalizer.volume = 0
     }
     TextLabel {
@@ -80,6 +82,7 @@ Item {
         anchors.verticalCenter: speaker.verticalCenter
         font.pixelSize: 10
         horizontalAlignment: Text.AlignRight
+        objectName: "percentage"
         text: root.equalizer.volumeText
         width: 32
     }

@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Templates as T
 import Halvo
 
-// Edits a name in place: Return and leaving the field commit, Escape does not.
+// Edits a name in place: Return commits, Escape does not.
 T.TextField {
     id: root
 
@@ -58,9 +58,4 @@ T.TextField {
 
     Keys.onEscapePressed: end(false)
     onAccepted: end(true)
-    // Not when the whole window loses the keyboard, to a menu for instance.
-    onFocusChanged: {
-        if (!focus)
-            end(true);
-    }
 }

@@ -4,5 +4,6 @@ import Halvo
 Rectangle {
     color: Theme.divider
     height: 1
-    width: Theme.panelWidth
+    width: Theme.panelWidth - 2
+    x: 1 // within the border
 }

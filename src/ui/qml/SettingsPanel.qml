@@ -94,8 +94,8 @@ Item {
                     anchors.verticalCenter: parent.verticalCenter
                     color: Theme.secondary
                     name: "power"
-                    size: 15
-                    x: 6
+                    size: 16
+                    x: 5
                 }
                 TextLabel {
                     anchors.verticalCenter: parent.verticalCenter
@@ -104,6 +104,7 @@ Item {
                 }
             }
 
+            Accessible.onPressAction: quit.clicked()
             onClicked: root.quitRequested()
         }
     }

@@ -3,16 +3,15 @@ import QtQuick.Templates as T
 import Halvo
 
 // The label of a tab.
-T.AbstractButton {
+T.TabButton {
     id: root
 
     property bool chosen: false
-    readonly property color ink: chosen ? Theme.accent : Theme.secondary
+    readonly property color ink: chosen ? Theme.lineOf(Theme.accent) : Theme.secondary
     property string symbol
 
-    Accessible.checked: chosen
     Accessible.name: text
-    Accessible.role: Accessible.PageTab
+    checked: chosen
     focusPolicy: Qt.StrongFocus
     implicitHeight: 50
     implicitWidth: 68
@@ -46,6 +45,7 @@ T.AbstractButton {
         }
     }
 
+    Accessible.onPressAction: root.clicked()
     Keys.onLeftPressed: nextItemInFocusChain(false).forceActiveFocus(Qt.BacktabFocusReason)
     Keys.onRightPressed: nextItemInFocusChain(true).forceActiveFocus(Qt.TabFocusReason)
 }

@@ -51,6 +51,7 @@ Rectangle {
     }
     SectionDivider {
         width: root.width
+        x: 0
         y: 66
     }
     Item {

@@ -7,15 +7,23 @@ T.Slider {
     id: root
 
     property color accent: Theme.accent
+    // For screen readers.
+    readonly property real maximumValue: to
+    readonly property real minimumValue: from
     property string name
     property real origin: from
     readonly property real originPosition: (origin - from) / (to - from)
 
+    // What is set; the slider itself runs ahead of it while it is dragged.
+    property real setting: 0
+
+    signal requested(real value)
     signal reset
 
     Accessible.name: name
     focusPolicy: Qt.StrongFocus
     implicitHeight: 20
+    value: setting
 
     background: Rectangle {
         color: Theme.track
@@ -28,6 +36,7 @@ T.Slider {
         Rectangle {
             readonly property real start: Math.min(root.originPosition, root.visualPosition)
 
+            border.color: Theme.edgeOf(root.accent)
             color: root.accent
             height: 4
             radius: 2
@@ -37,7 +46,7 @@ T.Slider {
     }
     handle: Rectangle {
         border.color: Theme.knobBorder
-        color: Theme.knob
+        color: root.pressed ? Theme.knobPressed : Theme.knob
         height: 14
         radius: 7
         width: 14
@@ -56,5 +65,11 @@ T.Slider {
             return;
         event.accepted = true;
         root.reset();
+    }
+    // Whoever moved it: pointer, key, wheel or screen reader.
+    onValueChanged: {
+        const shown = Math.max(from, Math.min(setting, to));
+        if (Math.abs(value - shown) > 1e-6)
+            root.requested(value);
     }
 }

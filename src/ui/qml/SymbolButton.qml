@@ -11,7 +11,7 @@ T.AbstractButton {
     property string symbol
     property color tint: Theme.secondary
 
-    Accessible.description: help
+    Accessible.description: text.length > 0 ? help : ""
     Accessible.name: text.length > 0 ? text : help
     focusPolicy: Qt.StrongFocus
     implicitHeight: 22
@@ -37,6 +37,8 @@ T.AbstractButton {
             size: root.iconSize
         }
     }
+
+    Accessible.onPressAction: root.clicked()
 
     HelpText {
         text: root.help

@@ -19,7 +19,8 @@ QtObject {
     readonly property int fontSize: 12
     readonly property color hovered: dark ? "#505056" : "#CDCDD2"
     readonly property color knob: "#FFFFFF"
-    readonly property color knobBorder: dark ? "#1A1A1C" : "#B4B4BA"
+    readonly property color knobBorder: dark ? "#2E2E31" : "#B4B4BA"
+    readonly property color knobPressed: "#E6E6EA"
     readonly property int margin: 12
     readonly property color menu: dark ? "#343438" : "#F8F8FA"
     readonly property color negative: dark ? "#FF9F0A" : "#FF9500"
@@ -32,9 +33,19 @@ QtObject {
     readonly property color spectrum: dark ? "#30D158" : "#34C759"
     readonly property color track: dark ? "#4C4C52" : "#CFCFD4"
 
-    // The outline of an accent-coloured shape: seen only where the colour is nearly the background's.
+    function brightness(fill: color): real {
+        return 0.2126 * fill.r + 0.7152 * fill.g + 0.0722 * fill.b;
+    }
+    // The outline of a coloured shape: seen only where the shape would be lost on the panel.
     function edgeOf(fill: color): color {
-        return !dark && Display.isLight(fill) ? Qt.darker(fill, 1.18) : fill;
+        return fades(fill) ? Qt.tint(fill, Qt.alpha(primary, 0.35)) : fill;
+    }
+    function fades(fill: color): bool {
+        return dark ? brightness(fill) < 0.25 : brightness(fill) > 0.75;
+    }
+    // For text and lines in a colour: a plain one where they would be lost.
+    function lineOf(fill: color): color {
+        return fades(fill) ? primary : fill;
     }
     // What can be read on a colour.
     function textOn(fill: color): color {

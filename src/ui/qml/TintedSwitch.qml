@@ -8,6 +8,11 @@ T.Switch {
 
     property color accent: Theme.accent
 
+    function change() {
+        root.toggle();
+        root.toggled();
+    }
+
     Accessible.name: text
     focusPolicy: Qt.StrongFocus
     implicitHeight: 20
@@ -31,8 +36,8 @@ T.Switch {
             radius: 14
         }
         Rectangle {
-            border.color: root.checked ? Qt.darker(root.accent, 1.15) : Theme.knobBorder
-            color: Theme.knob
+            border.color: root.checked ? Qt.darker(root.accent, 1.15) : Qt.darker(Theme.track, 1.2)
+            color: root.down ? Theme.knobPressed : Theme.knob
             height: 16
             radius: 8
             width: 16
@@ -49,4 +54,7 @@ T.Switch {
             }
         }
     }
+
+    Accessible.onPressAction: root.change()
+    Accessible.onToggleAction: root.change()
 }
