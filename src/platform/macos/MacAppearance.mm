@@ -60,8 +60,8 @@ SystemAppearance MacAppearance::appearance() const {
     NSAppearanceName name = [NSApp.effectiveAppearance
         bestMatchFromAppearancesWithNames:@[ NSAppearanceNameAqua, NSAppearanceNameDarkAqua ]];
     return {.dark = [name isEqualToString:NSAppearanceNameDarkAqua] == YES,
-            .accent = systemAccent(),
-            .hasPanelMaterial = true};
+            .hasPanelMaterial = true,
+            .accent = systemAccent()};
 }
 
 Color systemAccent() {

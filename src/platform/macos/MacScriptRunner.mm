@@ -9,8 +9,8 @@ namespace halvo {
 namespace {
 
 ScriptError errorOf(NSDictionary<NSString*, id>* information) {
-    NSNumber* number = information[NSAppleScriptErrorNumber];
-    return {number.intValue, information.description.UTF8String ?: ""};
+    NSNumber* number = information[NSAppleScriptErrorNumber]; // absent: 0
+    return {number.intValue, textOf((__bridge CFStringRef)information.description).value_or("")};
 }
 
 } // namespace

@@ -83,7 +83,7 @@ bool MacStatusItem::Parts::display() {
     CGImageRef pixels = drawn.toCGImage();
     NSImage* image = [[NSImage alloc] initWithCGImage:pixels size:size];
     CGImageRelease(pixels);
-    image.template = !picture.color; // the menu bar gives it the colour of its labels
+    [image setTemplate:!picture.color]; // the menu bar gives it the colour of its labels
     view.image = image;
     shown = std::move(picture);
     return !wasLive && isLive();
