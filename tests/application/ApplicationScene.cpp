@@ -1,4 +1,5 @@
 #include "application/ApplicationScene.h"
+#include "application/SessionPrograms.h"
 
 #include "base/NumberText.h"
 #include "demo/QuitRequest.h"
@@ -89,6 +90,20 @@ bool ApplicationScene::hasDirtyRecord() const {
     return settings.contains("halvo_dirtySession") ||
            settings.contains("halvo_originalOutputUID") ||
            settings.contains("halvo_originalRealVolume");
+}
+
+std::vector<int> ApplicationScene::processes(const std::string& program) const {
+    return processesOf(session_->directory(), program);
+}
+
+int ApplicationScene::guard() {
+    std::vector<int> found;
+    const bool isThere = PrivateSession::waitFor([&] {
+        found = processes("halvo-session-guard");
+        return found.size() == 1;
+    });
+    if (!isThere) throw std::runtime_error("no session guard");
+    return found.front();
 }
 
 std::unique_ptr<session::Recorder> ApplicationScene::record(const std::string& nodeName) {

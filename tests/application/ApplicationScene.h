@@ -43,6 +43,10 @@ class ApplicationScene {
     bool prints(const std::string& text);
     /// Whether the session record of the application holds anything.
     bool hasDirtyRecord() const;
+    /// The programs of this session by that name.
+    std::vector<int> processes(const std::string& program) const;
+    /// The process of the application's session guard, once there is exactly one.
+    int guard();
 
     std::unique_ptr<session::Recorder> record(const std::string& nodeName);
     std::unique_ptr<session::Player> play(std::vector<float> samples);

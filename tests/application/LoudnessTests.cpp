@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cmath>
 #include <csignal>
 
@@ -74,6 +75,32 @@ TEST_F(Loudness, NeverRisesAtTermination) {
     EXPECT_EQ(scene.application().wait(PrivateSession::kPatience), 128 + SIGTERM);
     EXPECT_TRUE(settlesAt(*speakers, kSpeakersDb));
     EXPECT_LE(loudest(*speakers), kSpeakersDb + kMargin);
+}
+
+TEST_F(Loudness, NeverRisesWhenTheApplicationIsKilled) {
+    scene.startDriver();
+    std::string measured;
+    for (int round = 0; round < 3; ++round) {
+        SCOPED_TRACE(round);
+        scene.startApplication();
+        ASSERT_TRUE(scene.isReady());
+        ASSERT_TRUE(settlesAt(*speakers, kSpeakersDb));
+        ASSERT_EQ(scene.session().volume(kSpeakers)[0], 1.0F);
+        speakers->clear();
+        const auto start = std::chrono::steady_clock::now();
+        ASSERT_TRUE(scene.application().signal(SIGKILL));
+        EXPECT_TRUE(PrivateSession::waitFor([&] {
+            return scene.session().defaultSink() == kSpeakers &&
+                   scene.session().volume(kSpeakers)[0] == 0.125F;
+        }));
+        const std::chrono::duration<double, std::milli> took =
+            std::chrono::steady_clock::now() - start;
+        EXPECT_TRUE(settlesAt(*speakers, kSpeakersDb));
+        EXPECT_LE(loudest(*speakers), kSpeakersDb + kMargin);
+        measured += std::to_string(took.count()) + " ms, " +
+                    std::to_string(loudest(*speakers) - kSpeakersDb) + " dB; ";
+    }
+    RecordProperty("giveBackAndRise", measured);
 }
 
 TEST_F(Loudness, NeverRisesWhenAnotherProgramChangesTheDefault) {

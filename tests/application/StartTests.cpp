@@ -1,23 +1,15 @@
 #include "application/ApplicationScene.h"
+#include "application/SessionPrograms.h"
 
 #include <gtest/gtest.h>
 
 #include <csignal>
 #include <filesystem>
-#include <fstream>
 
 using namespace halvo::test;
 using halvo::session::PrivateSession;
 
 namespace {
-
-std::string statusField(int pid, const std::string& field) {
-    std::ifstream file("/proc/" + std::to_string(pid) + "/status");
-    for (std::string line; std::getline(file, line);) {
-        if (line.starts_with(field + ":")) return line.substr(field.size() + 2);
-    }
-    return "";
-}
 
 bool hasSignal(const std::string& mask, int number) {
     return (std::stoull(mask, nullptr, 16) >> (number - 1) & 1U) != 0;

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <set>
@@ -224,6 +225,10 @@ void PrivateSession::stopServer() {
     pulse_.reset();
     manager_.reset();
     server_.reset();
+}
+
+void PrivateSession::killServer() {
+    if (server_ && server_->signal(SIGKILL)) (void)server_->wait(kPatience);
 }
 
 bool PrivateSession::startServer() {

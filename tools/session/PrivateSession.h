@@ -79,6 +79,9 @@ class PrivateSession {
 
     /// Ends, or starts again, the server with its session manager; the bus stays.
     void stopServer();
+    /// The server alone, as a crash would; `stopServer` comes before the next `startServer`.
+    void killServer();
+    bool isServerRunning() { return server_ && server_->isRunning(); }
     bool startServer();
 
     /// Configures the default output; true when it is in effect.

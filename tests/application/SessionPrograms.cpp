@@ -1,0 +1,43 @@
+#include "application/SessionPrograms.h"
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <system_error>
+
+namespace halvo::test {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::size_t kLongestName = 15; ///< characters that the kernel keeps
+
+std::string contentsOf(const fs::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+} // namespace
+
+std::vector<int> processesOf(const std::string& sessionDirectory, const std::string& program) {
+    std::vector<int> found;
+    const auto name = program.substr(0, kLongestName) + "\n";
+    std::error_code error;
+    for (const auto& entry : fs::directory_iterator("/proc", error)) {
+        if (contentsOf(entry.path() / "comm") != name) continue;
+        if (!contentsOf(entry.path() / "environ").contains(sessionDirectory + "/")) continue;
+        found.push_back(std::stoi(entry.path().filename()));
+    }
+    return found;
+}
+
+std::string statusField(int pid, const std::string& field) {
+    std::ifstream file("/proc/" + std::to_string(pid) + "/status");
+    for (std::string line; std::getline(file, line);) {
+        if (line.starts_with(field + ":")) return line.substr(field.size() + 2);
+    }
+    return "";
+}
+
+} // namespace halvo::test
