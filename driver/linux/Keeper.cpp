@@ -39,6 +39,7 @@ sigset_t endingSignals() {
 void detachFromTerminal() {
     ::setsid();
     const int nothing = ::open("/dev/null", O_RDWR | O_CLOEXEC);
+    if (nothing < 0) return;
     for (const int standard : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
         (void)::dup2(nothing, standard);
     if (nothing > STDERR_FILENO) ::close(nothing);
