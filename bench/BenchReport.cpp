@@ -135,6 +135,48 @@ std::string sessionTable(const ordered_json& report) {
            result + "\n";
 }
 
+constexpr struct {
+    const char* name;
+    const char* label;
+} kWaits[] = {{"startToItemMs", "  start to the item in the tray"},
+              {"clickRightAfterStartMs", "  click right after the start"},
+              {"firstClickMs", "  first click later on"},
+              {"laterClickMs", "  each later click"}},
+  kStates[] = {{"closedSilent", "  panel closed, silence"},
+               {"closedPlayingNoTray", "  closed, music, no tray"},
+               {"closedPlaying", "  closed, music, live icon"},
+               {"openPlaying", "  open, music"},
+               {"bandsPlaying", "  open with bands, music"},
+               {"bandsSilent", "  open with bands, silence"}};
+
+std::string desktopTable(const ordered_json& report) {
+    if (!report.contains("desktop")) return {};
+    std::string result = formattedText("%-39s%13s%12s\n", "What a person waits for, milliseconds",
+                                       "median", "longest");
+    for (const auto& [name, label] : kWaits) {
+        const std::string path = std::string("/desktop/") + name;
+        result +=
+            formattedText("%-39s%13.1f%12.1f\n", label, numberOrZero(report, path + "/median"),
+                          numberOrZero(report, path + "/longest"));
+    }
+    result += formattedText("\n%-39s%13s%12s%13s\n", "The application on a desktop", "% of a core",
+                            "wakeups/s", "resident MiB");
+    for (const auto& [name, label] : kStates) {
+        const std::string path = std::string("/desktop/") + name;
+        result += formattedText("%-39s%13.2f%12.1f%13.1f\n", label,
+                                numberOrZero(report, path + "/cpuPercent"),
+                                numberOrZero(report, path + "/wakeupsPerSecond"),
+                                numberOrZero(report, path + "/rssMiB"));
+    }
+    return result + "\n";
+}
+
+std::optional<double> liveIcon(const ordered_json& report) {
+    const auto with = number(report, "/desktop/closedPlaying/cpuPercent");
+    const auto without = number(report, "/desktop/closedPlayingNoTray/cpuPercent");
+    return with && without ? std::optional(*with - *without) : std::nullopt;
+}
+
 std::optional<double> cheapestPeer(const ordered_json& report) {
     std::optional<double> least;
     for (const ordered_json& peer : part(report, "peers"))
@@ -146,7 +188,8 @@ std::optional<double> cheapestPeer(const ordered_json& report) {
 } // namespace
 
 std::string table(const ordered_json& report) {
-    return renderTable(report) + peerTable(report) + callbackTable(report) + sessionTable(report);
+    return renderTable(report) + peerTable(report) + callbackTable(report) + sessionTable(report) +
+           desktopTable(report);
 }
 
 std::vector<Verdict> verdicts(const ordered_json& report) {
@@ -171,6 +214,16 @@ std::vector<Verdict> verdicts(const ordered_json& report) {
     atMost("playing: application and driver at most 1 % of a core",
            number(report, "/playing/cpuPercent"), 1);
     atMost("nothing plays: no wakeups per second", number(report, "/idle/wakeupsPerSecond"), 0);
+    atMost("start to the item in the tray: at most 400 ms",
+           number(report, "/desktop/startToItemMs/median"), 400);
+    atMost("click to the panel: at most 100 ms", number(report, "/desktop/firstClickMs/median"),
+           100);
+    atMost("a live icon: at most 1.5 % of a core", liveIcon(report), 1.5);
+    atMost("panel with spectrum, and icon: at most 7 % of a core",
+           number(report, "/desktop/bandsPlaying/cpuPercent"), 7);
+    atMost("panel open: at most 80 MiB", number(report, "/desktop/bandsPlaying/rssMiB"), 80);
+    atMost("closed and silent: no new pictures",
+           number(report, "/desktop/closedSilent/newIconsPerSecond"), 0);
     return result;
 }
 

@@ -1,5 +1,6 @@
 #include "BenchReport.h"
 #include "CallbackMeasurement.h"
+#include "ChildRun.h"
 #include "PeerMeasurement.h"
 #include "RenderMeasurement.h"
 #include "SessionMeasurement.h"
@@ -16,6 +17,7 @@
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
+#include <fstream>
 #include <memory>
 #include <optional>
 #include <set>
@@ -31,7 +33,7 @@ using nlohmann::ordered_json;
 constexpr const char* kUsage =
     "usage: halvo-bench [--only PART]... [FOLDER]\n"
     "Measures what Halvo costs and writes report.json into FOLDER (out/bench).\n"
-    "  --only PART  render, callback, peers or session\n";
+    "  --only PART  render, callback, peers, session or desktop\n";
 
 /// A folder in memory where there is room, so that no disk is measured; on the disk else. It goes
 /// with the process, however that ends.
@@ -58,7 +60,7 @@ class Workshop {
     std::unique_ptr<halvo::session::Janitor> janitor_;
 };
 
-constexpr const char* kParts[] = {"render", "callback", "session", "peers"};
+constexpr const char* kParts[] = {"render", "callback", "session", "desktop", "peers"};
 
 struct Arguments {
     std::set<std::string> parts{std::begin(kParts), std::end(kParts)};
@@ -86,6 +88,21 @@ std::string buildFolder() {
     std::error_code error;
     const fs::path self = fs::read_symlink("/proc/self/exe", error);
     return self.parent_path().parent_path(); // this program lies in bench/ of it
+}
+
+/// In a program of its own, which has the toolkit on a screen in memory.
+bool measureDesktop(ordered_json& report) {
+    const auto workshop = Workshop::open();
+    if (!workshop) return false;
+    const std::string file = workshop->folder() + "/desktop.json";
+    const auto run = halvo::bench::cpuSecondsOf(
+        {buildFolder() + "/bench/halvo-desktop-bench", file}, workshop->folder() + "/log");
+    if (run) {
+        report.update(ordered_json::parse(std::ifstream(file)));
+    } else {
+        (void)std::fprintf(stderr, "halvo-bench: %s\n", run.error().c_str());
+    }
+    return run.has_value();
 }
 
 /// What the figures mean where their names do not say it.
@@ -121,6 +138,10 @@ bool measure(const Arguments& arguments, ordered_json& report) {
         else
             std::fprintf(stderr, "halvo-bench: %s\n", session.error().c_str());
         isWhole = isWhole && session.has_value();
+    }
+    if (arguments.parts.contains("desktop")) {
+        progress("The item and the panel on a screen in memory");
+        isWhole = measureDesktop(report) && isWhole;
     }
     return isWhole;
 }

@@ -3,6 +3,7 @@
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusMetaType>
+#include <QDBusPendingCall>
 #include <QtEndian>
 
 namespace halvo::desktop {
@@ -18,6 +19,13 @@ const QString kScheme = QStringLiteral("color-scheme");
 
 QDBusConnection bus() {
     return QDBusConnection::sessionBus();
+}
+
+QDBusMessage questionFor(const QString& item, const QString& property) {
+    auto call = QDBusMessage::createMethodCall(
+        item, kItemPath, QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"));
+    call.setArguments({kItem, property});
+    return call;
 }
 
 } // namespace
@@ -41,18 +49,21 @@ void TrayHost::appear() {
 void TrayHost::disappear() {
     bus().unregisterService(kWatcher);
     item_.clear();
+    newIcons_ = 0;
 }
 
 void TrayHost::RegisterStatusNotifierItem(const QString& service) {
     item_ = service;
-    bus().connect(item_, kItemPath, kItem, QStringLiteral("NewIcon"), this, SLOT(countIcon()));
+    bus().connect(item_, kItemPath, kItem, QStringLiteral("NewIcon"), this, SLOT(takeNewIcon()));
+}
+
+void TrayHost::takeNewIcon() {
+    ++newIcons_;
+    (void)bus().asyncCall(questionFor(item_, QStringLiteral("IconPixmap"))); // as if to draw it
 }
 
 NotifierPixmap TrayHost::pixmap() const {
-    auto call = QDBusMessage::createMethodCall(
-        item_, kItemPath, QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"));
-    call.setArguments({kItem, QStringLiteral("IconPixmap")});
-    const auto answer = bus().call(call);
+    const auto answer = bus().call(questionFor(item_, QStringLiteral("IconPixmap")));
     if (answer.arguments().isEmpty()) return {};
     const auto value = answer.arguments().constFirst().value<QDBusVariant>().variant();
     const auto pixmaps = qdbus_cast<NotifierPixmaps>(value);
@@ -71,7 +82,7 @@ QImage TrayHost::icon() const {
 void TrayHost::activate(int x, int y) {
     auto call = QDBusMessage::createMethodCall(item_, kItemPath, kItem, QStringLiteral("Activate"));
     call.setArguments({x, y});
-    (void)bus().call(call);
+    (void)bus().send(call);
 }
 
 void TrayHost::chooseMenuEntry(int id) {

@@ -30,7 +30,7 @@ class TrayHost final : public QObject {
     /// What the item shows; null when it answers none. Waits for the answer.
     NotifierPixmap pixmap() const;
     QImage icon() const;
-    /// A click that the desktop reports at a place of the screen.
+    /// A click that the desktop reports at a place of the screen; does not wait.
     void activate(int x, int y);
     /// Chooses an entry of the item's menu, as a desktop that draws menus itself.
     void chooseMenuEntry(int id);
@@ -42,7 +42,7 @@ class TrayHost final : public QObject {
     Q_SCRIPTABLE void StatusNotifierHostRegistered();
 
   private Q_SLOTS:
-    void countIcon() { ++newIcons_; }
+    void takeNewIcon();
 
   private:
     QString item_;

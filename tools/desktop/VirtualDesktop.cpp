@@ -89,7 +89,7 @@ void VirtualDesktop::stopApplication() {
     tray_->appear();
 }
 
-void VirtualDesktop::press(QPoint place, int button) {
+void VirtualDesktop::press(QPoint place, int button, std::chrono::milliseconds held) {
     auto* connection = xcb_connect(display_.c_str(), nullptr);
     const auto root = xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root;
     const auto send = [&](int kind, int detail, QPoint at) {
@@ -100,6 +100,8 @@ void VirtualDesktop::press(QPoint place, int button) {
     };
     send(XCB_MOTION_NOTIFY, 0, place);
     send(XCB_BUTTON_PRESS, button, {});
+    xcb_flush(connection);
+    if (held > std::chrono::milliseconds::zero()) rest(held);
     send(XCB_BUTTON_RELEASE, button, {});
     xcb_flush(connection);
     // The answer comes after the server has done all of it.
@@ -107,8 +109,8 @@ void VirtualDesktop::press(QPoint place, int button) {
     xcb_disconnect(connection);
 }
 
-void VirtualDesktop::clickItem(QPoint place) {
-    press(place);
+void VirtualDesktop::clickItem(QPoint place, std::chrono::milliseconds held) {
+    press(place, 1, held);
     rest(std::chrono::milliseconds(60)); // a person's click, told when the button is up
     tray_->activate(place.x(), place.y());
 }

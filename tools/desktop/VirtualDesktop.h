@@ -32,6 +32,8 @@ class VirtualDesktop {
     TrayHost& tray() { return *tray_; }
     AppearancePortal& portal() { return *portal_; }
     session::SpawnedProgram& application() { return *application_; }
+    /// The X11 screen's name.
+    const std::string& display() const { return display_; }
 
     void startDriver();
     void startApplication();
@@ -40,9 +42,9 @@ class VirtualDesktop {
     void stopApplication();
 
     /// A press and release of a mouse button at a place, as the hardware would make it.
-    void press(QPoint place, int button = 1);
+    void press(QPoint place, int button = 1, std::chrono::milliseconds held = {});
     /// What clicking the item does: a press there, and the desktop's word of it.
-    void clickItem(QPoint place);
+    void clickItem(QPoint place, std::chrono::milliseconds held = {});
     QImage grab() const;
     /// What differs from the bare screen, by its bounds; empty when nothing does.
     QRect drawnArea() const;

@@ -47,6 +47,7 @@ void LinuxStatusItem::show(double length, Draw draw, std::function<void()> actio
     notifier_->onContextMenu = [this](QPoint place) { showMenu(place); };
     notifier_->onShownChanged = [this] {
         if (notifier_->hasWatcher()) tray_.reset();
+        if (!notifier_->isShown()) clicked_.reset();
         shown_.reset();
         setNeedsDisplay();
     };
@@ -77,8 +78,7 @@ std::optional<ScreenRect> LinuxStatusItem::frame() const {
         return ScreenRect{static_cast<double>(place.x()), static_cast<double>(place.y()),
                           static_cast<double>(place.width()), static_cast<double>(place.height())};
     }
-    if (!isSeen()) return std::nullopt;
-    if (!clicked_) return likelyFrame(size_);
+    if (!clicked_) return isSeen() ? std::optional(likelyFrame(size_)) : std::nullopt;
     return ScreenRect{clicked_->x() - size_.width / 2, clicked_->y() - size_.height / 2,
                       size_.width, size_.height};
 }
