@@ -1,4 +1,5 @@
 #include "platform/linux/LinuxChildProcesses.h"
+#include "platform/qt/QtChildProcesses.h"
 
 #include <QCoreApplication>
 
@@ -48,8 +49,13 @@ bool hasChildren() {
 
 } // namespace
 
-TEST(ChildProcess, AHundredThatEndLeaveNothingBehind) {
-    LinuxChildProcessLauncher launcher;
+/// Both launchers keep to the same rules.
+template <typename Launcher> class ChildProcessTest : public testing::Test {};
+using Launchers = testing::Types<LinuxChildProcessLauncher, QtChildProcessLauncher>;
+TYPED_TEST_SUITE(ChildProcessTest, Launchers);
+
+TYPED_TEST(ChildProcessTest, AHundredThatEndLeaveNothingBehind) {
+    TypeParam launcher;
     int before = 0;
     for (int i = 0; i < 101; ++i) {
         std::string output;
@@ -74,8 +80,8 @@ TEST(ChildProcess, AHundredThatEndLeaveNothingBehind) {
     EXPECT_FALSE(hasChildren());
 }
 
-TEST(ChildProcess, AHandleMayGoWithinItsHandlerOrBeforeTheEnd) {
-    LinuxChildProcessLauncher launcher;
+TYPED_TEST(ChildProcessTest, AHandleMayGoWithinItsHandlerOrBeforeTheEnd) {
+    TypeParam launcher;
     std::unique_ptr<ChildProcess> process;
     bool heard = false;
     bool heardMore = false;
@@ -93,13 +99,13 @@ TEST(ChildProcess, AHandleMayGoWithinItsHandlerOrBeforeTheEnd) {
     EXPECT_FALSE(heardMore);
 }
 
-TEST(ChildProcess, StartsWithNothingOfOurs) {
+TYPED_TEST(ChildProcessTest, StartsWithNothingOfOurs) {
     sigset_t termination;
     sigemptyset(&termination);
     sigaddset(&termination, SIGTERM);
     ASSERT_EQ(::pthread_sigmask(SIG_BLOCK, &termination, nullptr), 0);
     const int leaking = ::fcntl(STDIN_FILENO, F_DUPFD, 50);
-    LinuxChildProcessLauncher launcher;
+    TypeParam launcher;
     std::string output;
     bool ended = false;
     const auto script = "test -e /proc/$$/fd/" + std::to_string(leaking) +
@@ -122,8 +128,8 @@ TEST(ChildProcess, StartsWithNothingOfOurs) {
     (void)::pthread_sigmask(SIG_UNBLOCK, &termination, nullptr);
 }
 
-TEST(ChildProcess, WhatCannotBeLaunchedSaysWhy) {
-    LinuxChildProcessLauncher launcher;
+TYPED_TEST(ChildProcessTest, WhatCannotBeLaunchedSaysWhy) {
+    TypeParam launcher;
     const auto missing = launcher.launch({"/nonexistent/halvo-media-helper", {"loop"}}, {});
     ASSERT_FALSE(missing);
     EXPECT_EQ(missing.error(), "No such file or directory");

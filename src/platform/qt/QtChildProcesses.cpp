@@ -2,8 +2,11 @@
 
 #include <QProcess>
 
+#include <algorithm>
 #include <csignal>
+#include <fcntl.h>
 #include <memory>
+#include <unistd.h>
 #include <utility>
 
 namespace halvo {
@@ -11,6 +14,7 @@ namespace halvo {
 namespace {
 
 constexpr int kLongestRun = 10000; // milliseconds
+constexpr long kMostDescriptors = 1024;
 
 void prepare(QProcess& process, const Command& command) {
     QStringList arguments;
@@ -20,10 +24,14 @@ void prepare(QProcess& process, const Command& command) {
     process.setArguments(arguments);
     process.setStandardInputFile(QProcess::nullDevice());
     process.setStandardErrorFile(QProcess::nullDevice());
-    process.setChildProcessModifier([] {
+    const auto limit = std::min(::sysconf(_SC_OPEN_MAX), kMostDescriptors);
+    process.setChildProcessModifier([limit] {
         sigset_t none;
         sigemptyset(&none);
         (void)::sigprocmask(SIG_SETMASK, &none, nullptr);
+        // Marked, not closed: the toolkit has one of its own by which it tells a failed start.
+        for (int descriptor = STDERR_FILENO + 1; descriptor < limit; ++descriptor)
+            (void)::fcntl(descriptor, F_SETFD, FD_CLOEXEC); // most are none
     });
 }
 
