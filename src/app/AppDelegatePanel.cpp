@@ -84,9 +84,9 @@ void AppDelegate::handlePress(std::optional<ScreenPoint> place) {
 
 /// The press on the item that has just closed the panel must not open it again.
 bool AppDelegate::isPressThatClosed() const {
-    if (!closingPress_ || platform_.mainQueue.now() - closingPress_->time > kLongestClick) {
-        return false;
-    }
+    if (!closingPress_) return false;
+    const bool isLate = platform_.mainQueue.now() - closingPress_->time > kLongestClick;
+    if (isLate && !platform_.panelWindow.isPressUnderWay()) return false;
     const auto item = platform_.statusItem.frame();
     return !closingPress_->place || (item && item->contains(*closingPress_->place));
 }

@@ -57,6 +57,9 @@ class PanelWindow {
     /// program. The press is not taken from its receiver.
     virtual Subscription
     monitorOutsidePresses(std::function<void(std::optional<ScreenPoint> place)> pressed) = 0;
+    /// Whether the last press that a monitor heard goes on, or ended so lately that a desktop may
+    /// still report it as a click. False where ends of presses are not heard.
+    virtual bool isPressUnderWay() const { return false; }
 };
 
 } // namespace halvo

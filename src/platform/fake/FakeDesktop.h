@@ -60,6 +60,8 @@ class FakePanelWindow final : public PanelWindow {
         return Subscription([this] { pressed = nullptr; });
     }
 
+    bool isPressUnderWay() const override { return isHeld; }
+
     void press(std::optional<ScreenPoint> at) {
         if (const auto handler = pressed) handler(at); // it may end its own monitor
     }
@@ -71,6 +73,7 @@ class FakePanelWindow final : public PanelWindow {
     PanelStyle style = PanelStyle::hanging;
     ScreenRect place;
     PanelMove lastMove = PanelMove::immediate;
+    bool isHeld = false;
     std::function<void(std::optional<ScreenPoint>)> pressed; ///< set while somebody monitors
 };
 

@@ -23,8 +23,9 @@ bool isOnX11() {
     return QGuiApplication::platformName() == QStringLiteral("xcb");
 }
 
-std::shared_ptr<void> watchPresses(std::function<void()> pressed) {
-    return isOnX11() ? std::shared_ptr<void>(RawPresses::create(std::move(pressed))) : nullptr;
+std::shared_ptr<void> watchPresses(std::function<void()> pressed, std::function<void()> released) {
+    if (!isOnX11()) return nullptr;
+    return RawPresses::create(std::move(pressed), std::move(released));
 }
 
 bool hasCompositor() {

@@ -39,7 +39,9 @@ void selectPresses(xcb_connection_t* connection) {
     const struct {
         xcb_input_event_mask_t head;
         std::uint32_t bits;
-    } mask = {{XCB_INPUT_DEVICE_ALL_MASTER, 1}, XCB_INPUT_XI_EVENT_MASK_RAW_BUTTON_PRESS};
+    } mask = {{XCB_INPUT_DEVICE_ALL_MASTER, 1},
+              XCB_INPUT_XI_EVENT_MASK_RAW_BUTTON_PRESS |
+                  XCB_INPUT_XI_EVENT_MASK_RAW_BUTTON_RELEASE};
     for (auto roots = xcb_setup_roots_iterator(xcb_get_setup(connection)); roots.rem > 0;
          xcb_screen_next(&roots)) {
         xcb_input_xi_select_events(connection, roots.data->root, 1, &mask.head);
@@ -47,14 +49,18 @@ void selectPresses(xcb_connection_t* connection) {
     xcb_flush(connection);
 }
 
-bool isPress(const xcb_generic_event_t& event) {
+enum class Change { none, press, release };
+
+Change changeIn(const xcb_generic_event_t& event) {
     constexpr std::uint32_t kLeft = 1;
     constexpr std::uint32_t kRight = 3;
-    if ((event.response_type & 0x7FU) != XCB_GE_GENERIC) return false;
+    if ((event.response_type & 0x7FU) != XCB_GE_GENERIC) return Change::none;
     const auto& generic = reinterpret_cast<const xcb_ge_generic_event_t&>(event);
-    if (generic.event_type != XCB_INPUT_RAW_BUTTON_PRESS) return false;
+    const bool isPress = generic.event_type == XCB_INPUT_RAW_BUTTON_PRESS;
+    if (!isPress && generic.event_type != XCB_INPUT_RAW_BUTTON_RELEASE) return Change::none;
     const auto button = reinterpret_cast<const xcb_input_raw_button_press_event_t&>(event).detail;
-    return button == kLeft || button == kRight; // the wheel has buttons of its own
+    if (button != kLeft && button != kRight) return Change::none; // the wheel's own buttons
+    return isPress ? Change::press : Change::release;
 }
 
 } // namespace
@@ -62,15 +68,18 @@ bool isPress(const xcb_generic_event_t& event) {
 struct RawPresses::Connection {
     Handle handle;
     std::function<void()> pressed;
+    std::function<void()> released;
     std::unique_ptr<QSocketNotifier> notifier;
 };
 
-std::unique_ptr<RawPresses> RawPresses::create(std::function<void()> pressed) {
+std::unique_ptr<RawPresses> RawPresses::create(std::function<void()> pressed,
+                                               std::function<void()> released) {
     auto connection = std::make_unique<Connection>();
     connection->handle.reset(xcb_connect(nullptr, nullptr));
     auto* handle = connection->handle.get();
     if (xcb_connection_has_error(handle) != 0 || !hasRawEvents(handle)) return nullptr;
     connection->pressed = std::move(pressed);
+    connection->released = std::move(released);
     selectPresses(handle);
     return std::unique_ptr<RawPresses>(new RawPresses(std::move(connection)));
 }
@@ -102,15 +111,18 @@ RawPresses::~RawPresses() = default;
 
 void RawPresses::read() {
     auto* handle = connection_->handle.get();
-    int presses = 0;
+    bool isPressed = false;
+    bool isReleased = false; // a click may be over by now
     while (const Reply<xcb_generic_event_t> event{xcb_poll_for_event(handle)}) {
-        if (isPress(*event)) ++presses;
+        const auto change = changeIn(*event);
+        isPressed = isPressed || change == Change::press;
+        isReleased = change == Change::none ? isReleased : change == Change::release;
     }
     if (xcb_connection_has_error(handle) != 0) connection_->notifier->setEnabled(false);
-    if (presses > 0) {
-        const auto pressed = connection_->pressed; // it may end this object
-        pressed();
-    }
+    const auto pressed = connection_->pressed; // either may end this object
+    const auto released = connection_->released;
+    if (isPressed) pressed();
+    if (isReleased) released();
 }
 
 } // namespace halvo

@@ -5,12 +5,13 @@
 
 namespace halvo {
 
-/// Hears every left and right press of a mouse on an X11 screen, whoever gets it, over a
-/// connection of its own, and takes none away. Main thread only.
+/// Hears every left and right press of a mouse on an X11 screen and its end, whoever gets it, over
+/// a connection of its own, and takes none away. Main thread only.
 class RawPresses {
   public:
     /// Nothing where there is no X server, or one without raw events (XInput before 2.1).
-    static std::unique_ptr<RawPresses> create(std::function<void()> pressed);
+    static std::unique_ptr<RawPresses> create(std::function<void()> pressed,
+                                              std::function<void()> released);
     /// Whether windows on the X11 screen can be transparent.
     static bool hasCompositor();
     ~RawPresses();

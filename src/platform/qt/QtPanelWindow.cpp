@@ -17,6 +17,7 @@ namespace {
 
 constexpr int kUntilPrepared = 500; // milliseconds; the start itself comes first
 constexpr int kRadius = 10;
+constexpr int kUntilReported = 500; // milliseconds; a click is told after its end
 
 ScreenRect toScreenRect(const QRect& rect) {
     return {static_cast<double>(rect.x()), static_cast<double>(rect.y()),
@@ -159,14 +160,25 @@ void QtPanelWindow::roundCorners() {
 Subscription
 QtPanelWindow::monitorOutsidePresses(std::function<void(std::optional<ScreenPoint>)> pressed) {
     pressed_ = std::move(pressed);
-    presses_ = desktop_.watchPresses([this] { takePress(); });
+    presses_ = desktop_.watchPresses([this] { takePress(); }, [this] { takeRelease(); });
     return Subscription([this] {
         pressed_ = nullptr;
-        presses_.reset();
+        if (!isPressed_) presses_.reset(); // else once its end is heard
     });
 }
 
+void QtPanelWindow::takeRelease() {
+    isPressed_ = false;
+    sinceRelease_.start();
+    if (!pressed_) presses_.reset();
+}
+
+bool QtPanelWindow::isPressUnderWay() const {
+    return isPressed_ || (sinceRelease_.isValid() && sinceRelease_.elapsed() < kUntilReported);
+}
+
 void QtPanelWindow::takePress() {
+    isPressed_ = true;
     const QPoint place = QCursor::pos();
     if (!pressed_ || content_->menuContains(place)) return;
     content_->closeMenus();

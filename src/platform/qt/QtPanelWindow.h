@@ -4,6 +4,7 @@
 #include "ui/PanelContent.h"
 #include "ui/SettingsWindow.h"
 
+#include <QElapsedTimer>
 #include <QObject>
 #include <QQuickWindow>
 
@@ -23,8 +24,11 @@ class QtPanelWindow : public QObject, public PanelWindow {
         MainQueue& mainQueue;
         VolumeTaper volumeTaper;
         std::function<void()> quit;
-        /// Hears presses anywhere until the answer is destroyed; null where a desktop tells none.
-        std::function<std::shared_ptr<void>(std::function<void()> pressed)> watchPresses;
+        /// Hears presses anywhere, and their ends, until the answer is destroyed; null where a
+        /// desktop tells none.
+        std::function<std::shared_ptr<void>(std::function<void()> pressed,
+                                            std::function<void()> released)>
+            watchPresses;
         /// Whether corners can be transparent.
         std::function<bool()> hasCompositor;
     };
@@ -43,6 +47,7 @@ class QtPanelWindow : public QObject, public PanelWindow {
     void setFrame(const ScreenRect& frame, PanelMove move) override;
     Subscription
     monitorOutsidePresses(std::function<void(std::optional<ScreenPoint>)> pressed) override;
+    bool isPressUnderWay() const override;
 
     /// Called each time that the panel has come to the front.
     std::function<void()> onShown;
@@ -61,6 +66,7 @@ class QtPanelWindow : public QObject, public PanelWindow {
 
   private:
     void takePress();
+    void takeRelease();
     void closeByKey();
     void takeFocusLoss();
     void roundCorners();
@@ -71,6 +77,8 @@ class QtPanelWindow : public QObject, public PanelWindow {
     SystemAppearance appearance_;
     std::function<void(std::optional<ScreenPoint>)> pressed_;
     std::shared_ptr<void> presses_;
+    bool isPressed_ = false;
+    QElapsedTimer sinceRelease_;
     PanelStyle style_ = PanelStyle::hanging;
     std::unique_ptr<QQuickWindow> window_;
     std::unique_ptr<PanelContent> content_;

@@ -126,6 +126,18 @@ TEST_F(Panel, TwentyClicksOnTheItemAlternateThoughEachIsAnOutsidePressToo) {
     EXPECT_FALSE(panel.visible);
 }
 
+TEST_F(Panel, TheClickOfAPressThatWasHeldDoesNotOpenItAgain) {
+    click();
+    panel.press(onItem);
+    panel.isHeld = true;
+    fake.mainQueue.advance(2s);
+    click();
+    EXPECT_FALSE(panel.visible);
+    panel.isHeld = false;
+    click();
+    EXPECT_TRUE(panel.visible);
+}
+
 TEST_F(Panel, APressElsewhereDoesNotKeepTheItemFromOpening) {
     click();
     panel.press(elsewhere);
