@@ -37,7 +37,8 @@ TEST(DriverInstallationTests, WhatWasCopiedServesTheSessionAndAnUpdateTakesItsPl
     writeProgram(tools / "pkexec", "PATH=" + tools.string() + ":$PATH exec \"$@\"");
     writeProgram(tools / "systemctl", "exit 1");
     if (::geteuid() != 0) writeProgram(tools / "chown", "exit 0");
-    const std::string path = std::getenv("PATH");
+    const char* before = std::getenv("PATH");
+    const std::string path = before != nullptr ? before : "";
     ::setenv("PATH", (tools.string() + ":" + path).c_str(), 1);
 
     // As in the build: .../HalvoAudioDevice.driver/Contents/Linux/halvo-audio-device
