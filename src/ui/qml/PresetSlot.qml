@@ -1,4 +1,3 @@
-pragma ComponentBehavior: Bound
 import QtQuick
 import Halvo
 
@@ -114,16 +113,10 @@ Item {
             }
         }
         Loader {
+            id: field
             active: root.renaming
             anchors.fill: parent
-
-            sourceComponent: RenameField {
-                onAbandoned: root.renameEnded()
-                onCommitted: name => {
-                    root.presets.rename(root.presetID, name);
-                    root.renameEnded();
-                }
-            }
+            source: "RenameField.qml"
 
             // Leaving the field commits; the window's losing the keyboard, to a menu, does not.
             onFocusChanged: {
@@ -131,6 +124,17 @@ Item {
                     (item as RenameField).end(true);
             }
             onLoaded: (item as RenameField).begin(root.name)
+        }
+        Connections {
+            function onAbandoned() {
+                root.renameEnded();
+            }
+            function onCommitted(name: string) {
+                root.presets.rename(root.presetID, name);
+                root.renameEnded();
+            }
+
+            target: field.item as RenameField
         }
     }
     PresetDropDelegate {
