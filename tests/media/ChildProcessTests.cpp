@@ -132,8 +132,8 @@ TYPED_TEST(ChildProcessTest, WhatCannotBeLaunchedSaysWhy) {
     TypeParam launcher;
     const auto missing = launcher.launch({"/nonexistent/halvo-media-helper", {"loop"}}, {});
     ASSERT_FALSE(missing);
-    EXPECT_EQ(missing.error(), "No such file or directory");
-    EXPECT_EQ(launcher.run({"/etc/passwd", {}}).error(), "Permission denied");
+    EXPECT_TRUE(missing.error().ends_with("No such file or directory")) << missing.error();
+    EXPECT_TRUE(launcher.run({"/etc/passwd", {}}).error().ends_with("Permission denied"));
     EXPECT_EQ(launcher.run(shell("exit 7")), 7);
     EXPECT_FALSE(hasChildren());
 }
