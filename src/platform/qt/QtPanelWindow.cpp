@@ -24,6 +24,13 @@ ScreenRect toScreenRect(const QRect& rect) {
             static_cast<double>(rect.width()), static_cast<double>(rect.height())};
 }
 
+/// By its frame, so that the title stays on the screen.
+void center(QWindow& window) {
+    QRect frame(QPoint(0, 0), window.size());
+    frame.moveCenter(window.screen()->availableGeometry().center());
+    window.setFramePosition(frame.topLeft());
+}
+
 Qt::WindowFlags flagsOf(PanelStyle style) {
     if (style == PanelStyle::window) {
         return Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
@@ -113,7 +120,10 @@ ScreenArea QtPanelWindow::screenAt(ScreenPoint place) const {
 void QtPanelWindow::orderFront(PanelStyle style) {
     prepare();
     if (!window_) return;
-    if (style != std::exchange(style_, style)) window_->setFlags(flagsOf(style));
+    if (style != std::exchange(style_, style)) {
+        window_->setFlags(flagsOf(style));
+        if (style == PanelStyle::window) center(*window_);
+    }
     roundCorners();
     setShown(true);
     window_->show();
