@@ -41,7 +41,8 @@ bool hasSessionBus() {
 
 /// Null where there is no session bus, or none that answers.
 QDBusConnectionInterface* busNames() {
-    return hasSessionBus() ? QDBusConnection::sessionBus().interface() : nullptr;
+    if (!hasSessionBus() || !QDBusConnection::sessionBus().isConnected()) return nullptr;
+    return QDBusConnection::sessionBus().interface();
 }
 
 void activateOther(const QDBusConnection& bus) {
