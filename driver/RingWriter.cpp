@@ -61,6 +61,7 @@ bool isNamed(const std::string& name, int descriptor) {
 
 /// Takes the object's lock; some systems know none for shared memory, and start one driver only.
 bool lock(int descriptor) {
+    // NOLINTNEXTLINE(misc-redundant-expression): two numbers on some systems, one on others
     return ::flock(descriptor, LOCK_EX | LOCK_NB) == 0 || errno == ENOTSUP || errno == EOPNOTSUPP;
 }
 
