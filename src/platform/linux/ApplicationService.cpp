@@ -1,8 +1,8 @@
 #include "platform/linux/ApplicationService.h"
 
 #include "platform/Application.h"
-#include "platform/posix/AtomicFile.h"
 #include "platform/linux/XdgDirectories.h"
+#include "platform/posix/AtomicFile.h"
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
