@@ -48,6 +48,6 @@ TEST_P(ApplicationInstance, IsOneAndEndsWhenAsked) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Bus, ApplicationInstance, testing::Bool(),
-                         [](const auto& info) { return info.param ? "Bus" : "NoBus"; });
+                         [](const auto& instance) { return instance.param ? "Bus" : "NoBus"; });
 
 } // namespace
