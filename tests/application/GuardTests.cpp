@@ -153,6 +153,23 @@ TEST_F(SessionGuard, WaitsForAServerThatComesBack) {
     EXPECT_EQ(session.configuredDefault(), std::nullopt);
 }
 
+TEST_F(SessionGuard, GivesBackAgainWhereTheServerDiesBeforeThatIsWrittenDown) {
+    startApplication();
+    const auto state = session.directory() + "/state/wireplumber/restore-stream";
+    ASSERT_TRUE(PrivateSession::waitFor([&] { return std::filesystem::exists(state); }))
+        << "the session manager keeps what it sees, a second later";
+    player.reset();
+    kill();
+    EXPECT_TRUE(isGivenBackSoon());
+    session.killServer();
+    session.stopServer();
+    ASSERT_TRUE(session.startServer());
+    EXPECT_TRUE(PrivateSession::waitFor([&] { return !session.volume(kVirtualSink).empty(); }));
+    EXPECT_TRUE(
+        PrivateSession::waitFor([&] { return scene.processes("halvo-give-back").empty(); }));
+    EXPECT_TRUE(isGivenBack()) << session.defaultSink() << session.volume(kSpeakers)[0];
+}
+
 TEST_F(SessionGuard, OneThatIsKilledIsReplaced) {
     startApplication();
     const int first = scene.guard();

@@ -85,7 +85,8 @@ TEST_F(Loudness, NeverRisesWhenTheApplicationIsKilled) {
         scene.startApplication();
         ASSERT_TRUE(scene.isReady());
         ASSERT_TRUE(settlesAt(*speakers, kSpeakersDb));
-        ASSERT_EQ(scene.session().volume(kSpeakers)[0], 1.0F);
+        ASSERT_TRUE(
+            PrivateSession::waitFor([&] { return scene.session().volume(kSpeakers)[0] == 1.0F; }));
         speakers->clear();
         const auto start = std::chrono::steady_clock::now();
         ASSERT_TRUE(scene.application().signal(SIGKILL));

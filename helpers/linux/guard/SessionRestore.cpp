@@ -8,7 +8,9 @@
 #include "platform/linux/PipeWireConnection.h"
 #include "platform/linux/RaisedDevicesRecord.h"
 #include "platform/linux/SessionLock.h"
+#include "platform/posix/AtomicFile.h"
 
+#include <cstddef>
 #include <thread>
 
 namespace halvo {
@@ -21,6 +23,10 @@ using Clock = std::chrono::steady_clock;
 /// The dead application's hold on the lock ends an instant after its pipe.
 constexpr milliseconds kLongestLock{200};
 constexpr milliseconds kPause{50};
+/// The session manager writes levels and default down a second after they changed; until then a
+/// server that dies comes back with what was before. Twice that.
+constexpr milliseconds kManagersDelay{2000};
+constexpr std::size_t kLargestRecord = 1U << 20U; // bytes
 
 /// Here nobody listens to the hardware.
 class NoQueue final : public MainQueue {
@@ -35,20 +41,35 @@ class NoQueue final : public MainQueue {
 
 SessionRestore::Result SessionRestore::run(milliseconds longest) {
     if (!hasRecord()) return Result::done;
-    const auto end = Clock::now() + longest;
+    const auto path = RaisedDevicesRecord::standardPath();
+    const auto record = AtomicFile::read(path, kLargestRecord);
     const auto connection = PipeWireConnection::create();
     if (!connection) return Result::failed;
     NoQueue queue;
     PipeWireAudioHardware server(*connection, queue);
+    bool isRepeated = false;
+    auto end = Clock::now() + longest;
     for (; Clock::now() < end; std::this_thread::sleep_for(kPause)) {
         const auto left = std::chrono::duration_cast<milliseconds>(end - Clock::now());
         if (!connection->waitUntilReady(left)) continue;
         // Let go of between attempts: an application that starts meanwhile takes it and does all.
-        const auto lock = SessionLock::take(SessionLock::standardPath(), kLongestLock);
+        auto lock = SessionLock::take(SessionLock::standardPath(), kLongestLock);
         if (!lock) return Result::running;
-        if (giveBack(server)) return Result::done;
+        // What it found raised stands in no other place any more.
+        if (isRepeated && record) (void)AtomicFile::write(path, *record); // or the default alone
+        if (!giveBack(server)) continue;
+        lock.reset();
+        if (isWrittenDown(*connection)) return Result::done;
+        isRepeated = true;
+        end = Clock::now() + longest;
     }
     return Result::failed;
+}
+
+bool SessionRestore::isWrittenDown(PipeWireConnection& connection) {
+    PipeWireConnection::Lock lock(connection);
+    (void)lock.waitFor([] { return false; }, kManagersDelay); // ends early when the server goes
+    return connection.isReady();
 }
 
 bool SessionRestore::hasRecord() {

@@ -18,12 +18,14 @@ class SessionRestore {
     };
 
     /// Tries until `longest` has passed: a server that crashed comes back, and a session manager
-    /// takes its time.
+    /// takes its time. Stays two seconds longer than it takes, in case the server dies just then.
     static Result run(std::chrono::milliseconds longest);
 
   private:
     static bool hasRecord();
     static bool giveBack(AudioServer& server);
+    /// Waits; false when the server went before its session manager will have kept the levels.
+    static bool isWrittenDown(PipeWireConnection& connection);
 };
 
 } // namespace halvo

@@ -51,7 +51,7 @@ void LinuxSessionGuard::dismiss() const {
 void LinuxSessionGuard::start() {
     if (program_.empty() || !readEnd_) return;
     auto child = SpawnedChild::start({program_.string(), {}}, SpawnedChild::Output::discarded,
-                                     {readEnd_.get(), SpawnedChild::Group::own});
+                                     {readEnd_.get(), SpawnedChild::Session::own});
     if (!child) {
         log_.write("Halvo: The session guard cannot be started: " + child.error());
         return;

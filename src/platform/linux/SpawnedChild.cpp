@@ -41,7 +41,7 @@ class SpawnPlan {
         sigemptyset(&signals);
         ::posix_spawnattr_setsigmask(&attributes_, &signals);
         int flags = POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK;
-        if (ties.group == SpawnedChild::Group::own) flags |= POSIX_SPAWN_SETPGROUP; // number 0: own
+        if (ties.session == SpawnedChild::Session::own) flags |= POSIX_SPAWN_SETSID;
         ::posix_spawnattr_setflags(&attributes_, static_cast<short>(flags));
     }
     ~SpawnPlan() {

@@ -16,17 +16,19 @@ namespace halvo {
 class SpawnedChild {
   public:
     enum class Output { pipe, discarded };
-    enum class Group { callers, own };
+    enum class Session { callers, own };
 
     /// What it has in common with this process.
     struct Ties {
-        int input = -1;               ///< a descriptor for its standard input; -1: nothing to read
-        Group group = Group::callers; ///< the process group
+        int input = -1; ///< a descriptor for its standard input; -1: nothing to read
+        /// Its own, with a process group of its own: no terminal's signal reaches it, nor the one
+        /// for a group that is stopped when its last tie to the rest goes.
+        Session session = Session::callers;
     };
 
     /// Returns once the program is executed; an error's description when it cannot be.
     static std::expected<SpawnedChild, std::string> start(const Command& command, Output output,
-                                                          Ties ties = {-1, Group::callers});
+                                                          Ties ties = {-1, Session::callers});
 
     pid_t pid() const { return pid_; }
     /// Readable once the program has ended.
