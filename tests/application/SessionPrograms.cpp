@@ -2,7 +2,7 @@
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
+#include <sstream>
 #include <system_error>
 
 namespace halvo::test {
@@ -15,7 +15,9 @@ constexpr std::size_t kLongestName = 15; ///< characters that the kernel keeps
 
 std::string contentsOf(const fs::path& path) {
     std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
+    std::ostringstream text;
+    text << file.rdbuf(); // of a process that ends meanwhile: what could be read
+    return text.str();
 }
 
 } // namespace

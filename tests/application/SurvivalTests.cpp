@@ -46,12 +46,13 @@ std::uint32_t fromEnvironment(const char* name, std::uint32_t otherwise) {
                            : otherwise;
 }
 
-/// What lies in shared memory, but for the rings of other sessions.
+/// What such programs keep in shared memory, but for the rings of other sessions.
 std::set<std::string> sharedObjects(const std::string& ringName) {
     std::set<std::string> names;
     for (const auto& entry : std::filesystem::directory_iterator("/dev/shm")) {
         const auto name = "/" + entry.path().filename().string();
-        if (name.starts_with(ringName) || !name.starts_with("/halvo_session_")) names.insert(name);
+        const bool isOthers = name.starts_with("/halvo_session_") && !name.starts_with(ringName);
+        if (name.starts_with("/halvo") && !isOthers) names.insert(name);
     }
     return names;
 }
