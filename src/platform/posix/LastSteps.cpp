@@ -16,7 +16,7 @@ constexpr auto kLongestStep = std::chrono::milliseconds(450);
 
 } // namespace
 
-void runLimited(std::function<void()> step) {
+void runLimited(const std::function<void()>& step) {
     struct Progress {
         std::mutex mutex;
         std::condition_variable changed;
