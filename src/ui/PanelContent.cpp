@@ -33,15 +33,15 @@ void polish(QQuickItem& item) {
 } // namespace
 
 struct PanelContent::Parts {
-    explicit Parts(PanelServices given)
-        : services(std::move(given)), devices(services.deviceManager),
+    Parts(const PopoverServices& services, PanelHost given)
+        : host(std::move(given)), devices(services.deviceManager),
           presets(services.presetManager, services.deviceManager, services.autoGenreController),
-          equalizer(services.presetManager, services.volumeTaper),
+          equalizer(services.presetManager, host.volumeTaper),
           bands(services.presetManager, services.spectrumData), settings(services.appSettings),
           nowPlaying(services.nowPlayingMonitor, services.autoGenreController,
                      services.appSettings) {}
 
-    PanelServices services;
+    PanelHost host;
     Devices devices;
     Presets presets;
     Equalizer equalizer;
@@ -53,8 +53,8 @@ struct PanelContent::Parts {
     std::shared_ptr<bool> announced; ///< set while an announcement of the size is under way
 };
 
-PanelContent::PanelContent(PanelServices services)
-    : parts_(std::make_unique<Parts>(std::move(services))) {
+PanelContent::PanelContent(const PopoverServices& services, PanelHost host)
+    : parts_(std::make_unique<Parts>(services, std::move(host))) {
     qml_register_types_Halvo();
     parts_->engine.addImportPath(QStringLiteral("qrc:/qt/qml"));
     makeViews();
@@ -142,7 +142,7 @@ QQmlEngine& PanelContent::engine() {
 void PanelContent::announceSize() {
     if (parts_->announced) return; // one is under way
     parts_->announced = std::make_shared<bool>(true);
-    parts_->services.mainQueue.async([this, weak = std::weak_ptr(parts_->announced)] {
+    parts_->host.mainQueue.async([this, weak = std::weak_ptr(parts_->announced)] {
         if (weak.expired()) return;
         parts_->announced.reset();
         Q_EMIT sizeChanged();
@@ -150,7 +150,7 @@ void PanelContent::announceSize() {
 }
 
 void PanelContent::quit() {
-    if (parts_->services.quit) parts_->services.quit();
+    if (parts_->host.quit) parts_->host.quit();
 }
 
 } // namespace halvo

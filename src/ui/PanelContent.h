@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/PanelWindow.h"
 #include "ui/SystemAppearance.h"
 #include "ui/VolumeTaper.h"
 
@@ -16,23 +17,11 @@ class QQuickWindow;
 
 namespace halvo {
 
-class AppSettings;
-class AutoGenreController;
-class DeviceManager;
 class MainQueue;
-class NowPlayingMonitor;
-class PresetManager;
-class SpectrumData;
 
-/// What the panel shows and changes. All of it outlives the panel.
-struct PanelServices {
-    DeviceManager& deviceManager;
-    PresetManager& presetManager;
-    SpectrumData& spectrumData;
-    AppSettings& appSettings;
+/// What the content needs of the desktop that shows it. The queue outlives the content.
+struct PanelHost {
     MainQueue& mainQueue;
-    AutoGenreController& autoGenreController;
-    NowPlayingMonitor& nowPlayingMonitor;
     VolumeTaper volumeTaper = VolumeTaper::identity;
     std::function<void()> quit; ///< the application's own shutdown path
 };
@@ -47,7 +36,7 @@ class PanelContent final : public QObject {
     Q_OBJECT
 
   public:
-    explicit PanelContent(PanelServices services);
+    PanelContent(const PopoverServices& services, PanelHost host);
     ~PanelContent() override;
 
     /// Settles the software renderer; before the first window of the process.

@@ -30,16 +30,8 @@ OfflineMachine::~OfflineMachine() {
     fake_.mainQueue.discard();
 }
 
-PanelServices OfflineMachine::services() {
-    return {.deviceManager = delegate_->deviceManager(),
-            .presetManager = delegate_->presetManager(),
-            .spectrumData = delegate_->spectrumData(),
-            .appSettings = delegate_->appSettings(),
-            .mainQueue = fake_.mainQueue,
-            .autoGenreController = delegate_->autoGenreController(),
-            .nowPlayingMonitor = delegate_->nowPlayingMonitor(),
-            .volumeTaper = VolumeTaper::identity,
-            .quit = [this] {
+PanelHost OfflineMachine::host(VolumeTaper taper) {
+    return {.mainQueue = fake_.mainQueue, .volumeTaper = taper, .quit = [this] {
                 if (!std::exchange(hasQuit_, true)) delegate_->applicationWillTerminate();
             }};
 }

@@ -17,8 +17,10 @@ class OfflineMachine {
 
     AppDelegate& delegate() { return *delegate_; }
     FakePlatform& fake() { return fake_; }
-    /// The delegate's services; "quit" runs its shutdown path and sets `hasQuit`.
-    PanelServices services();
+    /// What the delegate gave to its panel.
+    const PopoverServices& services() const { return *fake_.panelWindow.services; }
+    /// "quit" runs the delegate's shutdown path and sets `hasQuit`.
+    PanelHost host(VolumeTaper taper = VolumeTaper::identity);
     bool hasQuit() const { return hasQuit_; }
 
     /// Lets virtual time pass.

@@ -42,8 +42,9 @@ QQuickItem* search(QQuickItem* item, const Accept& accept) {
 
 } // namespace
 
-OfflinePanel::OfflinePanel(OfflineMachine& machine)
-    : machine_(machine), content_(machine.services()) {
+OfflinePanel::OfflinePanel(OfflineMachine& machine, VolumeTaper taper)
+    : machine_(machine), content_(machine.services(), machine.host(taper)) {
+    window_.setTitle(QStringLiteral("Halvo"));
     window_.setFlags(Qt::FramelessWindowHint);
     content_.attach(window_);
     QObject::connect(&content_, &PanelContent::sizeChanged, &window_, [this] { resize(); });

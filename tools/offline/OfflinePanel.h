@@ -14,7 +14,7 @@ namespace halvo {
 /// The panel in a window, with the events of a mouse and a keyboard for whoever has neither.
 class OfflinePanel {
   public:
-    explicit OfflinePanel(OfflineMachine& machine);
+    explicit OfflinePanel(OfflineMachine& machine, VolumeTaper taper = VolumeTaper::identity);
 
     PanelContent& content() { return content_; }
     QQuickWindow& window() { return window_; }

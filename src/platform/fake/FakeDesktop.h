@@ -34,11 +34,13 @@ class FakeStatusItem final : public StatusItem {
 /// A window without content on a screen of 1920 by 1080 with a bar of 24 points at the top.
 class FakePanelWindow final : public PanelWindow {
   public:
-    void setContent(const PopoverServices& /*services*/, std::function<void()> changed) override {
+    void setContent(const PopoverServices& shown, std::function<void()> changed) override {
+        services.emplace(shown);
         onSizeChange = std::move(changed);
     }
     void removeContent() override {
         visible = false;
+        services.reset();
         onSizeChange = nullptr;
     }
     ScreenSize fittingSize() override { return content; }
@@ -66,6 +68,7 @@ class FakePanelWindow final : public PanelWindow {
         if (const auto handler = pressed) handler(at); // it may end its own monitor
     }
 
+    std::optional<PopoverServices> services;
     std::function<void()> onSizeChange;
     ScreenSize content{320, 200};
     ScreenArea screen{{0, 0, 1920, 1080}, {0, 24, 1920, 1056}};

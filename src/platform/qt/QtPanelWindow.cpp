@@ -71,16 +71,10 @@ void QtPanelWindow::removeContent() {
 void QtPanelWindow::prepare() {
     if (content_ || !services_) return;
     PanelContent::prepareRenderer();
-    content_ = std::make_unique<PanelContent>(
-        PanelServices{.deviceManager = services_->deviceManager,
-                      .presetManager = services_->presetManager,
-                      .spectrumData = services_->spectrumData,
-                      .appSettings = services_->appSettings,
-                      .mainQueue = desktop_.mainQueue,
-                      .autoGenreController = services_->autoGenreController,
-                      .nowPlayingMonitor = services_->nowPlayingMonitor,
-                      .volumeTaper = desktop_.volumeTaper,
-                      .quit = desktop_.quit});
+    content_ =
+        std::make_unique<PanelContent>(*services_, PanelHost{.mainQueue = desktop_.mainQueue,
+                                                             .volumeTaper = desktop_.volumeTaper,
+                                                             .quit = desktop_.quit});
     content_->setSystemAppearance(appearance_);
     content_->setShown(false);
     settingsWindow_ = std::make_unique<SettingsWindow>(content_->engine());
