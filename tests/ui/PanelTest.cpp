@@ -1,5 +1,7 @@
 #include "PanelFixture.h"
 
+#include <chrono>
+
 namespace halvo {
 
 namespace {
@@ -31,6 +33,15 @@ TEST_F(PanelTest, PickerOffersRealDevicesAndShowsWhatIsChosenElsewhere) {
     open("Output");
     EXPECT_EQ(menuEntries(), (QStringList{"Built-in Speakers", "Studio Headphones"}));
     choose("Studio Headphones");
+    open("Output");
+    choose("Studio Headphones"); // the same again
+    open("Output");
+    panel.settle(50);
+    for (int index = 0; index < 2; ++index)
+        EXPECT_EQ(panel.find("MenuEntry", index, panel.menu())->property("marked").toBool(),
+                  index == 1);
+    panel.type(Qt::Key_Escape);
+    EXPECT_FALSE(panel.menu());
     EXPECT_EQ(devices.selectedDeviceID.get(), "headphones");
     devices.selectedDeviceID.set("speakers");
     EXPECT_EQ(item("OutputPicker")->property("text").toString(), "Built-in Speakers");
@@ -41,6 +52,76 @@ TEST_F(PanelTest, PickerOffersRealDevicesAndShowsWhatIsChosenElsewhere) {
     EXPECT_FALSE(panel.menu());
     open("Equalizer");
     EXPECT_FALSE(presets().eqEnabled.get());
+}
+
+TEST_F(PanelTest, LongListOfOutputsScrollsWithTheKeyboard) {
+    for (int index = 1; index <= 30; ++index)
+        (void)machine.fake().audioHardware.add("extra" + std::to_string(index),
+                                               "Output " + std::to_string(index));
+    machine.advance(std::chrono::seconds(1));
+    panel.named("Output")->forceActiveFocus(Qt::TabFocusReason);
+    panel.type(Qt::Key_Space, " ");
+    panel.settle(50);
+    auto* const menu = panel.menu();
+    ASSERT_TRUE(menu);
+    EXPECT_EQ(menu->height(), 480);
+    const auto isSeen = [&](int index) {
+        auto* const entry = panel.find("MenuEntry", index, menu);
+        const qreal top = entry->mapToScene(QPointF()).y();
+        return top >= 0 && top + entry->height() <= menu->height();
+    };
+    EXPECT_TRUE(isSeen(0));
+    EXPECT_FALSE(isSeen(31));
+    panel.type(Qt::Key_End);
+    EXPECT_TRUE(isSeen(31));
+    panel.type(Qt::Key_Home);
+    EXPECT_TRUE(isSeen(0));
+    for (int step = 0; step < 31; ++step)
+        panel.type(Qt::Key_Down);
+    EXPECT_TRUE(isSeen(31));
+    panel.type(Qt::Key_Return);
+    EXPECT_FALSE(panel.menu());
+    EXPECT_EQ(delegate().deviceManager().selectedDeviceID.get(), "extra30");
+}
+
+TEST_F(PanelTest, ChangesMadeElsewhereShowAtOnce) {
+    auto& hardware = machine.fake().audioHardware;
+    hardware.changeDefault(*hardware.deviceForUID("headphones"));
+    machine.advance(std::chrono::seconds(1));
+    EXPECT_EQ(item("OutputPicker")->property("text").toString(), "Studio Headphones");
+
+    controller().isEnabled.set(true);
+    machine.playTrack("Owner", "Yes");
+    machine.advance(std::chrono::seconds(1));
+    auto* const busy = item("NowPlayingBar")->findChild<QObject*>("busy");
+    EXPECT_TRUE(busy->property("visible").toBool());
+    machine.fake().httpSession.answer(
+        HTTPResponse{200, R"({"toptags":{"tag":[{"name":"rock","count":99}]}})"});
+    machine.advance(std::chrono::seconds(1));
+    EXPECT_FALSE(busy->property("visible").toBool());
+    ASSERT_TRUE(item("AutoPresetPill"));
+    EXPECT_EQ(item("AutoPresetPill")->property("name").toString(), "Rock");
+    EXPECT_TRUE(item("PresetPill", 2)->property("isActive").toBool());
+    EXPECT_FALSE(item("PresetPill", 0)->property("isActive").toBool());
+}
+
+TEST_F(PanelTest, VolumeRowReadsAsTheDesktopsMixer) {
+    const struct {
+        const VolumeTaper& taper;
+        float half;
+    } cases[] = {{VolumeTaper::cubeRoot, 0.125F}, {VolumeTaper::identity, 0.5F}};
+    for (const auto& [taper, half] : cases) {
+        OfflinePanel other(machine, taper);
+        other.show();
+        presets().setOutputVolume(half);
+        auto* const row = other.find("QuickControlsView");
+        ASSERT_TRUE(row);
+        EXPECT_EQ(row->findChild<QObject*>("percentage")->property("text").toString(), "50%");
+        auto* const slider = other.named("Volume");
+        for (const double way : {0.25, 0.5})
+            slider->setProperty("value", way);
+        EXPECT_FLOAT_EQ(presets().outputVolume.get(), half);
+    }
 }
 
 TEST_F(PanelTest, BandsFollowThePointerBeyondBothEnds) {

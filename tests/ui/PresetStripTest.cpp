@@ -23,6 +23,17 @@ TEST_F(PanelTest, DraggedPresetTakesThePlaceOfEachThatItEnters) {
     }
     EXPECT_EQ(seen, (Names{"R&B", "Hip-Hop"})); // each step once, no way back
     EXPECT_EQ(names(3), (Names{"Hip-Hop", "Rock", "Jazz"}));
+
+    seen.clear();
+    for (int x = 216; x >= 0; x -= 4) {
+        panel.move(start + QPointF(x, 3));
+        if (const auto first = names(1)[0]; seen.empty() || seen.back() != first)
+            seen.push_back(first);
+    }
+    EXPECT_EQ(seen, (Names{"Hip-Hop", "R&B"})); // and back
+    for (int x = 0; x <= 216; x += 4)
+        panel.move(start + QPointF(x, 3));
+    EXPECT_EQ(names(3), (Names{"Hip-Hop", "Rock", "Jazz"}));
     panel.release(start + QPointF(216, 3));
     panel.settle(50);
     EXPECT_FLOAT_EQ(static_cast<float>(dragged->opacity()), 1);
@@ -42,26 +53,45 @@ TEST_F(PanelTest, DragThatEndsElsewhereLeavesNoPillBehind) {
 }
 
 TEST_F(PanelTest, MenusOfFactoryAndCustomPresets) {
-    panel.click(item("PresetPill", 0), Qt::RightButton);
+    const auto openMenu = [this](int index) {
+        panel.settle(300); // until the pills have moved
+        panel.click(item("PresetPill", index), Qt::RightButton);
+    };
+    openMenu(0);
     EXPECT_EQ(menuEntries(), QStringList{"Duplicate"});
     choose("Duplicate");
     EXPECT_EQ(names(2), (Names{"R&B", "R&B Copy"}));
     EXPECT_EQ(presets().activePreset()->name, "R&B Copy");
 
-    panel.click(item("PresetPill", 1), Qt::RightButton);
+    openMenu(1);
     EXPECT_EQ(menuEntries(), (QStringList{"Duplicate", "Rename", "Delete"}));
     choose("Rename");
     panel.type(Qt::Key_X, "x");
     panel.type(Qt::Key_Return);
     EXPECT_EQ(names(2), (Names{"R&B", "x"}));
 
-    panel.click(item("PresetPill", 1), Qt::RightButton);
+    openMenu(1);
     choose("Rename");
     panel.type(Qt::Key_Y, "y");
     panel.type(Qt::Key_Escape);
     EXPECT_EQ(names(2), (Names{"R&B", "x"}));
 
-    // "Delete", by the keyboard.
+    openMenu(1);
+    choose("Rename");
+    ASSERT_TRUE(item("RenameField"));
+    EXPECT_EQ(item("RenameField")->width(), 90);
+    panel.type(Qt::Key_Z, "z");
+    panel.click(item("SectionDivider")); // beside it
+    panel.settle();
+    EXPECT_EQ(names(2), (Names{"R&B", "z"}));
+    EXPECT_FALSE(item("RenameField"));
+}
+
+TEST_F(PanelTest, MenuByTheKeyboardDeletes) {
+    const auto first = presets().presets.get().front();
+    presets().activate(presets().duplicatePreset(first));
+    panel.settle();
+    EXPECT_EQ(names(2), (Names{"R&B", "R&B Copy"}));
     item("PresetPill", 1)->forceActiveFocus(Qt::TabFocusReason);
     panel.settle(50);
     for (const auto key : {Qt::Key_Menu, Qt::Key_Down, Qt::Key_Down, Qt::Key_Return}) {
