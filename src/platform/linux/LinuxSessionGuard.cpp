@@ -26,7 +26,7 @@ constexpr MainQueue::Duration kLongestDelay = 60s;
 } // namespace
 
 LinuxSessionGuard::LinuxSessionGuard(MainQueue& queue, SystemLog& log,
-                                     std::filesystem::path directory)
+                                     const std::filesystem::path& directory)
     : queue_(queue), log_(log), delay_(kFirstDelay) {
     const char* other = std::getenv(kVariable);
     program_ = other != nullptr ? other : helperProgram(directory, kProgram);

@@ -21,7 +21,7 @@ class SystemLog;
 class LinuxSessionGuard {
   public:
     /// `directory` is the one of the application's own program. Queue and log must outlive this.
-    LinuxSessionGuard(MainQueue& queue, SystemLog& log, std::filesystem::path directory);
+    LinuxSessionGuard(MainQueue& queue, SystemLog& log, const std::filesystem::path& directory);
     /// Dismisses it.
     ~LinuxSessionGuard();
     LinuxSessionGuard(const LinuxSessionGuard&) = delete;
