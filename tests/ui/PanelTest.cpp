@@ -56,8 +56,7 @@ TEST_F(PanelTest, PickerOffersRealDevicesAndShowsWhatIsChosenElsewhere) {
 
 TEST_F(PanelTest, LongListOfOutputsScrollsWithTheKeyboard) {
     for (int index = 1; index <= 30; ++index)
-        (void)machine.fake().audioHardware.add("extra" + std::to_string(index),
-                                               "Output " + std::to_string(index));
+        (void)machine.fake().audioHardware.add(std::to_string(index), std::to_string(index));
     machine.advance(std::chrono::seconds(1));
     panel.named("Output")->forceActiveFocus(Qt::TabFocusReason);
     panel.type(Qt::Key_Space, " ");
@@ -81,7 +80,7 @@ TEST_F(PanelTest, LongListOfOutputsScrollsWithTheKeyboard) {
     EXPECT_TRUE(isSeen(31));
     panel.type(Qt::Key_Return);
     EXPECT_FALSE(panel.menu());
-    EXPECT_EQ(delegate().deviceManager().selectedDeviceID.get(), "extra30");
+    EXPECT_EQ(delegate().deviceManager().selectedDeviceID.get(), "30");
 }
 
 TEST_F(PanelTest, ChangesMadeElsewhereShowAtOnce) {
@@ -118,8 +117,9 @@ TEST_F(PanelTest, VolumeRowReadsAsTheDesktopsMixer) {
         ASSERT_TRUE(row);
         EXPECT_EQ(row->findChild<QObject*>("percentage")->property("text").toString(), "50%");
         auto* const slider = other.named("Volume");
-        for (const double way : {0.25, 0.5})
-            slider->setProperty("value", way);
+        slider->setProperty("value", 0.25);
+        EXPECT_LT(presets().outputVolume.get(), half);
+        slider->setProperty("value", 0.5);
         EXPECT_FLOAT_EQ(presets().outputVolume.get(), half);
     }
 }

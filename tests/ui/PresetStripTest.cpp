@@ -43,12 +43,15 @@ TEST_F(PanelTest, DraggedPresetTakesThePlaceOfEachThatItEnters) {
 TEST_F(PanelTest, DragThatEndsElsewhereLeavesNoPillBehind) {
     auto* const dragged = item("PresetPill", 0);
     const auto start = OfflinePanel::middle(dragged);
-    panel.press(start);
-    panel.move(start + QPointF(12, 0));
-    panel.move(start + QPointF(12, 150));
-    panel.release(start + QPointF(12, 150));
-    panel.settle();
-    EXPECT_FLOAT_EQ(static_cast<float>(dragged->opacity()), 1);
+    const QPointF gap(dragged->width() / 2 + 4, 0); // between two pills
+    for (const auto& place : {QPointF(12, 150), gap}) {
+        panel.press(start);
+        panel.move(start + QPointF(12, 0));
+        panel.move(start + place);
+        panel.release(start + place);
+        panel.settle();
+        EXPECT_FLOAT_EQ(static_cast<float>(dragged->opacity()), 1);
+    }
     EXPECT_EQ(names(2), (Names{"R&B", "Hip-Hop"}));
 }
 
