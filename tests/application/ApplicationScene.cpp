@@ -1,5 +1,5 @@
 #include "application/ApplicationScene.h"
-#include "application/SessionPrograms.h"
+#include "support/SessionPrograms.h"
 
 #include "base/NumberText.h"
 #include "demo/QuitRequest.h"

@@ -1,5 +1,5 @@
 #include "application/ApplicationScene.h"
-#include "application/SessionPrograms.h"
+#include "support/SessionPrograms.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,7 @@
 #include "driver_session/DriverScene.h"
 
+#include "support/SessionPrograms.h"
+
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
@@ -56,14 +58,7 @@ void DriverScene::installDropIn() {
 }
 
 std::vector<int> DriverScene::processes(const std::string& name) const {
-    std::vector<int> found;
-    for (const auto& entry : fs::directory_iterator("/proc")) {
-        if (contentsOf(entry.path() / "comm") != name + "\n") continue;
-        const auto environment = contentsOf(entry.path() / "environ");
-        if (!environment.contains(session_->directory())) continue;
-        found.push_back(std::stoi(entry.path().filename()));
-    }
-    return found;
+    return processesOf(session_->directory(), name);
 }
 
 bool DriverScene::isUp() {

@@ -38,7 +38,7 @@ bool ScreenProbe::isChanged() const {
     if (now.size() != before_.size()) return false;
     std::size_t different = 0;
     for (std::size_t n = 0; n < now.size(); ++n)
-        different += now[n] != before_[n] ? 1 : 0;
+        different += now[n] != before_[n] ? 1U : 0U;
     return 2 * different > now.size();
 }
 

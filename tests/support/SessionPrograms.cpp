@@ -1,4 +1,4 @@
-#include "application/SessionPrograms.h"
+#include "support/SessionPrograms.h"
 
 #include <filesystem>
 #include <fstream>
