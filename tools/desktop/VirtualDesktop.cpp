@@ -61,8 +61,7 @@ void VirtualDesktop::startScreen() {
     if (!PrivateSession::waitFor([this] { return screen_->standardOutput().ends_with('\n'); })) {
         throw std::runtime_error("no virtual screen: " + screen_->standardError());
     }
-    display_ = ":";
-    display_ += screen_->standardOutput();
+    display_.assign(1, ':').append(screen_->standardOutput());
     display_.pop_back();
 }
 
