@@ -8,6 +8,7 @@
 #include <QScreen>
 #include <QSystemTrayIcon>
 
+#include <chrono>
 #include <utility>
 
 namespace halvo {
@@ -15,6 +16,8 @@ namespace halvo {
 namespace {
 
 constexpr double kHeight = 22;
+/// Each picture is fetched over the bus, which costs more than drawing it: every second tick's is.
+constexpr std::chrono::milliseconds kShortestPicture{50};
 constexpr int kUntilTray = 1000; // milliseconds; a watcher that is there has answered by then
 
 /// Where an item is before anybody has clicked it: at the end of the desktop's bar.
@@ -93,14 +96,21 @@ void LinuxStatusItem::display() {
     displayPending_ = false;
     if (!draw_ || !isSeen()) return;
     auto picture = draw_(size_);
-    if (shown_ == picture) return;
+    if (shown_ == picture || isTooSoon(picture)) return;
     const QSize size(static_cast<int>(size_.width), static_cast<int>(size_.height));
     const auto image = StatusPainter::paint(picture, size, qGuiApp->devicePixelRatio(), tones_);
     const bool same = shown_ && image == image_;
     const bool wasLive = isLive();
     shown_ = std::move(picture);
+    shownAt_ = std::chrono::steady_clock::now();
     if (!same) showImage(image);
     if (!wasLive && isLive() && onLive) onLive();
+}
+
+/// The next tick brings another picture of the moving kind; any other is shown at once.
+bool LinuxStatusItem::isTooSoon(const StatusPicture& picture) const {
+    return isLive() && !tray_ && picture.kind == StatusPicture::Kind::envelope &&
+           std::chrono::steady_clock::now() - shownAt_ < kShortestPicture;
 }
 
 void LinuxStatusItem::showImage(const QImage& image) {

@@ -9,6 +9,7 @@
 #include <QPointer>
 #include <QTimer>
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -47,6 +48,7 @@ class LinuxStatusItem final : public QObject, public StatusItem {
   private:
     bool isSeen() const;
     void display();
+    bool isTooSoon(const StatusPicture& picture) const;
     void showImage(const QImage& image);
     void takeClick(QPoint place);
     void showMenu(QPoint place);
@@ -65,6 +67,7 @@ class LinuxStatusItem final : public QObject, public StatusItem {
     StatusTones tones_;
     bool displayPending_ = false;
     std::optional<StatusPicture> shown_; ///< what the desktop has; nothing: to be drawn anew
+    std::chrono::steady_clock::time_point shownAt_;
     QImage image_;
 };
 
