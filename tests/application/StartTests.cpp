@@ -1,6 +1,7 @@
 #include "application/ApplicationScene.h"
 #include "support/SessionPrograms.h"
 
+#include <chrono>
 #include <gtest/gtest.h>
 
 #include <csignal>
@@ -8,6 +9,7 @@
 
 using namespace halvo::test;
 using halvo::session::PrivateSession;
+using Clock = std::chrono::steady_clock;
 
 namespace {
 
@@ -127,16 +129,21 @@ TEST(ApplicationStart, ADriverThatIsKilledAndComesBackGoesOn) {
 TEST(ApplicationStart, AVirtualDeviceThatIsNotLetBeDefaultIsGivenUpAndTriedAgainLater) {
     ApplicationScene scene;
     scene.startDriver();
-    // Another program insists on the speakers.
+    // Another program insists on the speakers, each time that they are no longer the default.
     auto rival = scene.session().spawn(
         {"sh", "-c",
-         "while :; do pw-metadata 0 default.configured.audio.sink '{\"name\":\"acc.a\"}' "
-         "Spa:String:JSON; done >/dev/null"});
+         "while :; do pw-metadata 0 default.audio.sink | grep -q HalvoVirtual && pw-metadata 0 "
+         "default.configured.audio.sink '{\"name\":\"acc.a\"}' Spa:String:JSON; done >/dev/null"});
     ASSERT_TRUE(rival);
     scene.startApplication();
     EXPECT_TRUE(scene.prints("Halvo: WARNING - Could not switch to Halvo Virtual Output"));
     EXPECT_TRUE(scene.application().isRunning());
     rival->reset();
+    // Each change that it made has its own second try; the last has come once a second passes so.
+    ASSERT_TRUE(PrivateSession::waitFor([&, since = Clock::now()]() mutable {
+        if (scene.session().defaultSink() != kVirtualSink) since = Clock::now();
+        return Clock::now() - since > std::chrono::seconds(1);
+    }));
     ASSERT_TRUE(scene.session().setDefault(kHeadphones));
     EXPECT_TRUE(
         PrivateSession::waitFor([&] { return scene.session().defaultSink() == kVirtualSink; }));
