@@ -106,6 +106,10 @@ void PanelContent::setShown(bool shown) {
     parts_->view->setProperty("shown", shown);
 }
 
+void PanelContent::setFramed(bool framed) {
+    parts_->view->setProperty("framed", framed);
+}
+
 void PanelContent::followBands() {
     parts_->bands.setFollowed(parts_->view->property("bandsVisible").toBool());
 }

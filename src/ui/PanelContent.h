@@ -51,6 +51,9 @@ class PanelContent final : public QObject {
     /// Tells whether anybody can see the panel: while nobody can, the spectrum is not followed.
     void setShown(bool shown);
 
+    /// Square corners and no border of its own, for a window in a frame of the desktop's.
+    void setFramed(bool framed);
+
     void setSystemAppearance(const SystemAppearance& appearance);
 
     /// Whether a place on the screen lies in an open menu: a press there is none outside the panel.

@@ -118,6 +118,7 @@ void QtPanelWindow::orderFront(PanelStyle style) {
         window_->setFlags(flagsOf(style));
         if (style == PanelStyle::window) center(*window_);
     }
+    content_->setFramed(style_ == PanelStyle::window);
     roundCorners();
     setShown(true);
     window_->show();

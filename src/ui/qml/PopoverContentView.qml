@@ -9,6 +9,9 @@ FocusScope {
     readonly property bool bandsVisible: shown && showAdvanced
     required property Devices devices
     required property Equalizer equalizer
+
+    // Whether the desktop draws a frame around the window, whose corners are square then.
+    property bool framed: false
     required property NowPlaying nowPlaying
     required property Presets presets
     required property Settings settings
@@ -69,9 +72,9 @@ FocusScope {
     }
     Rectangle {
         anchors.fill: parent
-        border.color: root.settings.hasPanelMaterial ? "transparent" : Theme.border
+        border.color: root.settings.hasPanelMaterial || root.framed ? "transparent" : Theme.border
         color: root.settings.hasPanelMaterial ? "transparent" : Theme.background
-        radius: Theme.panelRadius
+        radius: root.framed ? 0 : Theme.panelRadius
 
         // A press beside the controls ends what is being typed.
         TapHandler {
