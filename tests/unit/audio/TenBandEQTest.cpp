@@ -69,7 +69,8 @@ TEST(TenBandEQ, EachBandGivesItsGainAtItsCentre) {
             eq.setBands(gains);
             // Single-precision coefficients are off by up to 0.12 dB at the lowest centre.
             const double tolerance = band == 0 ? 0.15 : 0.05;
-            EXPECT_NEAR(measuredGain(eq, kBandFrequencies[band], 48000), gain, tolerance)
+            EXPECT_NEAR(measuredGain(eq, static_cast<double>(kBandFrequencies[band]), 48000),
+                        static_cast<double>(gain), tolerance)
                 << kBandFrequencies[band] << " Hz";
             const double away = band < 5 ? 15000 : 20;
             EXPECT_NEAR(measuredGain(eq, away, 48000), 0, 0.2) << away << " Hz";
