@@ -214,6 +214,7 @@ TEST_F(RenderFailure, SignalsEndTheProcessAndLeaveNothingBehind) {
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
         EXPECT_EXIT(
             {
+                (void)std::signal(signal, SIG_DFL); // who started the tests may ignore it
                 const Interruption interruption;
                 const auto result =
                     renderFile(options, {}, [&](std::int64_t done, std::int64_t total) {
