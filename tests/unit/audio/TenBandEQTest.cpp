@@ -141,7 +141,7 @@ TEST(TenBandEQ, AFlatBandDrainsItsMemory) {
     eq.setBands(gains);
     std::vector<float> tone(2000);
     for (std::size_t i = 0; i < tone.size(); ++i)
-        tone[i] = std::sin(static_cast<float>(i / 2) * 0.13F);
+        tone[i] = std::sin(static_cast<float>(i - i % 2) * 0.065F);
     eq.process(tone.data(), 1000);
     const std::vector<float> flat(kBandCount, 0.0F);
     eq.setBands(flat);
