@@ -1,6 +1,6 @@
 # What one does here. Each first installs what it lacks (Debian 12).
 .PHONY: run demo test check check-macos bench package uninstall
-house := tools/house
+house := scripts
 
 # With a desktop and a sound server: the equalizer itself. Without: the demonstration.
 run:

@@ -3,7 +3,7 @@
 #include "BenchSound.h"
 #include "Statistics.h"
 #include "audio/AudioEngine.h"
-#include "platform/fake/FakePlatform.h"
+#include "fake/FakePlatform.h"
 
 #include <nlohmann/json.hpp>
 

@@ -3,7 +3,7 @@
 #include "audio/AudioEngine.h"
 #include "audio/BiquadCascade.h"
 #include "audio/RealFFT.h"
-#include "platform/fake/FakePlatform.h"
+#include "fake/FakePlatform.h"
 #include "support/PlainCascade.h"
 
 #include <cstdint>

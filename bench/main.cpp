@@ -6,7 +6,7 @@
 #include "SessionMeasurement.h"
 #include "demo/Progress.h"
 #include "demo/SoundFile.h"
-#include "session/Janitor.h"
+#include "session/SessionCleanup.h"
 
 #include <QCoreApplication>
 
@@ -47,17 +47,17 @@ class Workshop {
         std::string path =
             (fits ? fs::path("/dev/shm") : fs::temp_directory_path()) / "halvo-bench-XXXXXX";
         if (::mkdtemp(path.data()) == nullptr) return nullptr;
-        auto janitor = halvo::session::Janitor::start(path, "/halvo_bench_none");
+        auto janitor = halvo::session::SessionCleanup::start(path, "/halvo_bench_none");
         if (!janitor) return nullptr;
         return std::unique_ptr<Workshop>(new Workshop(path, std::move(*janitor)));
     }
     const std::string& folder() const { return folder_; }
 
   private:
-    Workshop(std::string folder, std::unique_ptr<halvo::session::Janitor> janitor)
+    Workshop(std::string folder, std::unique_ptr<halvo::session::SessionCleanup> janitor)
         : folder_(std::move(folder)), janitor_(std::move(janitor)) {}
     std::string folder_;
-    std::unique_ptr<halvo::session::Janitor> janitor_;
+    std::unique_ptr<halvo::session::SessionCleanup> janitor_;
 };
 
 constexpr const char* kParts[] = {"render", "callback", "session", "desktop", "peers"};

@@ -1,6 +1,6 @@
 #include "driver/RingWriter.h"
 
-#include "platform/posix/MappingGuard.h"
+#include "posix/MappingGuard.h"
 
 #include <algorithm>
 #include <bit>
@@ -188,7 +188,7 @@ void RingWriter::write(const float* samples, std::size_t frames) noexcept HALVO_
     storeShared(header_->writeIndex, end);
 }
 
-ReaderPace::Indices RingWriter::indices() const noexcept HALVO_REALTIME {
+BacklogLimiter::Indices RingWriter::indices() const noexcept HALVO_REALTIME {
     return {writeIndex_, loadShared(header_->readIndex)};
 }
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "audio/RingLayout.h"
+#include "platform/RingLayout.h"
 #include "base/Realtime.h"
-#include "driver/ReaderPace.h"
+#include "driver/BacklogLimiter.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -50,7 +50,7 @@ class RingWriter {
     void write(const float* samples, std::size_t frames) noexcept HALVO_REALTIME;
 
     /// How far writer and reader are. Audio thread.
-    ReaderPace::Indices indices() const noexcept HALVO_REALTIME;
+    BacklogLimiter::Indices indices() const noexcept HALVO_REALTIME;
 
     /// Whether the mapping is still the object that the name stands for, whole and as published.
     bool isCurrent() const;

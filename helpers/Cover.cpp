@@ -1,6 +1,6 @@
 #include "Cover.h"
 
-#include "platform/posix/FileDescriptor.h"
+#include "posix/FileDescriptor.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -1,7 +1,7 @@
 #include "app/AppDelegate.h"
 #include "platform/MainQueue.h"
-#include "platform/PlatformFactory.h"
-#include "platform/qt/ApplicationObject.h"
+#include "PlatformFactory.h"
+#include "qt/ApplicationObject.h"
 
 #include <QCoreApplication>
 

@@ -1,7 +1,7 @@
 #include "driver/linux/CaptureStream.h"
 
 #include "driver/RingWriter.h"
-#include "driver/linux/TurnLink.h"
+#include "driver/linux/CycleOrderLink.h"
 #include "driver/linux/VirtualSink.h"
 
 #include <algorithm>
@@ -19,7 +19,7 @@ constexpr std::size_t kFrameSize = RingWriter::kChannels * sizeof(float);
 
 } // namespace
 
-CaptureStream::CaptureStream(pw_core* core, RingWriter& ring, const TurnLink& turn,
+CaptureStream::CaptureStream(pw_core* core, RingWriter& ring, const CycleOrderLink& turn,
                              std::uint32_t rate, Changed changed)
     : ring_(ring), turn_(turn), rate_(rate), changed_(std::move(changed)) {
     static const pw_stream_events events = [] {
@@ -104,7 +104,7 @@ void CaptureStream::handOver(const spa_data& data) noexcept {
     const auto* bytes = static_cast<const std::byte*>(data.data) + offset;
     const auto* samples = reinterpret_cast<const float*>(bytes);
     const std::size_t frames = size / kFrameSize;
-    const auto turn = turn_.isMade() ? ReaderPace::Turn::afterWriter : ReaderPace::Turn::anyTime;
+    const auto turn = turn_.isMade() ? BacklogLimiter::Turn::afterWriter : BacklogLimiter::Turn::anyTime;
     if (pace_.takes(samples, frames, ring_.indices(), turn)) ring_.write(samples, frames);
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/Realtime.h"
-#include "driver/ReaderPace.h"
+#include "driver/BacklogLimiter.h"
 
 #include <cstdint>
 #include <functional>
@@ -10,7 +10,7 @@
 namespace halvo::driver {
 
 class RingWriter;
-class TurnLink;
+class CycleOrderLink;
 
 /// Listens to what is played into the virtual sink, before its volume, and hands every frame to
 /// the ring. Does not keep the sink awake while nobody plays. Main loop only; the frames pass on
@@ -22,7 +22,7 @@ class CaptureStream {
     using Changed = std::function<void(State)>;
 
     /// Connects at `rate` frames per second.
-    CaptureStream(pw_core* core, RingWriter& ring, const TurnLink& turn, std::uint32_t rate,
+    CaptureStream(pw_core* core, RingWriter& ring, const CycleOrderLink& turn, std::uint32_t rate,
                   Changed changed);
     ~CaptureStream();
     CaptureStream(const CaptureStream&) = delete;
@@ -39,8 +39,8 @@ class CaptureStream {
     void handOver(const spa_data& data) noexcept;
 
     RingWriter& ring_;
-    const TurnLink& turn_;
-    ReaderPace pace_; // data thread only
+    const CycleOrderLink& turn_;
+    BacklogLimiter pace_; // data thread only
     const std::uint32_t rate_;
     Changed changed_;
     pw_stream* stream_;

@@ -1,6 +1,6 @@
 #include "driver/linux/Driver.h"
 
-#include "platform/posix/RingName.h"
+#include "posix/RingName.h"
 
 #include <algorithm>
 #include <cerrno>

@@ -3,8 +3,8 @@
 #include "driver/RingWriter.h"
 #include "driver/linux/CaptureStream.h"
 #include "driver/linux/ClockRate.h"
-#include "driver/linux/KeeperWatch.h"
-#include "driver/linux/TurnLink.h"
+#include "driver/linux/SupervisorWatch.h"
+#include "driver/linux/CycleOrderLink.h"
 #include "driver/linux/VirtualSink.h"
 
 #include <chrono>
@@ -64,7 +64,7 @@ class Driver {
     pw_context* context_ = nullptr;
     spa_source* reconcileTimer_ = nullptr;
     spa_source* checkTimer_ = nullptr;
-    std::optional<KeeperWatch> keeperWatch_;
+    std::optional<SupervisorWatch> keeperWatch_;
     int status_ = 0;
     bool saidNoServer_ = false;
     bool saidNoRing_ = false;
@@ -81,7 +81,7 @@ class Driver {
     bool captureEnded_ = false;
     std::optional<ClockRate> clock_;
     std::optional<VirtualSink> sink_;
-    std::optional<TurnLink> turnLink_;
+    std::optional<CycleOrderLink> turnLink_;
 
     std::unique_ptr<RingWriter> ring_;
     std::optional<CaptureStream> capture_; // uses the ring, so it goes first

@@ -1,6 +1,6 @@
 #include "driver/macos/PlugIn.h"
 
-#include "audio/RingLayout.h"
+#include "platform/RingLayout.h"
 
 #include <array>
 #include <dispatch/dispatch.h>

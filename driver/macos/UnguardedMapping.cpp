@@ -1,7 +1,7 @@
 // The ring's mapping in this host: a shared object keeps the size that it was given once, so there
 // is nothing to guard, and the host's signal handlers are its own.
 
-#include "platform/posix/MappingGuard.h"
+#include "posix/MappingGuard.h"
 
 namespace halvo {
 

@@ -3,7 +3,7 @@
 #include "base/Realtime.h"
 #include "driver/RingWriter.h"
 #include "driver/macos/FrameClock.h"
-#include "driver/macos/ReaderStride.h"
+#include "driver/macos/FreeRunningBacklogLimiter.h"
 
 #include <array>
 #include <atomic>
@@ -72,7 +72,7 @@ class VirtualDevice {
     std::unique_ptr<RingWriter> owned_;
     std::string problem_;
     std::atomic<RingWriter*> ring_{nullptr}; ///< replaced only while no I/O runs
-    ReaderStride stride_;                    // audio thread only
+    FreeRunningBacklogLimiter stride_;                    // audio thread only
 };
 
 } // namespace halvo::driver

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "EventSource.h"
-#include "platform/linux/SpawnedChild.h"
-#include "platform/posix/FileDescriptor.h"
+#include "linux/process/SpawnedChild.h"
+#include "posix/FileDescriptor.h"
 
 #include <cstdint>
 #include <functional>

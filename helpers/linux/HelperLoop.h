@@ -6,7 +6,7 @@
 #include "LineWriter.h"
 #include "PlayerTable.h"
 #include "PlayerWatch.h"
-#include "platform/posix/FileDescriptor.h"
+#include "posix/FileDescriptor.h"
 
 #include <cstdint>
 #include <memory>

@@ -1,6 +1,6 @@
 #include "PlayerCommand.h"
 
-#include "platform/linux/mpris/PlayerSurvey.h"
+#include "linux/mpris/PlayerSurvey.h"
 
 #include <array>
 #include <cstdlib>

@@ -1,6 +1,6 @@
 #include "PlayerTable.h"
 
-#include "platform/linux/mpris/Player.h"
+#include "linux/mpris/Player.h"
 
 #include <tuple>
 #include <utility>

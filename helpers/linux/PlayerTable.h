@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/linux/mpris/PlayerState.h"
+#include "linux/mpris/PlayerState.h"
 
 #include <cstdint>
 #include <map>

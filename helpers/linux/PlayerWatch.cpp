@@ -1,7 +1,7 @@
 #include "PlayerWatch.h"
 
-#include "platform/linux/mpris/HelperService.h"
-#include "platform/linux/mpris/Player.h"
+#include "linux/mpris/HelperService.h"
+#include "linux/mpris/Player.h"
 
 #include <optional>
 #include <string_view>

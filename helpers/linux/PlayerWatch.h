@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/linux/mpris/BusHandles.h"
-#include "platform/linux/mpris/PlayerState.h"
+#include "linux/mpris/BusHandles.h"
+#include "linux/mpris/PlayerState.h"
 
 #include <functional>
 #include <map>

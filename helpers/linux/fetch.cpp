@@ -1,7 +1,7 @@
 // halvo-cover-fetch URL: writes what the address holds to standard output, or nothing and fails.
 
 #include "Cover.h"
-#include "platform/posix/FileDescriptor.h"
+#include "posix/FileDescriptor.h"
 
 #include <csignal>
 #include <cstdlib>

@@ -1,6 +1,6 @@
 #include "helpers/macos/NowPlayingLoop.h"
 
-#include "platform/posix/FileDescriptor.h"
+#include "posix/FileDescriptor.h"
 
 #include <chrono>
 #include <csignal>

@@ -63,7 +63,7 @@ void AppDelegate::applicationWillTerminate() {
     platform_.audioHardware.silenceListeners();
     cancellables_.clear();
     removePanel();
-    giveOutputBack();
+    restoreOutput();
     SavedSession::clear(platform_.userDefaults);
     nowPlayingMonitor_.stopHelperProcess();
     nowPlayingMonitor_.stopAppleScriptPolling();

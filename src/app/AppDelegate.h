@@ -64,7 +64,7 @@ class AppDelegate : public std::enable_shared_from_this<AppDelegate> {
     void checkDriver();
     void logDevices();
     void restoreDirtySession();
-    void giveOutputBack();
+    void restoreOutput();
     static void restoreVolumeStatic(AudioHardware& hardware, const std::string& uid, float volume);
 
     // The item and the panel that hangs from it: AppDelegatePanel.cpp.

@@ -1,7 +1,7 @@
 #include "app/AppDelegate.h"
 
 #include "app/RealDevices.h"
-#include "audio/RingLayout.h"
+#include "platform/RingLayout.h"
 #include "platform/AudioHardware.h"
 #include "platform/MainQueue.h"
 #include "platform/SharedMemory.h"

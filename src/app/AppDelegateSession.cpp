@@ -38,7 +38,7 @@ void AppDelegate::restoreDirtySession() {
     SavedSession::clear(platform_.userDefaults);
 }
 
-void AppDelegate::giveOutputBack() {
+void AppDelegate::restoreOutput() {
     if (!originalOutputUID_) return;
     auto& hardware = platform_.audioHardware;
     const auto device = hardware.deviceForUID(*originalOutputUID_);

@@ -3,7 +3,7 @@
 #include "audio/AudioMeter.h"
 #include "platform/ScreenRect.h"
 #include "platform/StatusPicture.h"
-#include "settings/Color.h"
+#include "base/Color.h"
 
 #include <functional>
 #include <optional>

@@ -6,7 +6,7 @@
 #include "audio/SpectrumAnalyzer.h"
 #include "base/Realtime.h"
 #include "platform/OutputUnit.h"
-#include "presets/EQPreset.h"
+#include "base/EQPreset.h"
 
 #include <atomic>
 #include <functional>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/Published.h"
-#include "presets/EQPreset.h"
+#include "base/EQPreset.h"
 
 #include <cstddef>
 #include <filesystem>

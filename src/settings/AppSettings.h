@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/Published.h"
-#include "settings/Color.h"
+#include "base/Color.h"
 #include "settings/SavedColor.h"
 
 #include <array>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/UUID.h"
-#include "settings/Color.h"
+#include "base/Color.h"
 
 #include <QColor>
 #include <QString>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "audio/RingLayout.h"
+#include "platform/RingLayout.h"
 
 #include <cstddef>
 #include <cstdint>

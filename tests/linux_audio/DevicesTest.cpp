@@ -1,5 +1,5 @@
 #include "linux_audio/ServerFixture.h"
-#include "platform/linux/PipeWireGraph.h"
+#include "linux/pipewire/PipeWireGraph.h"
 #include "session/Player.h"
 
 #include <algorithm>

@@ -1,5 +1,5 @@
-#include "platform/fake/FakeMainQueue.h"
-#include "platform/linux/PipeWireListeners.h"
+#include "fake/FakeMainQueue.h"
+#include "linux/pipewire/PipeWireListeners.h"
 
 #include <gtest/gtest.h>
 #include <thread>

@@ -1,6 +1,6 @@
 #include "linux_audio/ServerFixture.h"
 #include "linux_audio/TestSignal.h"
-#include "platform/linux/PipeWireOutputUnit.h"
+#include "linux/pipewire/PipeWireOutputUnit.h"
 #include "session/Recorder.h"
 
 #include <thread>

@@ -1,5 +1,5 @@
 #include "linux_audio/TestSignal.h"
-#include "platform/linux/PipeWireRenderer.h"
+#include "linux/pipewire/PipeWireRenderer.h"
 
 #include <cmath>
 #include <gtest/gtest.h>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "platform/fake/FakeMainQueue.h"
-#include "platform/linux/PipeWireAudioHardware.h"
-#include "platform/linux/PipeWireConnection.h"
+#include "fake/FakeMainQueue.h"
+#include "linux/pipewire/PipeWireAudioHardware.h"
+#include "linux/pipewire/PipeWireConnection.h"
 #include "session/PrivateSession.h"
 
 #include <functional>

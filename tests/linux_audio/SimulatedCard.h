@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/linux/PipeWireHandles.h"
-#include "platform/linux/PipeWireParams.h"
+#include "linux/pipewire/PipeWireHandles.h"
+#include "linux/pipewire/PipeWireParams.h"
 
 #include <cstdint>
 #include <mutex>

@@ -72,7 +72,7 @@ BusScene::BusScene(Bus bus) {
     directory_ = (std::filesystem::temp_directory_path() / "halvo-session-XXXXXX").string();
     if (::mkdtemp(directory_.data()) == nullptr) throw std::runtime_error("no temporary folder");
     const std::string ring = "/halvo_session_" + directory_.substr(directory_.size() - 6);
-    auto janitor = session::Janitor::start(directory_, ring);
+    auto janitor = session::SessionCleanup::start(directory_, ring);
     if (!janitor) throw std::runtime_error(janitor.error());
     janitor_ = std::move(*janitor);
     environment_ = session::sessionEnvironment(directory_, ring, true);

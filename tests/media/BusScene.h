@@ -1,8 +1,8 @@
 #pragma once
 
 #include "media/ScriptedPlayer.h"
-#include "platform/linux/SpawnedChild.h"
-#include "session/Janitor.h"
+#include "linux/process/SpawnedChild.h"
+#include "session/SessionCleanup.h"
 #include "session/SpawnedProgram.h"
 
 #include <nlohmann/json_fwd.hpp>
@@ -71,7 +71,7 @@ class BusScene {
     std::string directory_;
     std::vector<std::string> environment_;
     std::vector<std::pair<std::string, std::optional<std::string>>> outer_; ///< this process's own
-    std::unique_ptr<session::Janitor> janitor_;
+    std::unique_ptr<session::SessionCleanup> janitor_;
     std::unique_ptr<session::SpawnedProgram> bus_;
 };
 

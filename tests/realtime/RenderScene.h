@@ -2,9 +2,9 @@
 
 #include "audio/AudioEngine.h"
 #include "driver/RingWriter.h"
-#include "platform/fake/FakePlatform.h"
-#include "platform/linux/OutputGate.h"
-#include "platform/linux/PipeWireRenderer.h"
+#include "fake/FakePlatform.h"
+#include "loudness/OutputGate.h"
+#include "linux/pipewire/PipeWireRenderer.h"
 
 #include <atomic>
 #include <cstdint>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/MainQueue.h"
-#include "platform/linux/AudioServer.h"
+#include "loudness/AudioServer.h"
 
 #include <chrono>
 #include <functional>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/linux/StatusNotifierItem.h"
+#include "linux/desktop/StatusNotifierItem.h"
 
 #include <QDBusObjectPath>
 #include <QDBusVariant>

@@ -1,6 +1,6 @@
 #include "media/ScriptedPlayer.h"
 
-#include "platform/linux/mpris/Player.h"
+#include "linux/mpris/Player.h"
 
 #include <poll.h>
 #include <string_view>

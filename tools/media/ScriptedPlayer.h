@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/linux/mpris/BusHandles.h"
+#include "linux/mpris/BusHandles.h"
 
 #include <atomic>
 #include <cstdint>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "app/AppDelegate.h"
-#include "platform/fake/FakePlatform.h"
+#include "fake/FakePlatform.h"
 #include "ui/PanelContent.h"
 
 #include <memory>

@@ -1,6 +1,6 @@
 #include "render/CheckedOutput.h"
 
-#include "platform/posix/FileDescriptor.h"
+#include "posix/FileDescriptor.h"
 
 #include <cerrno>
 #include <cstddef>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "audio/EqualizerStage.h"
-#include "presets/EQPreset.h"
+#include "base/EQPreset.h"
 
 #include <cstdint>
 #include <expected>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "presets/EQPreset.h"
+#include "base/EQPreset.h"
 
 #include <cstdint>
 #include <expected>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/posix/FileDescriptor.h"
+#include "posix/FileDescriptor.h"
 #include "render/WavFormat.h"
 
 #include <cstdint>

@@ -1,4 +1,4 @@
-#include "platform/linux/XdgDirectories.h"
+#include "linux/files/XdgDirectories.h"
 #include "render/Interruption.h"
 #include "render/Options.h"
 #include "render/PresetChoice.h"

@@ -1,6 +1,6 @@
 #include "session/PrivateSession.h"
 
-#include "session/Janitor.h"
+#include "session/SessionCleanup.h"
 #include "session/ServerView.h"
 #include "session/SessionFiles.h"
 
@@ -89,7 +89,7 @@ std::optional<std::string> PrivateSession::prepareDirectory() {
     if (!made) return "no temporary directory can be made";
     directory_ = *made;
     ringName_ = "/halvo_session_" + directory_.substr(directory_.size() - 6);
-    auto janitor = Janitor::start(directory_, ringName_);
+    auto janitor = SessionCleanup::start(directory_, ringName_);
     if (!janitor) {
         (void)::rmdir(directory_.c_str());
         return janitor.error();

@@ -2,13 +2,13 @@
 
 #include "app/AppDelegate.h"
 #include "app/SavedSession.h"
-#include "platform/linux/JsonUserDefaults.h"
-#include "platform/linux/LoudnessGuard.h"
-#include "platform/linux/PipeWireAudioHardware.h"
-#include "platform/linux/PipeWireConnection.h"
-#include "platform/linux/RaisedDevicesRecord.h"
-#include "platform/linux/SessionLock.h"
-#include "platform/posix/AtomicFile.h"
+#include "linux/files/JsonUserDefaults.h"
+#include "loudness/LoudnessGuard.h"
+#include "linux/pipewire/PipeWireAudioHardware.h"
+#include "linux/pipewire/PipeWireConnection.h"
+#include "loudness/RaisedDevicesRecord.h"
+#include "linux/files/SessionLock.h"
+#include "posix/AtomicFile.h"
 
 #include <cstddef>
 #include <thread>
@@ -57,7 +57,7 @@ SessionRestore::Result SessionRestore::run(milliseconds longest) {
         if (!lock) return Result::running;
         // What it found raised stands in no other place any more.
         if (isRepeated && record) (void)AtomicFile::write(path, *record); // or the default alone
-        if (!giveBack(server)) continue;
+        if (!restoreDevice(server)) continue;
         lock.reset();
         if (isWrittenDown(*connection)) return Result::done;
         isRepeated = true;
@@ -78,8 +78,8 @@ bool SessionRestore::hasRecord() {
            !RaisedDevicesRecord(RaisedDevicesRecord::standardPath(), nullptr).isEmpty();
 }
 
-bool SessionRestore::giveBack(AudioServer& server) {
-    const auto hardware = LoudnessGuard::forGiveBack(server, RaisedDevicesRecord::standardPath());
+bool SessionRestore::restoreDevice(AudioServer& server) {
+    const auto hardware = LoudnessGuard::forRestore(server, RaisedDevicesRecord::standardPath());
     AppDelegate::handleTermination(*hardware,
                                    JsonUserDefaults::readOnly(JsonUserDefaults::standardPath()));
     return hardware->leaveVirtualDevice();

@@ -23,7 +23,7 @@ class SessionRestore {
 
   private:
     static bool hasRecord();
-    static bool giveBack(AudioServer& server);
+    static bool restoreDevice(AudioServer& server);
     /// Waits; false when the server went before its session manager will have kept the levels.
     static bool isWrittenDown(PipeWireConnection& connection);
 };

@@ -16,8 +16,8 @@ constexpr const char* kUsage =
     "Usage: halvo-session-guard\n"
     "Started by Halvo with a pipe as its standard input. When that breaks without a word, Halvo "
     "has\n"
-    "ended badly, and halvo-give-back gives the sound devices back in its place.\n";
-constexpr const char* kGiveBack = "halvo-give-back";
+    "ended badly, and halvo-restore gives the sound devices back in its place.\n";
+constexpr const char* kRestoreProgram = "halvo-restore";
 
 enum class End { orderly, bad, unknown };
 
@@ -57,7 +57,7 @@ int main() {
     case End::orderly:
         return EXIT_SUCCESS;
     case End::bad:
-        become(kGiveBack);
+        become(kRestoreProgram);
         break;
     case End::unknown:
         break;

@@ -1,5 +1,5 @@
 #include "audio/AudioMeter.h"
-#include "platform/fake/FakeMainQueue.h"
+#include "fake/FakeMainQueue.h"
 
 #include <gtest/gtest.h>
 

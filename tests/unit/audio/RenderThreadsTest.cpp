@@ -1,5 +1,5 @@
 #include "audio/AudioEngine.h"
-#include "platform/fake/FakePlatform.h"
+#include "fake/FakePlatform.h"
 
 #include <gtest/gtest.h>
 

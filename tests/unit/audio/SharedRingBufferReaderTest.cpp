@@ -1,5 +1,5 @@
 #include "audio/SharedRingBufferReader.h"
-#include "platform/fake/FakeSharedMemory.h"
+#include "fake/FakeSharedMemory.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 #include "devices/DeviceManager.h"
-#include "platform/fake/FakePlatform.h"
+#include "fake/FakePlatform.h"
 
 #include <gtest/gtest.h>
 

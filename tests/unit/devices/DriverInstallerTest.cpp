@@ -1,6 +1,6 @@
 #include "devices/DriverInstaller.h"
 #include "devices/DriverCopyCommand.h"
-#include "platform/fake/FakePlatform.h"
+#include "fake/FakePlatform.h"
 
 #include <gtest/gtest.h>
 

@@ -2,8 +2,8 @@
 #include "nowplaying/GenrePresetMapper.h"
 #include "nowplaying/LastFMClient.h"
 #include "nowplaying/SpotifyClient.h"
-#include "platform/fake/FakeUnicodeText.h"
-#include "platform/fake/FakeUserDefaults.h"
+#include "fake/FakeUnicodeText.h"
+#include "fake/FakeUserDefaults.h"
 #include "presets/PresetManager.h"
 #include "unit/nowplaying/NowPlayingFixture.h"
 

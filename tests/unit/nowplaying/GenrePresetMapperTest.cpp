@@ -1,5 +1,5 @@
 #include "nowplaying/GenrePresetMapper.h"
-#include "platform/qt/QtUnicodeText.h"
+#include "qt/QtUnicodeText.h"
 #include "presets/FactoryPresets.h"
 
 #include <gtest/gtest.h>

@@ -1,8 +1,8 @@
 #include "nowplaying/LastFMClient.h"
-#include "platform/fake/FakeMainQueue.h"
-#include "platform/fake/FakeProcesses.h"
-#include "platform/fake/FakeServices.h"
-#include "platform/qt/QtUnicodeText.h"
+#include "fake/FakeMainQueue.h"
+#include "fake/FakeProcesses.h"
+#include "fake/FakeServices.h"
+#include "qt/QtUnicodeText.h"
 
 #include <gtest/gtest.h>
 

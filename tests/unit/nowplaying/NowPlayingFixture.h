@@ -1,9 +1,9 @@
 #pragma once
 
 #include "nowplaying/NowPlayingMonitor.h"
-#include "platform/fake/FakeMainQueue.h"
-#include "platform/fake/FakeProcesses.h"
-#include "platform/fake/FakeServices.h"
+#include "fake/FakeMainQueue.h"
+#include "fake/FakeProcesses.h"
+#include "fake/FakeServices.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 #include "presets/PresetManager.h"
-#include "platform/fake/FakePlatform.h"
+#include "fake/FakePlatform.h"
 #include "presets/FactoryPresets.h"
 #include "presets/PresetCoding.h"
 

@@ -1,7 +1,7 @@
 #include "audio/AudioEngine.h"
 #include "demo/ExpectedResponse.h"
 #include "demo/TransferFunction.h"
-#include "platform/fake/FakePlatform.h"
+#include "fake/FakePlatform.h"
 #include "presets/FactoryPresets.h"
 #include "render/WavFormat.h"
 #include "unit/render/RenderScene.h"

@@ -1,5 +1,5 @@
 #include "settings/AppSettings.h"
-#include "platform/fake/FakeUserDefaults.h"
+#include "fake/FakeUserDefaults.h"
 
 #include <gtest/gtest.h>
 

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <pipewire/pipewire.h>
+
+namespace halvo::driver {
+
+/// Makes the server let the reader of the ring have its turn after the writer, in the same cycle: a
+/// link from the capture stream to a node that the reader offers for this. Without the link the
+/// reader plays what was written a cycle ago. Main loop only, but for `isMade`.
+class CycleOrderLink {
+  public:
+    explicit CycleOrderLink(pw_core* core) : core_(core) {}
+    ~CycleOrderLink();
+    CycleOrderLink(const CycleOrderLink&) = delete;
+    CycleOrderLink& operator=(const CycleOrderLink&) = delete;
+
+    /// To be told of every object of the server and of each that goes.
+    void consider(std::uint32_t id, const char* type, const spa_dict* properties);
+    void forget(std::uint32_t id);
+    /// The server refused object number `proxyId`; the next change tries again.
+    void refused(std::uint32_t proxyId);
+    /// Any thread.
+    bool isMade() const noexcept { return made_.load(std::memory_order_relaxed); }
+
+  private:
+    /// A node known by its name, and the first of its ports in one direction.
+    struct End {
+        const char* nodeName;
+        const char* direction;
+        std::uint32_t node = SPA_ID_INVALID;
+        std::uint32_t port = SPA_ID_INVALID;
+
+        void consider(std::uint32_t id, const char* type, const spa_dict& properties);
+        bool forget(std::uint32_t id);
+    };
+
+    void update();
+    void cut();
+
+    pw_core* core_;
+    End writer_{.nodeName = "halvo-audio-device", .direction = "out"};
+    End reader_{.nodeName = "halvo-cycle-trigger", .direction = "in"};
+    pw_proxy* link_ = nullptr;
+    std::atomic<bool> made_{false};
+    std::uint32_t linkedWriter_ = SPA_ID_INVALID;
+    std::uint32_t linkedReader_ = SPA_ID_INVALID;
+};
+
+} // namespace halvo::driver

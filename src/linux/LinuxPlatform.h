@@ -1,0 +1,112 @@
+#pragma once
+
+#include "platform/NoDesktop.h"
+#include "PlatformFactory.h"
+#include "linux/desktop/ApplicationService.h"
+#include "linux/files/JsonUserDefaults.h"
+#include "linux/process/LinuxChildProcesses.h"
+#include "linux/desktop/LinuxDesktop.h"
+#include "linux/process/LinuxDriverInstallation.h"
+#include "linux/mpris/LinuxMediaHelper.h"
+#include "linux/mpris/LinuxScriptRunner.h"
+#include "linux/process/LinuxSessionGuard.h"
+#include "linux/process/LinuxSharedMemory.h"
+#include "linux/process/LinuxTerminationSignal.h"
+#include "loudness/LoudnessGuard.h"
+#include "loudness/OutputGate.h"
+#include "linux/pipewire/PipeWireAudioHardware.h"
+#include "linux/pipewire/PipeWireConnection.h"
+#include "linux/pipewire/PipeWireOutputUnit.h"
+#include "linux/ServerReport.h"
+#include "linux/files/SessionLock.h"
+#include "linux/desktop/StatusService.h"
+#include "linux/process/SyslogSystemLog.h"
+#include "linux/files/XdgFileSystem.h"
+#include "posix/ProcessStandardOutput.h"
+#include "qt/ConsoleAlert.h"
+#include "qt/QtApplication.h"
+#include "qt/QtBackgroundQueue.h"
+#include "qt/QtHTTPSession.h"
+#include "qt/QtImageReader.h"
+#include "qt/QtMainQueue.h"
+#include "qt/QtUnicodeText.h"
+
+#include <expected>
+#include <filesystem>
+#include <memory>
+#include <optional>
+
+namespace halvo {
+
+/// A Linux desktop with PipeWire. Main thread only.
+class LinuxPlatform final : public PlatformHost {
+  public:
+    /// Blocks SIGTERM; before any thread starts.
+    static void prepareProcess();
+    /// X11 first: on Wayland a panel cannot be placed. The last one always works, where the others
+    /// would end the program.
+    static std::string toolkitScreens();
+
+    static std::expected<std::unique_ptr<PlatformHost>, PlatformRefusal> create();
+    static bool quitRunning();
+    /// From here on SIGTERM ends the process at once again.
+    ~LinuxPlatform() override;
+
+    Platform platform() override;
+    int run() override { return desktop_->application.run(); }
+
+  private:
+    using Connection = std::unique_ptr<PipeWireConnection>;
+
+    struct SignalRelease {
+        ~SignalRelease() { LinuxTerminationSignal::unblock(); }
+    };
+
+    /// What lives before the sound server is asked: a second instance must touch nothing else.
+    struct Desktop {
+        QtApplication application;
+        ApplicationService service{application};
+    };
+
+    LinuxPlatform(std::unique_ptr<Desktop> desktop, Connection connection,
+                  Connection signalConnection);
+
+    SignalRelease signalRelease_; // first: a SIGTERM waits until everything below is gone
+    std::unique_ptr<Desktop> desktop_;
+    QtMainQueue mainQueue_;
+    SyslogSystemLog systemLog_;
+    ProcessStandardOutput standardOutput_;
+    ConsoleAlert consoleAlert_;
+    XdgFileSystem fileSystem_;
+    JsonUserDefaults userDefaults_;
+    LinuxDriverInstallation driverInstallation_;
+    LinuxSharedMemory sharedMemory_;
+    StatusService statusService_;
+    NoStatusItem noStatusItem_;
+    NoPanelWindow noPanelWindow_;
+    std::unique_ptr<LinuxDesktop> screen_; ///< null where there is none
+
+    QtUnicodeText unicodeText_;
+    LinuxMediaHelper mediaHelper_;
+    QtImageReader imageReader_;
+    LinuxScriptRunner scriptRunner_;
+    LinuxChildProcessLauncher childProcesses_;
+    QtHTTPSession httpSession_;
+    QtBackgroundQueue backgroundQueue_; // after all that its work may use
+
+    Connection connection_;
+    ServerReport serverReport_;
+    PipeWireAudioHardware server_;
+    OutputGate gate_;
+    std::optional<SessionLock> sessionLock_; ///< nothing: another process would not let go of it
+    LinuxSessionGuard sessionGuard_;
+    LoudnessGuard audioHardware_;
+    PipeWireOutputUnitFactory outputUnits_;
+
+    // For the thread that takes SIGTERM, once it does.
+    Connection signalConnection_;
+    PipeWireAudioHardware signalServer_;
+    LinuxTerminationSignal terminationSignal_;
+};
+
+} // namespace halvo

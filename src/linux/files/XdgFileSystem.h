@@ -1,0 +1,17 @@
+#pragma once
+
+#include "linux/files/XdgDirectories.h"
+#include "posix/PosixFileSystem.h"
+
+namespace halvo {
+
+/// Files where the XDG base directories say. Main thread only.
+class XdgFileSystem final : public PosixFileSystem {
+  public:
+    /// $XDG_DATA_HOME, by default ~/.local/share.
+    std::optional<std::filesystem::path> applicationSupportDirectory() override {
+        return dataDirectory();
+    }
+};
+
+} // namespace halvo

@@ -1,0 +1,74 @@
+#include "linux/pipewire/PipeWireCycleTrigger.h"
+
+#include "linux/pipewire/PipeWireConnection.h"
+
+namespace halvo {
+
+namespace {
+
+/// By this the driver finds the node.
+constexpr const char* kNodeName = "halvo-cycle-trigger";
+
+} // namespace
+
+std::unique_ptr<PipeWireCycleTrigger> PipeWireCycleTrigger::create(PipeWireConnection& connection, Owner& owner) {
+    auto* core = connection.core();
+    if (!core) return nullptr;
+    std::unique_ptr<PipeWireCycleTrigger> turn(new PipeWireCycleTrigger(connection, owner));
+    return turn->connect(*core) ? std::move(turn) : nullptr;
+}
+
+PipeWireCycleTrigger::~PipeWireCycleTrigger() {
+    end();
+}
+
+void PipeWireCycleTrigger::end() {
+    if (filter_) connection_.removeBetweenCycles(hook_);
+}
+
+bool PipeWireCycleTrigger::connect(pw_core& core) {
+    // Without a media class it is nothing that a session manager would link or a mixer show.
+    filter_.reset(pw_filter_new(
+        &core, kNodeName,
+        pw_properties_new(PW_KEY_NODE_NAME, kNodeName, PW_KEY_NODE_DESCRIPTION, "Halvo",
+                          PW_KEY_NODE_GROUP, "halvo", PW_KEY_NODE_LINK_GROUP, "halvo",
+                          PW_KEY_NODE_PASSIVE, "true", PW_KEY_NODE_AUTOCONNECT, "false", nullptr)));
+    if (!filter_) return false;
+    pw_filter_add_listener(filter_.get(), hook_.get(), &events(), this);
+    port_ = pw_filter_add_port(filter_.get(), PW_DIRECTION_INPUT, PW_FILTER_PORT_FLAG_MAP_BUFFERS,
+                               sizeof(void*),
+                               pw_properties_new(PW_KEY_FORMAT_DSP, "32 bit float mono audio",
+                                                 PW_KEY_PORT_NAME, "after", nullptr),
+                               nullptr, 0);
+    return port_ && pw_filter_connect(filter_.get(), PW_FILTER_FLAG_RT_PROCESS, nullptr, 0) >= 0;
+}
+
+const pw_filter_events& PipeWireCycleTrigger::events() {
+    static const pw_filter_events events = [] {
+        pw_filter_events table{};
+        table.version = PW_VERSION_FILTER_EVENTS;
+        table.state_changed = [](void* self, pw_filter_state, pw_filter_state state, const char*) {
+            static_cast<PipeWireCycleTrigger*>(self)->stateChanged(state);
+        };
+        table.process = [](void* self, spa_io_position*) {
+            static_cast<PipeWireCycleTrigger*>(self)->process();
+        };
+        return table;
+    }();
+    return events;
+}
+
+void PipeWireCycleTrigger::stateChanged(pw_filter_state state) {
+    if (state == PW_FILTER_STATE_PAUSED || state == PW_FILTER_STATE_STREAMING) connected_ = true;
+    if (state == PW_FILTER_STATE_ERROR || (connected_ && state == PW_FILTER_STATE_UNCONNECTED)) {
+        owner_.triggerFailed();
+    }
+}
+
+void PipeWireCycleTrigger::process() noexcept {
+    // What arrives says only when; it goes back unread.
+    if (auto* buffer = pw_filter_dequeue_buffer(port_)) pw_filter_queue_buffer(port_, buffer);
+    owner_.cycleTriggered();
+}
+
+} // namespace halvo

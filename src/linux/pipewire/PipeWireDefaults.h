@@ -1,0 +1,39 @@
+#pragma once
+
+#include "linux/pipewire/PipeWireHandles.h"
+
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+
+namespace halvo {
+
+/// The session's choice of a default sink, kept in the server's metadata. With the connection's
+/// lock.
+class PipeWireDefaults {
+  public:
+    /// `changed` runs on the connection's thread.
+    PipeWireDefaults(pw_registry& registry, std::uint32_t globalID, std::function<void()> changed);
+    ~PipeWireDefaults();
+
+    std::uint32_t globalID() const { return globalID_; }
+    /// The name of the sink that is the default.
+    std::optional<std::string> current() const;
+    /// The name of the sink that somebody asked for.
+    std::optional<std::string> configured() const;
+    /// Asks for a default or takes the request back; false when the server is not there.
+    bool configure(const std::optional<std::string>& sinkName);
+
+  private:
+    static const pw_metadata_events& events();
+    void propertyChanged(const char* key, const char* value);
+
+    const std::uint32_t globalID_;
+    std::function<void()> changed_;
+    std::map<std::string, std::string, std::less<>> names_;
+    PipeWireProxy<pw_metadata> proxy_;
+    PipeWireHook hook_;
+};
+
+} // namespace halvo

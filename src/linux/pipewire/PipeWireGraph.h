@@ -1,0 +1,78 @@
+#pragma once
+
+#include "linux/pipewire/PipeWireCard.h"
+#include "linux/pipewire/PipeWireDefaults.h"
+#include "linux/pipewire/PipeWireNode.h"
+#include "linux/pipewire/PipeWireObserver.h"
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace halvo {
+
+/// What the server holds: sinks with their levels, the streams into them, the default. A sink
+/// appears only when its level is known. With the connection's lock.
+class PipeWireGraph final : private PipeWireNode::Owner, private PipeWireCard::Owner {
+  public:
+    /// `news` hears of every change, whether or not the connection counts as ready.
+    explicit PipeWireGraph(PipeWireObserver& news) : news_(news) {}
+    ~PipeWireGraph() override;
+
+    /// Starts to follow a server. `epoch` counts the servers, from 0.
+    void attach(pw_core& core, std::uint32_t epoch);
+    /// Forgets everything; before the core goes.
+    void detach();
+
+    /// The sinks in the order in which they appeared.
+    std::vector<AudioDeviceID> sinks() const;
+    /// Null for what is not there.
+    const PipeWireNode* sink(AudioDeviceID device) const;
+    const PipeWireNode* sinkNamed(const std::string& name) const;
+    /// Empty where the sink has no volume. More than 1 stays more than 1.
+    LevelUpdate level(const PipeWireNode& sink) const;
+    /// False when the server is not there to take it.
+    bool setLevel(const PipeWireNode& sink, const LevelUpdate& update,
+                  LevelPersistence persistence);
+    /// Whether a node that does not belong to this program plays into the sink.
+    bool hasForeignStreams(const PipeWireNode& sink) const;
+    /// Null while no session manager keeps one.
+    PipeWireDefaults* defaults() const { return defaults_.get(); }
+
+  private:
+    struct Link {
+        std::uint32_t outputNode = 0;
+        std::uint32_t inputNode = 0;
+    };
+
+    static const pw_registry_events& events();
+    void globalAppeared(std::uint32_t id, const char* type, const spa_dict& properties);
+    void globalWent(std::uint32_t id);
+    void nodeAppeared(std::uint32_t id, const spa_dict& properties);
+    void nodeChanged(PipeWireNode& node, PipeWireNode::Change change) override;
+    void cardChanged(PipeWireCard& card) override;
+    void announceWhenKnown(PipeWireNode& node);
+    void reportLevel(PipeWireNode& node);
+    const CardRoute* route(const PipeWireNode& sink) const;
+    PipeWireCard* card(const PipeWireNode& sink) const;
+
+    PipeWireObserver& news_;
+    std::uint32_t epoch_ = 0;
+    std::map<std::uint32_t, std::unique_ptr<PipeWireNode>> nodes_;
+    std::map<std::uint32_t, std::unique_ptr<PipeWireCard>> cards_;
+    std::map<std::uint32_t, Link> links_;
+    std::unique_ptr<PipeWireDefaults> defaults_;
+    /// What was last told of each announced sink.
+    struct Told {
+        std::string description;
+        LevelUpdate level;
+    };
+    std::map<AudioDeviceID, Told> told_;
+    PipeWireProxy<pw_registry> registry_;
+    PipeWireHook hook_;
+};
+
+} // namespace halvo

@@ -1,0 +1,101 @@
+#pragma once
+
+#include "platform/OutputUnit.h"
+#include "loudness/OutputGate.h"
+#include "linux/pipewire/PipeWireObserver.h"
+#include "linux/pipewire/PipeWireRenderer.h"
+#include "linux/pipewire/PipeWireStream.h"
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+
+struct spa_source;
+
+namespace halvo {
+
+class PipeWireConnection;
+
+/// Plays a render callback to one sink, by name. While it is started it comes back by itself when
+/// the server or the sink went away and returned. Main thread, unless said otherwise.
+class PipeWireOutputUnit final : public OutputUnit,
+                                 private PipeWireObserver,
+                                 private PipeWireStream::Owner {
+  public:
+    /// Told, on the connection's thread, whether sound flows or all is at rest.
+    using Flow = std::function<void(bool flows)>;
+
+    /// Both must outlive the unit.
+    PipeWireOutputUnit(PipeWireConnection& connection, const OutputGate& gate, Flow flow = {});
+    ~PipeWireOutputUnit() override;
+
+    /// Takes effect at the next `start`. False, and nothing changes, for an unknown device. Without
+    /// a device it plays to the default, and plays nothing while that is Halvo's own device.
+    bool setDevice(AudioDeviceID device) override;
+    /// 1 to 64 channels, a positive rate; false otherwise. Takes effect at the next `start`.
+    bool setStreamFormat(const StreamFormat& format) override;
+    bool setRenderCallback(RenderCallback callback, void* refCon) override;
+    /// False until format and callback are set.
+    bool initialize() override;
+    /// False while nothing can play yet: the unit stays started and plays once its sink is there.
+    bool start() override;
+    bool stop() override;
+
+    /// Frames that the callback has rendered. Any thread.
+    std::uint64_t framesPlayed() const { return renderer_.framesPlayed(); }
+    /// Cycles of the server that passed without this unit. Any thread.
+    std::uint64_t underruns() const { return renderer_.underruns(); }
+
+  private:
+    void serverConnected() override;
+    void serverDisconnected() override;
+    void devicesChanged() override;
+    void defaultsChanged() override;
+    void streamFailed() override;
+    void flowChanged(bool flows) override;
+
+    /// The name of the sink to play to; nothing while there is none to play to.
+    std::optional<std::string> target() const;
+    /// Brings the stream in line with what is there: opens it, or closes it.
+    void update();
+    void close();
+    void tryAgainLater();
+    void retry();
+
+    PipeWireConnection& connection_;
+    const Flow flow_;
+    // With the connection's lock.
+    std::optional<std::string> deviceUID_;
+    StreamFormat format_;
+    RenderCallback callback_ = nullptr;
+    void* refCon_ = nullptr;
+    bool initialized_ = false;
+    bool started_ = false;
+    AudioDeviceID openDevice_ = 0;
+    spa_source* retry_ = nullptr;
+    std::chrono::milliseconds retryDelay_{};
+    // The render thread's while there is a stream.
+    PipeWireRenderer renderer_;
+    std::unique_ptr<PipeWireStream> stream_;
+};
+
+/// Makes units that share one connection and one gate; both must outlive every unit.
+class PipeWireOutputUnitFactory final : public OutputUnitFactory {
+  public:
+    PipeWireOutputUnitFactory(PipeWireConnection& connection, const OutputGate& gate,
+                              PipeWireOutputUnit::Flow flow = {})
+        : connection_(connection), gate_(gate), flow_(std::move(flow)) {}
+
+    std::unique_ptr<OutputUnit> makeOutputUnit() override;
+
+  private:
+    PipeWireConnection& connection_;
+    const OutputGate& gate_;
+    const PipeWireOutputUnit::Flow flow_;
+};
+
+} // namespace halvo

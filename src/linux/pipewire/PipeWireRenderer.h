@@ -1,0 +1,59 @@
+#pragma once
+
+#include "base/Realtime.h"
+#include "platform/OutputUnit.h"
+#include "loudness/OutputGate.h"
+
+#include <atomic>
+#include <cstdint>
+
+namespace halvo {
+
+/// What the render thread does in a cycle, apart from the server's buffers: asks the callback,
+/// removes samples that are not finite, applies the gate and counts.
+class PipeWireRenderer {
+  public:
+    explicit PipeWireRenderer(const OutputGate& gate) : gate_(gate) {}
+
+    /// While no cycle runs.
+    void prepare(const StreamFormat& format, RenderCallback callback, void* refCon);
+
+    /// Fills `frames` interleaved frames. Render thread.
+    void render(float* samples, std::uint32_t frames) noexcept HALVO_REALTIME;
+
+    /// Asks the callback and lets go of what it gives; `samples` is room for it. Render thread.
+    void renderToNowhere(float* samples, std::uint32_t frames) noexcept HALVO_REALTIME;
+
+    /// Where the server's clock stands at the start of a cycle, in frames, and how long the cycle
+    /// is. A cycle that does not follow the one before counts as an underrun, unless the clock is
+    /// another one. Render thread.
+    void clock(std::uint32_t clockID, std::uint64_t position,
+               std::uint64_t duration) noexcept HALVO_REALTIME;
+
+    std::uint64_t framesPlayed() const { return framesPlayed_.load(std::memory_order_relaxed); }
+    std::uint64_t underruns() const { return underruns_.load(std::memory_order_relaxed); }
+
+  private:
+    void ask(float* samples, std::uint32_t frames) noexcept HALVO_REALTIME;
+    void fade(float* samples, std::uint32_t frames) noexcept HALVO_REALTIME;
+
+    const OutputGate& gate_;
+    // Set by `prepare`.
+    RenderCallback callback_ = nullptr;
+    void* refCon_ = nullptr;
+    std::uint32_t channels_ = 0;
+    float stepUp_ = 0;
+    float stepDown_ = 0;
+    // Render thread.
+    float gain_ = 0;
+    double sampleTime_ = 0;
+    bool clockSeen_ = false;
+    std::uint32_t clockID_ = 0;
+    std::uint64_t position_ = 0;
+    std::uint64_t nextPosition_ = 0;
+    // Any thread.
+    std::atomic<std::uint64_t> framesPlayed_{0};
+    std::atomic<std::uint64_t> underruns_{0};
+};
+
+} // namespace halvo

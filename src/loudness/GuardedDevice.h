@@ -1,0 +1,28 @@
+#pragma once
+
+#include "loudness/AudioServer.h"
+
+#include <cstdint>
+#include <optional>
+
+namespace halvo {
+
+/// What the loudness guard knows of a device that it was asked to raise.
+struct GuardedDevice {
+    enum class State : std::uint8_t {
+        own,     ///< at a level that is not this program's
+        raised,  ///< at full scale
+        lowered, ///< was raised; at the session's level because others play straight into it
+        left,    ///< not at its own level, and nobody uses it: an earlier process's, or it vanished
+    };
+    enum class Sound : std::uint8_t { asFound, unmuted };
+
+    State state = State::own;
+    DeviceLevel found;                  ///< own level; out of date while `own`
+    AudioDeviceID id = 0;               ///< the appearance that was raised, 0: not by this process
+    std::optional<float> sessionVolume; ///< the virtual device's when it was last in use
+    Sound sound = Sound::asFound;       ///< whether a raise lifts its mute, too
+    bool wasGivenUp = false;            ///< plays at its own level under the engine's gain
+};
+
+} // namespace halvo

@@ -1,0 +1,43 @@
+#include "loudness/LevelScale.h"
+
+#include <algorithm>
+#include <cstddef>
+
+namespace halvo {
+
+namespace {
+
+constexpr float kInaudible = 1e-4F; // what a server may round away
+
+float loudestChannel(const DeviceLevel& level) {
+    const auto& volumes = level.channelVolumes;
+    return volumes.empty() ? 0.0F : *std::ranges::max_element(volumes);
+}
+
+} // namespace
+
+float loudestVolume(const DeviceLevel& level) {
+    return std::clamp(loudestChannel(level), 0.0F, 1.0F);
+}
+
+DeviceLevel scaledTo(const DeviceLevel& balance, float loudest) {
+    const float present = loudestChannel(balance);
+    DeviceLevel scaled = balance;
+    for (auto& volume : scaled.channelVolumes) {
+        volume = present > 0 ? volume / present * loudest : loudest;
+    }
+    return scaled;
+}
+
+bool isLouder(const DeviceLevel& level, const DeviceLevel& other) {
+    if (level.muted) return false;
+    if (other.muted) return loudestChannel(level) > kInaudible;
+    for (std::size_t channel = 0; channel < level.channelVolumes.size(); ++channel) {
+        const float limit =
+            channel < other.channelVolumes.size() ? other.channelVolumes[channel] : 0.0F;
+        if (level.channelVolumes[channel] > limit + kInaudible) return true;
+    }
+    return false;
+}
+
+} // namespace halvo

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "loudness/AudioServer.h"
+
+namespace halvo {
+
+/// The volume of the loudest channel, 0 without channels. More than 1 counts as 1. Any thread.
+float loudestVolume(const DeviceLevel& level);
+
+/// `balance` with its loudest channel at `loudest` and the others in proportion; where all are
+/// silent, all at `loudest`. Keeps the mute. Any thread.
+DeviceLevel scaledTo(const DeviceLevel& balance, float loudest);
+
+/// Whether any channel would be heard louder at `level` than at `other`. Any thread.
+bool isLouder(const DeviceLevel& level, const DeviceLevel& other);
+
+} // namespace halvo

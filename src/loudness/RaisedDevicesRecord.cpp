@@ -1,0 +1,131 @@
+#include "loudness/RaisedDevicesRecord.h"
+
+#include "platform/SystemLog.h"
+#include "linux/files/XdgDirectories.h"
+#include "posix/AtomicFile.h"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <system_error>
+#include <utility>
+
+namespace halvo {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+/// Single precision, so that a volume is written in its shortest form.
+using Json = nlohmann::basic_json<std::map, std::vector, std::string, bool, std::int64_t,
+                                  std::uint64_t, float>;
+
+constexpr std::size_t kMaximumFileSize = 1U << 20U;
+constexpr float kLoudestVolume = 10; // what a sound server lets anybody set
+
+std::optional<std::string> stringIn(const Json& object, const char* key) {
+    const auto found = object.find(key);
+    if (found == object.end() || !found->is_string()) return std::nullopt;
+    return found->get<std::string>();
+}
+
+std::optional<bool> boolIn(const Json& object, const char* key) {
+    const auto found = object.find(key);
+    if (found == object.end() || !found->is_boolean()) return std::nullopt;
+    return found->get<bool>();
+}
+
+std::optional<std::vector<float>> volumesIn(const Json& object) {
+    const auto found = object.find("volumes");
+    if (found == object.end() || !found->is_array() || found->empty()) return std::nullopt;
+    std::vector<float> volumes;
+    for (const auto& volume : *found) {
+        if (!volume.is_number()) return std::nullopt;
+        const auto value = volume.get<float>();
+        if (!(value >= 0 && value <= kLoudestVolume)) return std::nullopt;
+        volumes.push_back(value);
+    }
+    return volumes;
+}
+
+std::optional<RaisedDevicesRecord::Device> deviceIn(const Json& object) {
+    if (!object.is_object()) return std::nullopt;
+    auto volumes = volumesIn(object);
+    const auto muted = boolIn(object, "muted");
+    const auto moved = boolIn(object, "moved");
+    if (!volumes || !muted || !moved) return std::nullopt;
+    return RaisedDevicesRecord::Device{{std::move(*volumes), *muted}, *moved};
+}
+
+} // namespace
+
+fs::path RaisedDevicesRecord::standardPath() {
+    return configDirectory() / "halvo" / "raised-devices.json";
+}
+
+RaisedDevicesRecord::RaisedDevicesRecord(fs::path path, SystemLog* log) : path_(std::move(path)) {
+    std::error_code error;
+    if (!fs::exists(path_, error)) return;
+    stored_ = AtomicFile::read(path_, kMaximumFileSize);
+    if (stored_ && parse(*stored_)) return;
+    stored_.reset();
+    devices.clear();
+    origin.reset();
+    const auto aside = fs::path(path_).concat(".unreadable");
+    fs::rename(path_, aside, error);
+    if (log == nullptr) return;
+    log->write("Halvo: The record of raised devices cannot be read; it is kept as " +
+               aside.string());
+}
+
+bool RaisedDevicesRecord::save() {
+    std::error_code error;
+    if (isEmpty()) {
+        stored_.reset();
+        fs::remove(path_, error);
+        return !error;
+    }
+    auto contents = text();
+    if (stored_ == contents) return true;
+    fs::create_directories(path_.parent_path(), error); // a failure shows in the write
+    if (!AtomicFile::write(path_, contents)) return false;
+    stored_ = std::move(contents);
+    return true;
+}
+
+bool RaisedDevicesRecord::parse(const std::string& text) {
+    const auto root = Json::parse(text, nullptr, false);
+    if (!root.is_object()) return false;
+    const auto listed = root.find("devices");
+    if (listed == root.end() || !listed->is_object()) return false;
+    for (const auto& [uid, entry] : listed->items()) {
+        auto device = deviceIn(entry);
+        if (!device) return false;
+        devices.emplace(uid, std::move(*device));
+    }
+    const auto taken = root.find("origin");
+    if (taken == root.end()) return true;
+    const auto output = taken->is_object() ? stringIn(*taken, "output") : std::nullopt;
+    if (!output) return false;
+    origin = Origin{*output, stringIn(*taken, "configured")};
+    return true;
+}
+
+std::string RaisedDevicesRecord::text() const {
+    Json root{{"devices", Json::object()}};
+    for (const auto& [uid, device] : devices) {
+        root["devices"][uid] = {{"volumes", device.found.channelVolumes},
+                                {"muted", device.found.muted},
+                                {"moved", device.isMoved}};
+    }
+    if (origin) {
+        root["origin"] = {{"output", origin->output}};
+        if (origin->configured) root["origin"]["configured"] = *origin->configured;
+    }
+    // Names come from outside: what is not UTF-8 must not throw.
+    return root.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+} // namespace halvo

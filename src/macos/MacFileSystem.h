@@ -1,0 +1,14 @@
+#pragma once
+
+#include "posix/PosixFileSystem.h"
+
+namespace halvo {
+
+/// Files where macOS keeps a user's. Main thread only.
+class MacFileSystem final : public PosixFileSystem {
+  public:
+    /// ~/Library/Application Support.
+    std::optional<std::filesystem::path> applicationSupportDirectory() override;
+};
+
+} // namespace halvo

@@ -1,0 +1,12 @@
+#include "macos/MacSystemLog.h"
+
+#include <os/log.h>
+
+namespace halvo {
+
+void MacSystemLog::write(const std::string& line) {
+    // Without "public" the log would keep the text to itself.
+    os_log(OS_LOG_DEFAULT, "%{public}s", line.c_str());
+}
+
+} // namespace halvo

@@ -1,0 +1,28 @@
+#include "posix/FileDescriptor.h"
+
+#include <cerrno>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace halvo {
+
+FileDescriptor::~FileDescriptor() {
+    if (descriptor_ >= 0) (void)::close(descriptor_); // nobody is left to hear of an error
+}
+
+bool isRegularFile(int descriptor) {
+    struct stat status{};
+    return ::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
+}
+
+bool writeAll(int descriptor, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const auto count = ::write(descriptor, bytes.data(), bytes.size());
+        if (count < 0 && errno == EINTR) continue;
+        if (count < 0) return false;
+        bytes.remove_prefix(static_cast<std::size_t>(count));
+    }
+    return true;
+}
+
+} // namespace halvo

@@ -1,0 +1,45 @@
+#include "posix/RingName.h"
+
+#include "platform/RingLayout.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <fcntl.h>
+#include <string_view>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace halvo {
+
+namespace {
+
+constexpr std::size_t kLongestName = 250;
+
+bool isValid(std::string_view name) {
+    return name.size() > 1 && name.size() <= kLongestName && name.front() == '/' &&
+           name.find('/', 1) == std::string_view::npos;
+}
+
+bool belongsToSomebodyElse(const std::string& name) {
+    const int descriptor = ::shm_open(name.c_str(), O_RDONLY, 0);
+    if (descriptor < 0) return errno == EACCES;
+    struct stat status{};
+    const bool foreign = ::fstat(descriptor, &status) == 0 && status.st_uid != ::geteuid();
+    ::close(descriptor);
+    return foreign;
+}
+
+} // namespace
+
+std::string ringName() {
+    const char* chosen = std::getenv("HALVO_RING_NAME");
+    if (chosen != nullptr && isValid(chosen)) return chosen;
+    return ownedRingName(kRingName);
+}
+
+std::string ownedRingName(const std::string& base) {
+    return belongsToSomebodyElse(base) ? base + "_" + std::to_string(::geteuid()) : base;
+}
+
+} // namespace halvo

@@ -1,0 +1,155 @@
+#include "qt/QtChildProcesses.h"
+
+#include "posix/FileDescriptor.h"
+
+#include <QProcess>
+#include <QSocketNotifier>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <fcntl.h>
+#include <memory>
+#include <optional>
+#include <unistd.h>
+#include <utility>
+
+namespace halvo {
+
+namespace {
+
+constexpr int kLongestRun = 10000; // milliseconds
+constexpr long kMostDescriptors = 1024;
+constexpr std::size_t kReadSize = 65536; // bytes; what a pipe holds
+
+/// `output`: where the program's standard output goes; negative: nowhere.
+void prepare(QProcess& process, const Command& command, int output) {
+    QStringList arguments;
+    for (const auto& argument : command.arguments)
+        arguments.append(QString::fromStdString(argument));
+    process.setProgram(QString::fromStdString(command.program));
+    process.setArguments(arguments);
+    process.setStandardInputFile(QProcess::nullDevice());
+    process.setStandardOutputFile(QProcess::nullDevice());
+    process.setStandardErrorFile(QProcess::nullDevice());
+    const auto limit = std::min(::sysconf(_SC_OPEN_MAX), kMostDescriptors);
+    process.setChildProcessModifier([limit, output] {
+        sigset_t none;
+        sigemptyset(&none);
+        (void)::sigprocmask(SIG_SETMASK, &none, nullptr);
+        if (output >= 0) (void)::dup2(output, STDOUT_FILENO); // both are open: cannot fail
+        // Marked, not closed: the toolkit has one of its own by which it tells a failed start.
+        for (int descriptor = STDERR_FILENO + 1; descriptor < limit; ++descriptor)
+            (void)::fcntl(descriptor, F_SETFD, FD_CLOEXEC); // most are none
+    });
+}
+
+int statusOf(const QProcess& process) {
+    const bool crashed = process.exitStatus() == QProcess::CrashExit;
+    return crashed ? 128 + process.exitCode() : process.exitCode();
+}
+
+/// Both ends of a pipe that no other child inherits; nothing when there are no descriptors left.
+std::optional<std::pair<FileDescriptor, FileDescriptor>> makePipe() {
+    std::array<int, 2> ends{};
+    if (::pipe(ends.data()) != 0) return std::nullopt;
+    for (const int end : ends)
+        (void)::fcntl(end, F_SETFD, FD_CLOEXEC); // of a descriptor just made: cannot fail
+    return std::pair(FileDescriptor(ends[0]), FileDescriptor(ends[1]));
+}
+
+/// A launched program on the main loop. Once nobody listens it goes by itself when it has ended.
+/// The pipe is its own, because the toolkit's stays open until the program ends.
+class FollowedProcess final : public QProcess {
+  public:
+    FollowedProcess(FileDescriptor output, ChildProcessHandlers handlers)
+        : handlers_(std::move(handlers)), output_(std::move(output)),
+          readable_(output_.get(), QSocketNotifier::Read) {
+        connect(&readable_, &QSocketNotifier::activated, this, [this] { readOutput(); });
+        connect(this, &QProcess::finished, this, [this] { takeEnd(); });
+    }
+
+    /// Nobody listens any more. The handler that runs may be the one that says so.
+    void abandon() {
+        abandoned_ = true;
+        handlers_ = {};
+        closeOutput();
+        if (state() == NotRunning) deleteLater();
+    }
+
+  private:
+    void closeOutput() {
+        readable_.setEnabled(false);
+        output_ = FileDescriptor();
+    }
+
+    void readOutput() {
+        if (!output_) return;
+        std::array<char, kReadSize> bytes;
+        const auto count = ::read(output_.get(), bytes.data(), bytes.size());
+        if (count < 0 && (errno == EAGAIN || errno == EINTR)) return;
+        if (count > 0) {
+            const auto handler = handlers_.onOutput;
+            if (handler) handler(std::string(bytes.data(), static_cast<std::size_t>(count)));
+            return;
+        }
+        closeOutput();
+        if (const auto handler = std::exchange(handlers_.onEndOfOutput, nullptr)) handler();
+    }
+
+    void takeEnd() {
+        const int status = statusOf(*this);
+        if (abandoned_) return deleteLater();
+        if (const auto handler = std::exchange(handlers_.onExit, nullptr)) handler(status);
+    }
+
+    ChildProcessHandlers handlers_;
+    bool abandoned_ = false;
+    FileDescriptor output_;
+    QSocketNotifier readable_;
+};
+
+class QtChildProcess final : public ChildProcess {
+  public:
+    explicit QtChildProcess(FollowedProcess* process)
+        : process_(process), identifier_(process->processId()) {}
+    ~QtChildProcess() override { process_->abandon(); }
+    QtChildProcess(const QtChildProcess&) = delete;
+    QtChildProcess& operator=(const QtChildProcess&) = delete;
+
+    std::int64_t processIdentifier() const override { return identifier_; }
+    bool isRunning() const override { return process_->state() != QProcess::NotRunning; }
+    void terminate() override { process_->terminate(); }
+
+  private:
+    FollowedProcess* process_; ///< its own owner from `abandon` on
+    std::int64_t identifier_;  ///< the toolkit forgets it at the end
+};
+
+} // namespace
+
+std::expected<std::unique_ptr<ChildProcess>, std::string>
+QtChildProcessLauncher::launch(const Command& command, ChildProcessHandlers handlers) {
+    auto ends = makePipe();
+    if (!ends) return std::unexpected(qt_error_string().toStdString());
+    auto process = std::make_unique<FollowedProcess>(std::move(ends->first), std::move(handlers));
+    prepare(*process, command, ends->second.get());
+    process->start(QIODevice::NotOpen);
+    if (!process->waitForStarted(-1)) return std::unexpected(process->errorString().toStdString());
+    return std::make_unique<QtChildProcess>(process.release());
+}
+
+std::expected<int, std::string> QtChildProcessLauncher::run(const Command& command) {
+    QProcess process;
+    prepare(process, command, /*output*/ -1);
+    process.start();
+    if (!process.waitForStarted(-1)) return std::unexpected(process.errorString().toStdString());
+    if (!process.waitForFinished(kLongestRun)) {
+        process.kill();
+        (void)process.waitForFinished(-1);
+    }
+    return statusOf(process);
+}
+
+} // namespace halvo

@@ -1,0 +1,219 @@
+#include "qt/QtPanelWindow.h"
+
+#include <QCursor>
+#include <QGuiApplication>
+#include <QPainterPath>
+#include <QQuickView>
+#include <QRegion>
+#include <QScreen>
+#include <QTimer>
+
+#include <cmath>
+#include <utility>
+
+namespace halvo {
+
+namespace {
+
+constexpr int kUntilPrepared = 500; // milliseconds; the start itself comes first
+constexpr int kRadius = 10;
+constexpr int kUntilReported = 500; // milliseconds; a click is told after its end
+
+ScreenRect toScreenRect(const QRect& rect) {
+    return {static_cast<double>(rect.x()), static_cast<double>(rect.y()),
+            static_cast<double>(rect.width()), static_cast<double>(rect.height())};
+}
+
+/// By its frame, so that the title stays on the screen.
+void center(QWindow& window) {
+    QRect frame(QPoint(0, 0), window.size());
+    frame.moveCenter(window.screen()->availableGeometry().center());
+    window.setFramePosition(frame.topLeft());
+}
+
+Qt::WindowFlags flagsOf(PanelStyle style) {
+    if (style == PanelStyle::window) {
+        return Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
+               Qt::WindowSystemMenuHint | Qt::WindowMinimizeButtonHint | Qt::WindowCloseButtonHint;
+    }
+    return Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint;
+}
+
+} // namespace
+
+QtPanelWindow::QtPanelWindow(Desktop desktop) : desktop_(std::move(desktop)) {
+    connect(qGuiApp, &QGuiApplication::applicationStateChanged, this,
+            [this](Qt::ApplicationState state) {
+                if (state != Qt::ApplicationActive) takeFocusLoss();
+            });
+}
+
+QtPanelWindow::~QtPanelWindow() = default;
+
+void QtPanelWindow::setContent(const PopoverServices& services,
+                               std::function<void()> onSizeChange) {
+    services_.emplace(services);
+    onSizeChange_ = std::move(onSizeChange);
+    QTimer::singleShot(kUntilPrepared, this, [this] {
+        if (services_) prepare();
+    });
+}
+
+void QtPanelWindow::removeContent() {
+    orderOut();
+    settingsWindow_.reset();
+    content_.reset();
+    window_.reset();
+    services_.reset();
+    onSizeChange_ = nullptr;
+}
+
+void QtPanelWindow::prepare() {
+    if (content_ || !services_) return;
+    PanelContent::prepareRenderer();
+    content_ =
+        std::make_unique<PanelContent>(*services_, PanelHost{.mainQueue = desktop_.mainQueue,
+                                                             .volumeTaper = desktop_.volumeTaper,
+                                                             .quit = desktop_.quit});
+    content_->setSystemAppearance(appearance_);
+    content_->setShown(false);
+    settingsWindow_ = std::make_unique<SettingsWindow>(content_->engine());
+    window_ = std::make_unique<QQuickWindow>();
+    window_->setTitle(QStringLiteral("Halvo"));
+    QSurfaceFormat format = window_->format();
+    format.setAlphaBufferSize(8);
+    window_->setFormat(format);
+    window_->setFlags(flagsOf(style_));
+    content_->attach(*window_);
+    connect(content_.get(), &PanelContent::sizeChanged, this, [this] {
+        if (onSizeChange_) onSizeChange_();
+    });
+    connect(content_.get(), &PanelContent::closeRequested, this, &QtPanelWindow::closeByKey);
+    connect(content_.get(), &PanelContent::settingsWindowRequested, this,
+            &QtPanelWindow::showSettingsWindow);
+    window_->resize(content_->fittingSize());
+    window_->create();
+}
+
+ScreenSize QtPanelWindow::fittingSize() {
+    prepare();
+    if (!content_) return {};
+    const QSize size = content_->fittingSize();
+    return {static_cast<double>(size.width()), static_cast<double>(size.height())};
+}
+
+ScreenArea QtPanelWindow::screenAt(ScreenPoint place) const {
+    const QPoint point(static_cast<int>(std::floor(place.x)),
+                       static_cast<int>(std::floor(place.y)));
+    const auto* screen = QGuiApplication::screenAt(point);
+    if (!screen) screen = QGuiApplication::primaryScreen();
+    if (!screen) return {};
+    return {toScreenRect(screen->geometry()), toScreenRect(screen->availableGeometry())};
+}
+
+void QtPanelWindow::orderFront(PanelStyle style) {
+    prepare();
+    if (!window_) return;
+    if (style != std::exchange(style_, style)) {
+        window_->setFlags(flagsOf(style));
+        if (style == PanelStyle::window) center(*window_);
+    }
+    content_->setFramed(style_ == PanelStyle::window);
+    roundCorners();
+    setShown(true);
+    window_->show();
+    window_->raise();
+    window_->requestActivate();
+}
+
+void QtPanelWindow::orderOut() {
+    if (!window_) return;
+    setShown(false);
+    window_->hide();
+}
+
+void QtPanelWindow::setShown(bool shown) {
+    content_->setShown(shown);
+    if (shown && onShown) onShown();
+}
+
+ScreenRect QtPanelWindow::frame() const {
+    return window_ ? toScreenRect(window_->geometry()) : ScreenRect();
+}
+
+void QtPanelWindow::setFrame(const ScreenRect& frame, PanelMove /*move*/) {
+    if (!window_) return;
+    // At once also where a move may be animated: each step would be a whole new layout.
+    const QSize size(static_cast<int>(frame.width), static_cast<int>(frame.height));
+    if (style_ == PanelStyle::window && window_->isVisible()) {
+        window_->resize(size);
+    } else {
+        window_->setGeometry(QRect(
+            QPoint(static_cast<int>(std::lround(frame.x)), static_cast<int>(std::lround(frame.y))),
+            size));
+    }
+    roundCorners();
+}
+
+void QtPanelWindow::roundCorners() {
+    if (style_ == PanelStyle::window || desktop_.hasCompositor()) return window_->setMask({});
+    QPainterPath path;
+    path.addRoundedRect(QRectF(QPointF(0, 0), window_->size()), kRadius, kRadius);
+    window_->setMask(QRegion(path.toFillPolygon().toPolygon()));
+}
+
+Subscription
+QtPanelWindow::monitorOutsidePresses(std::function<void(std::optional<ScreenPoint>)> pressed) {
+    pressed_ = std::move(pressed);
+    presses_ = desktop_.watchPresses([this] { takePress(); }, [this] { takeRelease(); });
+    return Subscription([this] {
+        pressed_ = nullptr;
+        if (!isPressed_) presses_.reset(); // else once its end is heard
+    });
+}
+
+void QtPanelWindow::takeRelease() {
+    isPressed_ = false;
+    sinceRelease_.start();
+    if (!pressed_) presses_.reset();
+}
+
+bool QtPanelWindow::isPressUnderWay() const {
+    return isPressed_ || (sinceRelease_.isValid() && sinceRelease_.elapsed() < kUntilReported);
+}
+
+void QtPanelWindow::takePress() {
+    isPressed_ = true;
+    const QPoint place = QCursor::pos();
+    if (!pressed_ || content_->menuContains(place)) return;
+    content_->closeMenus();
+    const auto pressed = pressed_; // it may end its own monitor
+    pressed(ScreenPoint{static_cast<double>(place.x()), static_cast<double>(place.y())});
+}
+
+void QtPanelWindow::closeByKey() {
+    if (!pressed_) return orderOut();
+    const auto pressed = pressed_;
+    pressed(std::nullopt);
+}
+
+/// Only where presses elsewhere are not heard.
+void QtPanelWindow::takeFocusLoss() {
+    if (!presses_ && pressed_) closeByKey();
+}
+
+void QtPanelWindow::setSystemAppearance(const SystemAppearance& appearance) {
+    appearance_ = appearance;
+    if (content_) content_->setSystemAppearance(appearance);
+}
+
+void QtPanelWindow::showSettingsWindow() {
+    prepare();
+    if (settingsWindow_) settingsWindow_->show();
+}
+
+QQuickWindow* QtPanelWindow::settingsWindow() const {
+    return settingsWindow_ ? settingsWindow_->window() : nullptr;
+}
+
+} // namespace halvo

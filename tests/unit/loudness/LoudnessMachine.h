@@ -1,0 +1,69 @@
+#pragma once
+
+#include "app/AppDelegate.h"
+#include "fake/FakePlatform.h"
+#include "loudness/LoudnessGuard.h"
+#include "loudness/OutputGate.h"
+#include "support/FakeAudioServer.h"
+#include "unit/linux/TemporaryDirectory.h"
+
+#include <array>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace halvo::test {
+
+/// The application on its guard on a server in memory, and ears at the speakers: whatever happens,
+/// no program may be heard louder, in either channel, than the limit that holds for it, which is
+/// what was heard of it when things were last settled. Levels are linear amplitudes.
+class LoudnessMachine {
+  public:
+    using Heard = std::array<float, 2>;
+
+    LoudnessMachine();
+    ~LoudnessMachine();
+
+    FakePlatform fake;
+    FakeAudioServer server{fake.mainQueue};
+    OutputGate gate;
+    TemporaryDirectory directory;
+    std::optional<LoudnessGuard> guard;
+    std::shared_ptr<AppDelegate> delegate;
+
+    void plugDriver(); ///< the virtual device, at full scale, and its ring
+    void start();      ///< the application; everything that follows is still to come
+    void launch();     ///< starts and settles
+    void quit();
+    void terminate(); ///< SIGTERM
+    void crash();
+    /// Crashes, and the session guard does what it is there for; whether it came to an end.
+    bool crashUnderGuard();
+
+    /// Lets time pass and listens every millisecond.
+    void pass(std::chrono::milliseconds time);
+    /// Lets everything come to rest; what is heard then is the limit from here on.
+    void settle();
+    /// The limit for a program whose loudness another person or program is about to change.
+    void allow(const std::string& stream, float limit) { limits_[stream] = {limit, limit}; }
+
+    Heard heard(const std::string& stream) const;
+    DeviceLevel level(const std::string& uid) const { return server.sink(uid)->level; }
+    std::filesystem::path record() const { return directory / "state/raised-devices.json"; }
+
+  private:
+    Heard heard(const FakeAudioServer::Stream& stream) const;
+    void listen();
+    void die(); ///< the process is gone, nothing was tidied up
+
+    std::map<std::string, Heard> limits_; ///< by stream
+};
+
+constexpr const char* kMusic = "music"; ///< plays from the start, into the default
+
+DeviceLevel stereo(float left, float right);
+DeviceLevel stereo(float both);
+DeviceLevel muted(float both);
+
+} // namespace halvo::test
