@@ -4,7 +4,7 @@
 #include "audio/BiquadCascade.h"
 #include "audio/RealFFT.h"
 #include "fake/FakePlatform.h"
-#include "support/PlainCascade.h"
+#include "bench/PlainCascade.h"
 
 #include <cstdint>
 #include <memory>

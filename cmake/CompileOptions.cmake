@@ -22,3 +22,8 @@ endif()
 
 # The render path: reproducible to the bit on every processor, vectorised, never "fast" mathematics.
 set(HALVO_AUDIO_FLAGS -O3 -ffp-contract=off -fno-trapping-math)
+
+# Only what a program uses: a room that offers Qt's part of something does not make a small program load Qt.
+if(CMAKE_SYSTEM_NAME STREQUAL "Linux")
+    add_link_options(-Wl,--as-needed)
+endif()

@@ -13,7 +13,7 @@ constexpr std::size_t kChannels = 2;
 } // namespace
 
 bool BacklogLimiter::takes(const float* samples, std::size_t frames, const Indices& indices,
-                       Turn turn) noexcept HALVO_REALTIME {
+                           Turn turn) noexcept HALVO_REALTIME {
     const bool moved = begun_ && indices.read != lastRead_;
     everRead_ = everRead_ || moved;
     begun_ = true;

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "platform/RingLayout.h"
 #include "base/Realtime.h"
 #include "driver/BacklogLimiter.h"
+#include "platform/RingLayout.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,5 +1,9 @@
 #include "PlatformFactory.h"
 
+#include "qt/ApplicationObject.h"
+
+#include <QCoreApplication>
+
 #if defined(__linux__)
 #include "linux/LinuxPlatform.h"
 using SystemPlatform = halvo::LinuxPlatform;
@@ -16,8 +20,8 @@ void preparePlatform() {
     SystemPlatform::prepareProcess();
 }
 
-std::string toolkitScreens() {
-    return SystemPlatform::toolkitScreens();
+std::unique_ptr<QCoreApplication> makeApplicationObject(int& argc, char** argv) {
+    return makeApplicationObject(argc, argv, SystemPlatform::toolkitScreens());
 }
 
 bool quitRunningInstance() {

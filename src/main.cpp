@@ -1,7 +1,6 @@
+#include "PlatformFactory.h"
 #include "app/AppDelegate.h"
 #include "platform/MainQueue.h"
-#include "PlatformFactory.h"
-#include "qt/ApplicationObject.h"
 
 #include <QCoreApplication>
 
@@ -56,7 +55,7 @@ int main(int argc, char** argv) {
     if (const auto status = answerOption(argc, argv)) return *status;
     if (isToQuit(argc, argv)) return quitRunning(argc, argv);
     halvo::preparePlatform();
-    const auto application = halvo::makeApplicationObject(argc, argv, halvo::toolkitScreens());
+    const auto application = halvo::makeApplicationObject(argc, argv);
     // The toolkit has just taken the user's locale; numbers in files and logs must not follow it.
     (void)std::setlocale(LC_NUMERIC, "C");
 

@@ -3,6 +3,7 @@
 #include "driver/RingWriter.h"
 #include "driver/linux/CycleOrderLink.h"
 #include "driver/linux/VirtualSink.h"
+#include "platform/VirtualOutput.h"
 
 #include <algorithm>
 #include <array>
@@ -36,7 +37,7 @@ CaptureStream::CaptureStream(pw_core* core, RingWriter& ring, const CycleOrderLi
                           PW_KEY_MEDIA_CLASS, "Stream/Input/Audio/Internal", PW_KEY_NODE_NAME,
                           "halvo-audio-device", PW_KEY_NODE_DESCRIPTION, "Halvo Audio Device",
                           PW_KEY_STREAM_CAPTURE_SINK, "true", PW_KEY_TARGET_OBJECT,
-                          VirtualSink::kNodeName, PW_KEY_NODE_GROUP, "halvo", PW_KEY_NODE_PASSIVE,
+                          kVirtualDeviceUID, PW_KEY_NODE_GROUP, "halvo", PW_KEY_NODE_PASSIVE,
                           "true", PW_KEY_NODE_DONT_RECONNECT, "true", "state.restore-props",
                           "false", nullptr));
     if (stream_ != nullptr) pw_stream_add_listener(stream_, &listener_, &events, this);
@@ -104,7 +105,8 @@ void CaptureStream::handOver(const spa_data& data) noexcept {
     const auto* bytes = static_cast<const std::byte*>(data.data) + offset;
     const auto* samples = reinterpret_cast<const float*>(bytes);
     const std::size_t frames = size / kFrameSize;
-    const auto turn = turn_.isMade() ? BacklogLimiter::Turn::afterWriter : BacklogLimiter::Turn::anyTime;
+    const auto turn =
+        turn_.isMade() ? BacklogLimiter::Turn::afterWriter : BacklogLimiter::Turn::anyTime;
     if (pace_.takes(samples, frames, ring_.indices(), turn)) ring_.write(samples, frames);
 }
 

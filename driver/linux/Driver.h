@@ -3,8 +3,8 @@
 #include "driver/RingWriter.h"
 #include "driver/linux/CaptureStream.h"
 #include "driver/linux/ClockRate.h"
-#include "driver/linux/SupervisorWatch.h"
 #include "driver/linux/CycleOrderLink.h"
+#include "driver/linux/SupervisorWatch.h"
 #include "driver/linux/VirtualSink.h"
 
 #include <chrono>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "driver/linux/SupervisorLock.h"
 #include "driver/linux/ProcessDescriptor.h"
 #include "driver/linux/RestartPace.h"
+#include "driver/linux/SupervisorLock.h"
 
 #include <functional>
 #include <memory>

@@ -1,4 +1,5 @@
 #include "driver/linux/VirtualSink.h"
+#include "platform/VirtualOutput.h"
 
 #include <cstring>
 #include <utility>
@@ -22,7 +23,7 @@ VirtualSink::~VirtualSink() {
 
 void VirtualSink::consider(std::uint32_t id, const char* type, const spa_dict* properties) {
     if (isPresent() || std::strcmp(type, PW_TYPE_INTERFACE_Node) != 0) return;
-    if (!hasValue(properties, PW_KEY_NODE_NAME, kNodeName)) return;
+    if (!hasValue(properties, PW_KEY_NODE_NAME, kVirtualDeviceUID)) return;
     if (!hasValue(properties, PW_KEY_MEDIA_CLASS, "Audio/Sink")) return;
     id_ = id;
     changed_();
@@ -41,8 +42,8 @@ void VirtualSink::ensure(pw_core* core) {
     // was played, whatever the sink's own volume and mute are. The lowest priorities: it becomes
     // the default, or drives the graph, only when asked to.
     pw_properties* properties = pw_properties_new(
-        PW_KEY_FACTORY_NAME, "support.null-audio-sink", PW_KEY_NODE_NAME, kNodeName,
-        PW_KEY_NODE_DESCRIPTION, "Halvo Virtual Output", PW_KEY_MEDIA_CLASS, "Audio/Sink",
+        PW_KEY_FACTORY_NAME, "support.null-audio-sink", PW_KEY_NODE_NAME, kVirtualDeviceUID,
+        PW_KEY_NODE_DESCRIPTION, kVirtualDeviceName, PW_KEY_MEDIA_CLASS, "Audio/Sink",
         "audio.position", "FL,FR", PW_KEY_OBJECT_LINGER, "true", "monitor.channel-volumes", "false",
         PW_KEY_PRIORITY_SESSION, "0", PW_KEY_PRIORITY_DRIVER, "1", PW_KEY_NODE_VIRTUAL, "true",
         PW_KEY_NODE_LINK_GROUP, "halvo", "node.param.Props", "{ channelVolumes = [ 1.0 1.0 ] }",

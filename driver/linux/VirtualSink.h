@@ -10,8 +10,6 @@ namespace halvo::driver {
 /// driver that dies costs silence and not a fallback to another device. Main loop only.
 class VirtualSink {
   public:
-    static constexpr const char* kNodeName = "HalvoVirtualOutput_UID";
-
     /// `changed` is called when the sink appears or goes.
     explicit VirtualSink(std::function<void()> changed);
     ~VirtualSink();

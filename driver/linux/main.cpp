@@ -39,9 +39,11 @@ int main(int count, char** words) {
     const std::span arguments(words, static_cast<std::size_t>(count));
     if (count < 2) return Driver().run();
     const std::string_view option = arguments[1];
-    if (option == "--keep-alive") return DriverSupervisor(runKept).run(count > 2 ? number(arguments[2]) : 0);
+    if (option == "--keep-alive")
+        return DriverSupervisor(runKept).run(count > 2 ? number(arguments[2]) : 0);
     if (count > 2) return usage();
-    if (option == "--start") return SupervisorLock().holder() ? 0 : DriverSupervisor(runKept).runInBackground();
+    if (option == "--start")
+        return SupervisorLock().holder() ? 0 : DriverSupervisor(runKept).runInBackground();
     if (option == "--end") return SupervisorLock().endHolder(kLongestEnd) ? 0 : 1;
     return usage();
 }

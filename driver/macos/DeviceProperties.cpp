@@ -1,6 +1,7 @@
 #include "driver/macos/DeviceFormat.h"
 #include "driver/macos/Property.h"
 #include "driver/macos/VirtualDevice.h"
+#include "platform/VirtualOutput.h"
 
 namespace halvo::driver {
 
@@ -11,13 +12,13 @@ constexpr std::uint32_t kRight = 2;
 constexpr std::uint32_t kUseChannelDescriptions = 0;
 
 PropertyValue name(const PropertyQuestion&) {
-    return PropertyValue::text(VirtualDevice::kName);
+    return PropertyValue::text(kVirtualDeviceName);
 }
 PropertyValue manufacturer(const PropertyQuestion&) {
     return PropertyValue::text("Halvo");
 }
 PropertyValue deviceUID(const PropertyQuestion&) {
-    return PropertyValue::text(VirtualDevice::kUID);
+    return PropertyValue::text(kVirtualDeviceUID);
 }
 PropertyValue modelUID(const PropertyQuestion&) {
     return PropertyValue::text("HalvoVirtualOutput_Model");

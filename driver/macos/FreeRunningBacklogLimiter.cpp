@@ -11,7 +11,8 @@ constexpr std::size_t kChannels = 2;
 } // namespace
 
 bool FreeRunningBacklogLimiter::takes(const float* samples, std::size_t frames,
-                         const BacklogLimiter::Indices& indices) noexcept HALVO_REALTIME {
+                                      const BacklogLimiter::Indices& indices) noexcept
+    HALVO_REALTIME {
     const bool moved = begun_ && indices.read != lastRead_;
     if (moved && indices.read > lastRead_ && indices.read - lastRead_ <= kLongest) {
         // Several reads may lie between two of the writer's cycles: too long is harmless.

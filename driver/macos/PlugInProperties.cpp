@@ -1,5 +1,6 @@
 #include "driver/macos/Property.h"
 #include "driver/macos/VirtualDevice.h"
+#include "platform/VirtualOutput.h"
 
 namespace halvo::driver {
 
@@ -18,7 +19,7 @@ PropertyValue noBoxes(const PropertyQuestion&) {
 }
 
 PropertyValue deviceForUID(const PropertyQuestion& question) {
-    const bool isOurs = question.qualifier == VirtualDevice::kUID;
+    const bool isOurs = question.qualifier == kVirtualDeviceUID;
     return PropertyValue::of(isOurs ? object::kDevice : object::kUnknown);
 }
 

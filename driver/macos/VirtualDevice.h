@@ -19,8 +19,6 @@ namespace halvo::driver {
 /// thread, except where it says audio thread: that takes no lock.
 class VirtualDevice {
   public:
-    static constexpr const char* kUID = "HalvoVirtualOutput_UID";
-    static constexpr const char* kName = "Halvo Virtual Output";
     static constexpr std::array<std::uint32_t, 4> kRates{44100, 48000, 88200, 96000};
 
     /// Tries to make the ring at once, so that it is there before anybody plays.
@@ -72,7 +70,7 @@ class VirtualDevice {
     std::unique_ptr<RingWriter> owned_;
     std::string problem_;
     std::atomic<RingWriter*> ring_{nullptr}; ///< replaced only while no I/O runs
-    FreeRunningBacklogLimiter stride_;                    // audio thread only
+    FreeRunningBacklogLimiter stride_;       // audio thread only
 };
 
 } // namespace halvo::driver

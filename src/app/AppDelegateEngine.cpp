@@ -3,6 +3,7 @@
 #include "app/RealDevices.h"
 #include "platform/MainQueue.h"
 #include "platform/StatusPublisher.h"
+#include "platform/VirtualOutput.h"
 
 #include <algorithm>
 

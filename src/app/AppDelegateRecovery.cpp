@@ -1,10 +1,11 @@
 #include "app/AppDelegate.h"
 
 #include "app/RealDevices.h"
-#include "platform/RingLayout.h"
 #include "platform/AudioHardware.h"
 #include "platform/MainQueue.h"
+#include "platform/RingLayout.h"
 #include "platform/SharedMemory.h"
+#include "platform/VirtualOutput.h"
 
 namespace halvo {
 

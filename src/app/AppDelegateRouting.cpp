@@ -4,6 +4,7 @@
 #include "platform/AudioHardware.h"
 #include "platform/MainQueue.h"
 #include "platform/StandardOutput.h"
+#include "platform/VirtualOutput.h"
 
 #include <chrono>
 

@@ -1,6 +1,7 @@
 #include "app/RealDevices.h"
 
 #include "devices/DeviceManager.h"
+#include "platform/VirtualOutput.h"
 
 #include <algorithm>
 #include <array>

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "audio/AudioMeter.h"
+#include "base/Color.h"
 #include "platform/ScreenRect.h"
 #include "platform/StatusPicture.h"
-#include "base/Color.h"
 
 #include <functional>
 #include <optional>

@@ -4,9 +4,9 @@
 #include "audio/EqualizerStage.h"
 #include "audio/SharedRingBufferReader.h"
 #include "audio/SpectrumAnalyzer.h"
+#include "base/EQPreset.h"
 #include "base/Realtime.h"
 #include "platform/OutputUnit.h"
-#include "base/EQPreset.h"
 
 #include <atomic>
 #include <functional>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/RingLayout.h"
 #include "base/Realtime.h"
+#include "platform/RingLayout.h"
 
 #include <cstdint>
 #include <optional>

@@ -1,6 +1,7 @@
 #include "devices/DeviceManager.h"
 
 #include "platform/MainQueue.h"
+#include "platform/VirtualOutput.h"
 
 #include <algorithm>
 #include <array>

@@ -13,9 +13,6 @@ namespace halvo {
 
 class MainQueue;
 
-/// The UID of the virtual device that other programs play into.
-constexpr const char* kVirtualDeviceUID = "HalvoVirtualOutput_UID";
-
 /// What the machine has to play on: the list, the system's default, the person's choice and the
 /// device that was plugged in last. Main thread only.
 class DeviceManager {

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "fake/CallLog.h"
 #include "platform/AudioHardware.h"
 #include "platform/MainQueue.h"
-#include "fake/CallLog.h"
 
 #include <array>
 #include <map>

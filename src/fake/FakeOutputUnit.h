@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/OutputUnit.h"
 #include "fake/CallLog.h"
+#include "platform/OutputUnit.h"
 
 #include <optional>
 #include <string>

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "platform/Platform.h"
 #include "fake/FakeAudioHardware.h"
 #include "fake/FakeDesktop.h"
 #include "fake/FakeMainQueue.h"
@@ -10,6 +9,7 @@
 #include "fake/FakeSharedMemory.h"
 #include "fake/FakeUnicodeText.h"
 #include "fake/FakeUserDefaults.h"
+#include "platform/Platform.h"
 
 namespace halvo {
 

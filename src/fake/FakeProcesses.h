@@ -1,12 +1,12 @@
 #pragma once
 
+#include "fake/CallLog.h"
 #include "platform/BackgroundQueue.h"
 #include "platform/ChildProcess.h"
 #include "platform/HTTPSession.h"
 #include "platform/Image.h"
 #include "platform/MediaHelper.h"
 #include "platform/ScriptRunner.h"
-#include "fake/CallLog.h"
 
 #include <deque>
 #include <map>

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "fake/CallLog.h"
 #include "platform/Alert.h"
 #include "platform/Application.h"
 #include "platform/AudioHardware.h"
@@ -9,7 +10,6 @@
 #include "platform/StatusPublisher.h"
 #include "platform/SystemLog.h"
 #include "platform/TerminationSignal.h"
-#include "fake/CallLog.h"
 
 #include <map>
 #include <string>

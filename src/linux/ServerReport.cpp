@@ -1,8 +1,8 @@
 #include "linux/ServerReport.h"
 
+#include "linux/pipewire/PipeWireConnection.h"
 #include "platform/MainQueue.h"
 #include "platform/SystemLog.h"
-#include "linux/pipewire/PipeWireConnection.h"
 
 #include <cstdio>
 #include <utility>

@@ -1,7 +1,7 @@
 #include "loudness/LoudnessGuard.h"
 
-#include "devices/DeviceManager.h"
 #include "loudness/LevelScale.h"
+#include "platform/VirtualOutput.h"
 
 #include <algorithm>
 #include <chrono>
@@ -56,7 +56,7 @@ LoudnessGuard::LoudnessGuard(AudioServer& server, OutputGate& gate, MainQueue& m
 }
 
 std::unique_ptr<LoudnessGuard> LoudnessGuard::forRestore(AudioServer& server,
-                                                          std::filesystem::path record) {
+                                                         std::filesystem::path record) {
     std::unique_ptr<LoudnessGuard> guard(
         new LoudnessGuard(server, nullptr, nullptr, nullptr, std::move(record), {}));
     guard->isSilenced_ = true;

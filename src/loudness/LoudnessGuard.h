@@ -1,10 +1,10 @@
 #pragma once
 
 #include "base/Lifetime.h"
-#include "platform/MainQueue.h"
 #include "loudness/AudioServer.h"
 #include "loudness/GuardedDevice.h"
 #include "loudness/RaisedDevicesRecord.h"
+#include "platform/MainQueue.h"
 
 #include <atomic>
 #include <cstdint>
@@ -40,7 +40,7 @@ class LoudnessGuard final : public AudioHardware {
     /// at once, and the default when it is told to. It leaves the record to the next start, which
     /// repeats this. Any one thread, with a server connection of its own.
     static std::unique_ptr<LoudnessGuard> forRestore(AudioServer& server,
-                                                      std::filesystem::path record);
+                                                     std::filesystem::path record);
     /// The last step of a give-back: where nothing else has taken the default from the virtual
     /// device, it goes to the one before, or to nobody's choice. False: not done yet.
     bool leaveVirtualDevice();

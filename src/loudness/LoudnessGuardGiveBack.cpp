@@ -1,6 +1,5 @@
 #include "loudness/LoudnessGuard.h"
-
-#include "devices/DeviceManager.h"
+#include "platform/VirtualOutput.h"
 
 #include <algorithm>
 

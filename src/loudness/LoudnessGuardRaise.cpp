@@ -1,9 +1,9 @@
 #include "loudness/LoudnessGuard.h"
 
-#include "devices/DeviceManager.h"
-#include "platform/SystemLog.h"
 #include "loudness/LevelScale.h"
 #include "loudness/OutputGate.h"
+#include "platform/SystemLog.h"
+#include "platform/VirtualOutput.h"
 
 #include <algorithm>
 #include <chrono>

@@ -1,7 +1,7 @@
 #include "loudness/LoudnessGuard.h"
 
-#include "devices/DeviceManager.h"
 #include "loudness/LevelScale.h"
+#include "platform/VirtualOutput.h"
 
 #include <algorithm>
 #include <chrono>

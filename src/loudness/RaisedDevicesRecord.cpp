@@ -1,7 +1,7 @@
 #include "loudness/RaisedDevicesRecord.h"
 
-#include "platform/SystemLog.h"
 #include "linux/files/XdgDirectories.h"
+#include "platform/SystemLog.h"
 #include "posix/AtomicFile.h"
 
 #include <nlohmann/json.hpp>

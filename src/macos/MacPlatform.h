@@ -1,7 +1,5 @@
 #pragma once
 
-#include "platform/NoDesktop.h"
-#include "PlatformFactory.h"
 #include "macos/CoreAudioHardware.h"
 #include "macos/CoreAudioOutputUnit.h"
 #include "macos/MacDesktop.h"
@@ -13,6 +11,8 @@
 #include "macos/MacSystemLog.h"
 #include "macos/MacTerminationSignal.h"
 #include "macos/MacUserDefaults.h"
+#include "platform/NoDesktop.h"
+#include "platform/PlatformHost.h"
 #include "posix/ProcessStandardOutput.h"
 #include "qt/QtApplication.h"
 #include "qt/QtBackgroundQueue.h"

@@ -1,8 +1,8 @@
 #include "macos/MacStatusItem.h"
 
-#include "platform/MainQueue.h"
 #include "macos/MacColor.h"
 #include "macos/MacScreen.h"
+#include "platform/MainQueue.h"
 #include "qt/StatusPainter.h"
 
 #include <utility>

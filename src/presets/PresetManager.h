@@ -1,7 +1,7 @@
 #pragma once
 
-#include "base/Published.h"
 #include "base/EQPreset.h"
+#include "base/Published.h"
 
 #include <cstddef>
 #include <filesystem>

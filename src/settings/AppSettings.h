@@ -1,7 +1,7 @@
 #pragma once
 
-#include "base/Published.h"
 #include "base/Color.h"
+#include "base/Published.h"
 #include "settings/SavedColor.h"
 
 #include <array>

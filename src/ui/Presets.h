@@ -1,7 +1,7 @@
 #pragma once
 
-#include "base/Subscription.h"
 #include "base/EQPreset.h"
+#include "base/Subscription.h"
 #include "ui/RowsModel.h"
 
 #include <QString>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "base/UUID.h"
 #include "base/Color.h"
+#include "base/UUID.h"
 
 #include <QColor>
 #include <QString>

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/VirtualOutput.h"
 #include "session/Player.h"
 #include "session/PrivateSession.h"
 #include "session/Recorder.h"
@@ -10,7 +11,7 @@
 
 namespace halvo::test {
 
-inline constexpr const char* kVirtualSink = "HalvoVirtualOutput_UID";
+inline constexpr const char* kVirtualSink = kVirtualDeviceUID;
 inline constexpr const char* kSpeakers = "acc.a";
 inline constexpr const char* kHeadphones = "acc.b";
 

@@ -1,6 +1,6 @@
+#include "PlatformFactory.h"
 #include "app/AppDelegate.h"
 #include "application/ApplicationScene.h"
-#include "PlatformFactory.h"
 
 #include <QCoreApplication>
 #include <cmath>

@@ -147,8 +147,7 @@ TEST_F(SessionGuard, WaitsForAServerThatComesBack) {
     kill();
     ASSERT_TRUE(session.startServer());
     EXPECT_TRUE(PrivateSession::waitFor([&] { return !session.volume(kVirtualSink).empty(); }));
-    EXPECT_TRUE(
-        PrivateSession::waitFor([&] { return scene.processes("halvo-restore").empty(); }));
+    EXPECT_TRUE(PrivateSession::waitFor([&] { return scene.processes("halvo-restore").empty(); }));
     EXPECT_TRUE(isGivenBackSoon());
     EXPECT_EQ(session.configuredDefault(), std::nullopt);
 }
@@ -165,8 +164,7 @@ TEST_F(SessionGuard, GivesBackAgainWhereTheServerDiesBeforeThatIsWrittenDown) {
     session.stopServer();
     ASSERT_TRUE(session.startServer());
     EXPECT_TRUE(PrivateSession::waitFor([&] { return !session.volume(kVirtualSink).empty(); }));
-    EXPECT_TRUE(
-        PrivateSession::waitFor([&] { return scene.processes("halvo-restore").empty(); }));
+    EXPECT_TRUE(PrivateSession::waitFor([&] { return scene.processes("halvo-restore").empty(); }));
     EXPECT_TRUE(isGivenBack()) << session.defaultSink() << session.volume(kSpeakers)[0];
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "driver_session/RingFollower.h"
+#include "platform/VirtualOutput.h"
 #include "session/PrivateSession.h"
 
 #include <cstdint>
@@ -10,7 +11,7 @@
 
 namespace halvo::test {
 
-inline constexpr const char* kVirtualSink = "HalvoVirtualOutput_UID";
+inline constexpr const char* kVirtualSink = kVirtualDeviceUID;
 
 /// A private session with the real driver in it.
 class DriverScene {

@@ -1,5 +1,5 @@
-#include "linux_audio/ServerFixture.h"
 #include "linux/pipewire/PipeWireGraph.h"
+#include "linux_audio/ServerFixture.h"
 #include "session/Player.h"
 
 #include <algorithm>

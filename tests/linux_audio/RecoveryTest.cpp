@@ -1,6 +1,6 @@
+#include "linux/pipewire/PipeWireOutputUnit.h"
 #include "linux_audio/ServerFixture.h"
 #include "linux_audio/TestSignal.h"
-#include "linux/pipewire/PipeWireOutputUnit.h"
 #include "session/Recorder.h"
 
 #include <thread>

@@ -1,5 +1,5 @@
-#include "linux_audio/TestSignal.h"
 #include "linux/pipewire/PipeWireRenderer.h"
+#include "linux_audio/TestSignal.h"
 
 #include <cmath>
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "media/ScriptedPlayer.h"
 #include "linux/process/SpawnedChild.h"
+#include "media/ScriptedPlayer.h"
 #include "session/SessionCleanup.h"
 #include "session/SpawnedProgram.h"
 

@@ -1,7 +1,7 @@
+#include "fake/FakeServices.h"
 #include "media/BusScene.h"
 #include "media/TagService.h"
 #include "nowplaying/LastFMClient.h"
-#include "fake/FakeServices.h"
 #include "qt/QtHTTPSession.h"
 #include "qt/QtMainQueue.h"
 #include "qt/QtUnicodeText.h"

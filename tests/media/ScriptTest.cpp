@@ -1,8 +1,8 @@
+#include "fake/FakeServices.h"
+#include "linux/mpris/LinuxScriptRunner.h"
 #include "media/BusScene.h"
 #include "nowplaying/PlayerQuery.h"
 #include "nowplaying/PlayerScripts.h"
-#include "fake/FakeServices.h"
-#include "linux/mpris/LinuxScriptRunner.h"
 #include "qt/QtImageReader.h"
 
 #include <gtest/gtest.h>

@@ -3,8 +3,8 @@
 #include "audio/AudioEngine.h"
 #include "driver/RingWriter.h"
 #include "fake/FakePlatform.h"
-#include "loudness/OutputGate.h"
 #include "linux/pipewire/PipeWireRenderer.h"
+#include "loudness/OutputGate.h"
 
 #include <atomic>
 #include <cstdint>

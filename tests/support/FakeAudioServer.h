@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/MainQueue.h"
 #include "loudness/AudioServer.h"
+#include "platform/MainQueue.h"
 
 #include <chrono>
 #include <functional>

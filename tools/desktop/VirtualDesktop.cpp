@@ -1,4 +1,5 @@
 #include "desktop/VirtualDesktop.h"
+#include "platform/VirtualOutput.h"
 
 #include <QPixmap>
 #include <QScreen>
@@ -15,8 +16,6 @@ namespace halvo::desktop {
 using session::PrivateSession;
 
 namespace {
-
-constexpr const char* kVirtualSink = "HalvoVirtualOutput_UID";
 
 template <typename T> T orThrow(std::expected<T, std::string> made) {
     if (!made) throw std::runtime_error(made.error());
@@ -67,7 +66,7 @@ void VirtualDesktop::startScreen() {
 
 void VirtualDesktop::startDriver() {
     driver_ = orThrow(session_->spawn({programs_.driver}));
-    if (!waitFor([this] { return !session_->volume(kVirtualSink).empty(); })) {
+    if (!waitFor([this] { return !session_->volume(kVirtualDeviceUID).empty(); })) {
         throw std::runtime_error("no virtual device: " + driver_->standardError());
     }
 }

@@ -2,6 +2,7 @@
 
 #include "nowplaying/AutoGenreController.h"
 #include "nowplaying/NowPlayingMonitor.h"
+#include "platform/VirtualOutput.h"
 
 #include <chrono>
 #include <cmath>

@@ -1,7 +1,7 @@
 #include "session/PrivateSession.h"
 
-#include "session/SessionCleanup.h"
 #include "session/ServerView.h"
+#include "session/SessionCleanup.h"
 #include "session/SessionFiles.h"
 
 #include <algorithm>

@@ -26,8 +26,8 @@ constexpr std::chrono::milliseconds kCleaning{5000};
 
 } // namespace
 
-std::expected<std::unique_ptr<SessionCleanup>, std::string> SessionCleanup::start(const std::string& directory,
-                                                                    const std::string& ringName) {
+std::expected<std::unique_ptr<SessionCleanup>, std::string>
+SessionCleanup::start(const std::string& directory, const std::string& ringName) {
     std::array<int, 2> pipe{};
     if (::pipe2(pipe.data(), O_CLOEXEC) != 0) {
         return std::unexpected(std::string("pipe: ") + std::strerror(errno));

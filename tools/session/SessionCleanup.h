@@ -13,8 +13,8 @@ namespace halvo::session {
 /// ring.
 class SessionCleanup {
   public:
-    static std::expected<std::unique_ptr<SessionCleanup>, std::string> start(const std::string& directory,
-                                                                      const std::string& ringName);
+    static std::expected<std::unique_ptr<SessionCleanup>, std::string>
+    start(const std::string& directory, const std::string& ringName);
     /// Returns when everything is clean.
     ~SessionCleanup();
     SessionCleanup(const SessionCleanup&) = delete;

@@ -3,11 +3,11 @@
 #include "app/AppDelegate.h"
 #include "app/SavedSession.h"
 #include "linux/files/JsonUserDefaults.h"
-#include "loudness/LoudnessGuard.h"
+#include "linux/files/SessionLock.h"
 #include "linux/pipewire/PipeWireAudioHardware.h"
 #include "linux/pipewire/PipeWireConnection.h"
+#include "loudness/LoudnessGuard.h"
 #include "loudness/RaisedDevicesRecord.h"
-#include "linux/files/SessionLock.h"
 #include "posix/AtomicFile.h"
 
 #include <cstddef>

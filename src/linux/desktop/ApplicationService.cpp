@@ -1,7 +1,7 @@
 #include "linux/desktop/ApplicationService.h"
 
-#include "platform/Application.h"
 #include "linux/files/XdgDirectories.h"
+#include "platform/Application.h"
 #include "posix/AtomicFile.h"
 
 #include <QDBusConnection>

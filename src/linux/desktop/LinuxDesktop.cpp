@@ -1,7 +1,7 @@
 #include "linux/desktop/LinuxDesktop.h"
 
-#include "platform/Application.h"
 #include "linux/desktop/OutsideClickMonitor.h"
+#include "platform/Application.h"
 #include "qt/ApplicationObject.h"
 #include "qt/QtMainQueue.h"
 

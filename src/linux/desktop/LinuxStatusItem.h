@@ -1,8 +1,8 @@
 #pragma once
 
-#include "platform/StatusItem.h"
 #include "linux/desktop/StatusMenu.h"
 #include "linux/desktop/StatusNotifierItem.h"
+#include "platform/StatusItem.h"
 #include "qt/StatusPainter.h"
 
 #include <QObject>

@@ -73,7 +73,7 @@ struct OutsideClickMonitor::Connection {
 };
 
 std::unique_ptr<OutsideClickMonitor> OutsideClickMonitor::create(std::function<void()> pressed,
-                                               std::function<void()> released) {
+                                                                 std::function<void()> released) {
     auto connection = std::make_unique<Connection>();
     connection->handle.reset(xcb_connect(nullptr, nullptr));
     auto* handle = connection->handle.get();

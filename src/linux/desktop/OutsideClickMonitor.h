@@ -11,7 +11,7 @@ class OutsideClickMonitor {
   public:
     /// Nothing where there is no X server, or one without raw events (XInput before 2.1).
     static std::unique_ptr<OutsideClickMonitor> create(std::function<void()> pressed,
-                                              std::function<void()> released);
+                                                       std::function<void()> released);
     /// Whether windows on the X11 screen can be transparent.
     static bool hasCompositor();
     ~OutsideClickMonitor();

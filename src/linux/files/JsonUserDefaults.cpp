@@ -1,8 +1,8 @@
 #include "linux/files/JsonUserDefaults.h"
 
 #include "base/NumberText.h"
-#include "platform/SystemLog.h"
 #include "linux/files/XdgDirectories.h"
+#include "platform/SystemLog.h"
 #include "posix/AtomicFile.h"
 
 #include <QByteArray>

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "platform/MainQueue.h"
-#include "loudness/AudioServer.h"
 #include "linux/pipewire/PipeWireListeners.h"
 #include "linux/pipewire/PipeWireObserver.h"
 #include "linux/pipewire/PipeWireParams.h"
+#include "loudness/AudioServer.h"
+#include "platform/MainQueue.h"
 
 #include <map>
 #include <optional>

@@ -11,7 +11,8 @@ constexpr const char* kNodeName = "halvo-cycle-trigger";
 
 } // namespace
 
-std::unique_ptr<PipeWireCycleTrigger> PipeWireCycleTrigger::create(PipeWireConnection& connection, Owner& owner) {
+std::unique_ptr<PipeWireCycleTrigger> PipeWireCycleTrigger::create(PipeWireConnection& connection,
+                                                                   Owner& owner) {
     auto* core = connection.core();
     if (!core) return nullptr;
     std::unique_ptr<PipeWireCycleTrigger> turn(new PipeWireCycleTrigger(connection, owner));

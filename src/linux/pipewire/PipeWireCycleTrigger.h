@@ -25,7 +25,8 @@ class PipeWireCycleTrigger {
     };
 
     /// Null when the server is away or refuses.
-    static std::unique_ptr<PipeWireCycleTrigger> create(PipeWireConnection& connection, Owner& owner);
+    static std::unique_ptr<PipeWireCycleTrigger> create(PipeWireConnection& connection,
+                                                        Owner& owner);
     ~PipeWireCycleTrigger();
     PipeWireCycleTrigger(const PipeWireCycleTrigger&) = delete;
     PipeWireCycleTrigger& operator=(const PipeWireCycleTrigger&) = delete;

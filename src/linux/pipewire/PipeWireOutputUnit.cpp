@@ -2,6 +2,7 @@
 
 #include "linux/pipewire/PipeWireConnection.h"
 #include "linux/pipewire/PipeWireGraph.h"
+#include "platform/VirtualOutput.h"
 
 #include <algorithm>
 
@@ -12,7 +13,6 @@ namespace {
 using std::chrono::milliseconds;
 
 /// To play into it would be to hear oneself again.
-constexpr const char* kVirtualDeviceUID = "HalvoVirtualOutput_UID";
 constexpr std::uint32_t kMostChannels = 64;
 constexpr milliseconds kFirstRetry{50};
 constexpr milliseconds kLastRetry{2000};

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "platform/OutputUnit.h"
-#include "loudness/OutputGate.h"
 #include "linux/pipewire/PipeWireObserver.h"
 #include "linux/pipewire/PipeWireRenderer.h"
 #include "linux/pipewire/PipeWireStream.h"
+#include "loudness/OutputGate.h"
+#include "platform/OutputUnit.h"
 
 #include <chrono>
 #include <cstdint>

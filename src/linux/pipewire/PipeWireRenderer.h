@@ -1,8 +1,8 @@
 #pragma once
 
 #include "base/Realtime.h"
-#include "platform/OutputUnit.h"
 #include "loudness/OutputGate.h"
+#include "platform/OutputUnit.h"
 
 #include <atomic>
 #include <cstdint>

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "platform/OutputUnit.h"
+#include "linux/pipewire/PipeWireCycleTrigger.h"
 #include "linux/pipewire/PipeWireHandles.h"
 #include "linux/pipewire/PipeWireSettling.h"
-#include "linux/pipewire/PipeWireCycleTrigger.h"
+#include "platform/OutputUnit.h"
 
 #include <atomic>
 #include <memory>

@@ -1,7 +1,7 @@
 #include "linux/process/LinuxSessionGuard.h"
 
-#include "platform/SystemLog.h"
 #include "linux/files/HelperProgram.h"
+#include "platform/SystemLog.h"
 
 #include <QSocketNotifier>
 

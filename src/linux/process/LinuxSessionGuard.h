@@ -1,8 +1,8 @@
 #pragma once
 
 #include "base/Lifetime.h"
-#include "platform/MainQueue.h"
 #include "linux/process/SpawnedChild.h"
+#include "platform/MainQueue.h"
 #include "posix/FileDescriptor.h"
 
 #include <filesystem>

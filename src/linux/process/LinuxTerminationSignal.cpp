@@ -1,7 +1,7 @@
 #include "linux/process/LinuxTerminationSignal.h"
 
-#include "platform/AudioHardware.h"
 #include "linux/files/JsonUserDefaults.h"
+#include "platform/AudioHardware.h"
 #include "posix/ProcessTermination.h"
 
 #include <array>

@@ -2,6 +2,7 @@
 
 #include "app/AppDelegate.h"
 #include "fake/FakePlatform.h"
+#include "platform/VirtualOutput.h"
 
 #include <gtest/gtest.h>
 

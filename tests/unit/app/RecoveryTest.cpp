@@ -1,3 +1,4 @@
+#include "platform/VirtualOutput.h"
 #include "unit/app/AppDelegateFixture.h"
 
 namespace halvo {

@@ -1,4 +1,5 @@
 #include "app/RealDevices.h"
+#include "platform/VirtualOutput.h"
 #include "unit/app/AppDelegateFixture.h"
 
 namespace halvo {

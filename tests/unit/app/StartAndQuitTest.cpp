@@ -1,3 +1,4 @@
+#include "platform/VirtualOutput.h"
 #include "unit/app/AppDelegateFixture.h"
 
 #include <thread>

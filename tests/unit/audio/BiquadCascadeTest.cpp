@@ -1,4 +1,4 @@
-#include "support/PlainCascade.h"
+#include "bench/PlainCascade.h"
 
 #include <gtest/gtest.h>
 

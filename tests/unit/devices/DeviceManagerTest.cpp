@@ -1,5 +1,6 @@
 #include "devices/DeviceManager.h"
 #include "fake/FakePlatform.h"
+#include "platform/VirtualOutput.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
 #include "linux/process/LinuxTerminationSignal.h"
 
-#include "platform/UserDefaults.h"
 #include "fake/FakeAudioHardware.h"
 #include "fake/FakeMainQueue.h"
+#include "platform/UserDefaults.h"
 #include "unit/linux/TemporaryDirectory.h"
 
 #include <csignal>

@@ -1,3 +1,4 @@
+#include "platform/VirtualOutput.h"
 #include "unit/loudness/LoudnessGuardFixture.h"
 
 #include <algorithm>

@@ -1,4 +1,5 @@
 #include "loudness/RaisedDevicesRecord.h"
+#include "platform/VirtualOutput.h"
 #include "unit/loudness/LoudnessGuardFixture.h"
 
 #include <gmock/gmock.h>

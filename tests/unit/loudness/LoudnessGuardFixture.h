@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/VirtualOutput.h"
 #include "unit/loudness/LoudnessMachine.h"
 
 #include <gmock/gmock.h>

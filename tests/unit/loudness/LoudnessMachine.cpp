@@ -1,4 +1,5 @@
 #include "unit/loudness/LoudnessMachine.h"
+#include "platform/VirtualOutput.h"
 
 #include <gtest/gtest.h>
 

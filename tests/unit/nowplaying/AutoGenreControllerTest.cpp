@@ -1,9 +1,9 @@
 #include "nowplaying/AutoGenreController.h"
+#include "fake/FakeUnicodeText.h"
+#include "fake/FakeUserDefaults.h"
 #include "nowplaying/GenrePresetMapper.h"
 #include "nowplaying/LastFMClient.h"
 #include "nowplaying/SpotifyClient.h"
-#include "fake/FakeUnicodeText.h"
-#include "fake/FakeUserDefaults.h"
 #include "presets/PresetManager.h"
 #include "unit/nowplaying/NowPlayingFixture.h"
 

@@ -1,6 +1,6 @@
 #include "nowplaying/GenrePresetMapper.h"
-#include "qt/QtUnicodeText.h"
 #include "presets/FactoryPresets.h"
+#include "qt/QtUnicodeText.h"
 
 #include <gtest/gtest.h>
 

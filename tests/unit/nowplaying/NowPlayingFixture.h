@@ -1,9 +1,9 @@
 #pragma once
 
-#include "nowplaying/NowPlayingMonitor.h"
 #include "fake/FakeMainQueue.h"
 #include "fake/FakeProcesses.h"
 #include "fake/FakeServices.h"
+#include "nowplaying/NowPlayingMonitor.h"
 
 #include <gtest/gtest.h>
 
