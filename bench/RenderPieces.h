@@ -3,8 +3,8 @@
 #include "audio/AudioEngine.h"
 #include "audio/BiquadCascade.h"
 #include "audio/RealFFT.h"
-#include "fake/FakePlatform.h"
 #include "bench/PlainCascade.h"
+#include "fake/FakePlatform.h"
 
 #include <cstdint>
 #include <memory>
