@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 
 namespace halvo {
 
@@ -35,6 +36,7 @@ void AudioMeter::stop() {
 
 void AudioMeter::tick() {
     const float peak = rawPeak.value();
+    if (!std::isfinite(currentLevel_)) currentLevel_ = 0; // it would never fall again
     const float delta = peak - currentLevel_;
     currentLevel_ = currentLevel_ < peak ? peak : currentLevel_ + delta * kReleaseFraction;
     const auto& captured = captured_.read();

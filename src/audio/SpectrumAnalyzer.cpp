@@ -93,7 +93,8 @@ float SpectrumAnalyzer::bandLevel(std::size_t band,
     const auto count = static_cast<std::int64_t>(highest - lowest + 1);
     const float mean = sum(&magnitudes_[lowest], count) / static_cast<float>(count);
     const float power = mean * kBinsPerHertz;
-    const float decibels = 10 * std::log10(std::max(power, kQuietest));
+    // In this order a power that is no number counts as silence and does not stay in the smoothing.
+    const float decibels = 10 * std::log10(std::max(kQuietest, power));
     return std::clamp((decibels + kRangeDb) / kRangeDb, 0.0F, 1.0F);
 }
 

@@ -1,6 +1,7 @@
 #include "platform/VirtualOutput.h"
 #include "unit/app/AppDelegateFixture.h"
 
+#include <cmath>
 #include <thread>
 
 namespace halvo {
@@ -231,6 +232,39 @@ TEST_F(StartAndQuit, PresetsReachTheEngineInTheSameEdit) {
     EXPECT_EQ(engine.currentPreset()->preamp, -6);
     presets.eqEnabled.set(false);
     EXPECT_FALSE(engine.eqEnabled());
+}
+
+TEST_F(StartAndQuit, AnAbsurdPresetLeavesNothingBehind) {
+    launchWithDriver();
+    auto& presets = delegate->presetManager();
+    std::vector<float> tone(2048 * 2);
+    for (std::size_t n = 0; n < tone.size(); ++n)
+        tone[n] = 0.01F * std::sin(static_cast<float>(n / 2) * 0.1309F); // 1000 Hz
+    const auto levelsAfter = [&](int blocks) {
+        for (int block = 0; block < blocks; ++block)
+            (void)play(tone);
+        fake.mainQueue.advance(100ms);
+        return fake.statusPublisher.bandLevels;
+    };
+    struct Row {
+        float preamp;
+        float gain;
+    };
+    for (const auto& [preamp, gain] : {Row{0, 1400}, Row{0, -1400}, Row{1e30F, 0}, Row{770, 300}}) {
+        const auto absurd = presets.createCustomPreset("Absurd");
+        presets.activate(absurd);
+        presets.preamp.set(preamp);
+        for (std::size_t band = 0; band < kBandCount; ++band)
+            presets.setBandGain(band, gain);
+        for (const float level : levelsAfter(4))
+            EXPECT_TRUE(level >= 0 && level <= 1) << level << " at " << gain << " dB";
+        presets.activate(*presets.presetNamed("Flat"));
+        (void)play(tone); // what the filters still hold
+        EXPECT_EQ(play(tone), tone) << gain << " dB";
+        EXPECT_NEAR(levelsAfter(60)[5], 0.652, 0.001) << gain << " dB";
+        const auto& samples = delegate->statusView().waveformSamples;
+        EXPECT_TRUE(std::ranges::all_of(samples, [](float s) { return std::isfinite(s); }));
+    }
 }
 
 TEST_F(StartAndQuit, ActivationDoesNotOverwriteTheOldPresetsPreamp) {

@@ -7,6 +7,7 @@
 #include <atomic>
 #include <chrono>
 #include <cmath>
+#include <limits>
 #include <thread>
 
 using namespace halvo;
@@ -40,6 +41,14 @@ TEST_F(Meter, JumpsUpAndFallsByAFixedPart) {
     EXPECT_EQ(levelAfter(0.9F), 0.9F);
     for (int i = 0; i < 300; ++i)
         EXPECT_GE(levelAfter(0), 0);
+}
+
+TEST_F(Meter, AnEndlessPeakIsForgottenByTheNextTick) {
+    for (const float broken : {std::numeric_limits<float>::infinity(), std::nanf("")}) {
+        (void)levelAfter(broken);
+        EXPECT_EQ(levelAfter(0.5F), 0.5F) << broken;
+        EXPECT_NEAR(levelAfter(0), 0.2917, 1e-4) << broken;
+    }
 }
 
 TEST_F(Meter, KeepsTheLastTwentyBuffersOldestFirst) {

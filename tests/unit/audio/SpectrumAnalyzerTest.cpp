@@ -5,6 +5,7 @@
 
 #include <cmath>
 #include <complex>
+#include <limits>
 #include <memory>
 #include <numbers>
 #include <random>
@@ -113,6 +114,21 @@ TEST_F(Spectrum, LevelsRiseAndFallByTheSmoothing) {
     EXPECT_EQ(updates, 4);
     analyzer->deliver();
     EXPECT_EQ(updates, 4) << "nothing new, nothing told";
+}
+
+TEST_F(Spectrum, ABrokenSampleLeavesTheLevelsInRangeAndDoesNotStay) {
+    using Limits = std::numeric_limits<float>;
+    for (const float broken : {Limits::quiet_NaN(), Limits::infinity(), Limits::max()}) {
+        feedSine(1000, 0.01, 60);
+        std::vector<float> samples(2048 * 2, 0.25F);
+        samples[700] = broken;
+        analyzer->feed(samples.data(), 2048, 2, 48000);
+        analyzer->deliver();
+        for (const float level : levels)
+            EXPECT_TRUE(level >= 0 && level <= 1) << level << " after " << broken;
+        feedSine(1000, 0.01, 60);
+        EXPECT_NEAR(levels[5], 0.652, 0.001) << "after " << broken;
+    }
 }
 
 TEST_F(Spectrum, FramesCountAcrossCalls) {
