@@ -131,6 +131,35 @@ TEST_F(Spectrum, ABrokenSampleLeavesTheLevelsInRangeAndDoesNotStay) {
     }
 }
 
+TEST_F(Spectrum, TheMeanOfTheFirstTwoChannelsIsHeard) {
+    struct Row {
+        const char* name;
+        std::vector<float> gains; ///< of each channel
+        double expected;          ///< of the band; half the amplitude is 6.02 of 60 dB less
+    };
+    const Row rows[] = {
+        {"mono", {1}, 0.652},
+        {"left", {1, 0}, 0.652 - 6.02 / 60},
+        {"right", {0, 1}, 0.652 - 6.02 / 60},
+        {"both", {1, 1}, 0.652},
+        {"opposed", {1, -1}, 0},
+        {"first two of four", {0, 2, 5, 5}, 0.652},
+        {"others of four", {0, 0, 5, 5}, 0},
+    };
+    for (const auto& [name, gains, expected] : rows) {
+        constexpr std::size_t kFrames = 60 * 2048;
+        std::vector<float> samples;
+        for (std::size_t n = 0; n < kFrames; ++n) {
+            const double phase = 2 * std::numbers::pi * 1000 * static_cast<double>(n) / 48000;
+            for (const float gain : gains)
+                samples.push_back(gain * static_cast<float>(0.01 * std::sin(phase)));
+        }
+        analyzer->feed(samples.data(), kFrames, static_cast<std::int64_t>(gains.size()), 48000);
+        analyzer->deliver();
+        EXPECT_NEAR(levels[5], expected, 0.001) << name;
+    }
+}
+
 TEST_F(Spectrum, FramesCountAcrossCalls) {
     const std::vector<float> silence(2047 * 2, 0.0F);
     analyzer->feed(silence.data(), 2047, 2, 48000);
