@@ -4,9 +4,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 
 using namespace halvo;
+using namespace std::chrono_literals;
 
 namespace {
 
@@ -125,14 +127,38 @@ TEST_F(Engine, PreampScalesAndAnAbsentPresetDoesNot) {
     EXPECT_EQ(play({0.3F, 0.3F})[0], 0.3F);
 }
 
-TEST_F(Engine, MonoHasPreampAndClipButNoBands) {
-    start(1);
+TEST_F(Engine, OtherThanStereoHasPreampAndClipButNoBands) {
     engine.setCurrentPreset(presetWithPreamp(20));
     engine.eq().setBands(std::vector<float>(10, 9.0F));
-    const auto out = play({0.01F, 0.3F, 0.0F});
-    EXPECT_NEAR(out[0], 0.1F, 1e-7);
-    EXPECT_NEAR(out[1], 0.75F, 1e-6);
-    EXPECT_EQ(out[2], 0.0F);
+    for (const std::uint32_t channels : {1U, 3U, 4U, 6U}) {
+        start(channels);
+        const std::size_t frames = 8;
+        std::vector<float> samples(frames * channels, 0.01F);
+        samples[1] = 0.3F;
+        const auto out = play(samples);
+        for (std::size_t i = 0; i < out.size(); ++i)
+            EXPECT_NEAR(out[i], i == 1 ? 0.75F : 0.1F, 1e-6) << i << " of " << channels;
+        engine.stop();
+    }
+}
+
+TEST_F(Engine, MeterAndSpectrumHearTheSoundAheadOfTheVolume) {
+    start();
+    engine.setCurrentPreset(presetWithPreamp(-6));
+    SpectrumAnalyzer::BandLevels levels{};
+    engine.spectrum().onSpectrumUpdate = [&](const auto& now) { levels = now; };
+    std::vector<float> tone(2048 * 2);
+    for (std::size_t n = 0; n < tone.size(); ++n)
+        tone[n] = 0.01F * std::sin(static_cast<float>(n / 2) * 0.1309F); // 1000 Hz
+    for (const float volume : {1.0F, 0.25F, 0.0F}) {
+        engine.setOutputVolume(volume);
+        for (int block = 0; block < 60; ++block)
+            (void)play(tone);
+        fake.mainQueue.advance(100ms);
+        EXPECT_NEAR(engine.meter().currentLevel(), 0.01 * std::pow(10, -0.3), 1e-4) << volume;
+        EXPECT_NEAR(engine.meter().history().back(), 0.00707 * std::pow(10, -0.3), 1e-4) << volume;
+        EXPECT_NEAR(levels[5], 0.652 - 6.0 / 60, 0.001) << volume;
+    }
 }
 
 TEST_F(Engine, ANewDeviceKeepsRingFiltersAndRunning) {
