@@ -34,10 +34,10 @@ bool FakeFileSystem::append(const std::filesystem::path& path, const std::string
     return true;
 }
 
-bool FakeFileSystem::rename(const std::filesystem::path& from, const std::filesystem::path& to) {
-    if (writesFail || !files.contains(from)) return false;
-    files[to] = files.at(from);
-    files.erase(from);
+bool FakeFileSystem::setAside(const std::filesystem::path& path) {
+    if (writesFail || !files.contains(path)) return false;
+    files[path.string() + ".unreadable"] = files.at(path);
+    files.erase(path);
     return true;
 }
 

@@ -57,7 +57,7 @@ class FakeFileSystem final : public FileSystem {
     std::optional<std::string> read(const std::filesystem::path& path) override;
     bool write(const std::filesystem::path& path, const std::string& contents) override;
     bool append(const std::filesystem::path& path, const std::string& contents) override;
-    bool rename(const std::filesystem::path& from, const std::filesystem::path& to) override;
+    bool setAside(const std::filesystem::path& path) override;
 
     std::optional<std::filesystem::path> support = "/support";
     std::map<std::filesystem::path, std::string> files;

@@ -23,7 +23,9 @@ class FileSystem {
     virtual bool write(const std::filesystem::path& path, const std::string& contents) = 0;
     /// Adds to the end of a file, creating it if need be. Never follows a symbolic link.
     virtual bool append(const std::filesystem::path& path, const std::string& contents) = 0;
-    virtual bool rename(const std::filesystem::path& from, const std::filesystem::path& to) = 0;
+    /// Renames what cannot be read, so that its place is free; a symbolic link stays, the file that
+    /// it leads to is renamed. False if it is still in place.
+    virtual bool setAside(const std::filesystem::path& path) = 0;
 };
 
 } // namespace halvo

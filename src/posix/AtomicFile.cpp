@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <system_error>
@@ -54,6 +55,15 @@ bool overwrite(const fs::path& target, const std::string& contents) {
            ::ftruncate(file.get(), static_cast<off_t>(contents.size())) == 0;
 }
 
+std::string dateText() {
+    const std::time_t now = std::time(nullptr);
+    std::tm parts{};
+    ::gmtime_r(&now, &parts);
+    std::array<char, 32> text{};
+    const auto length = std::strftime(text.data(), text.size(), "%Y-%m-%dT%H%M%SZ", &parts);
+    return {text.data(), length};
+}
+
 } // namespace
 
 std::optional<fs::path> resolve(fs::path path) {
@@ -87,6 +97,22 @@ bool write(const fs::path& path, const std::string& contents) {
     const auto outcome = replace(*target, contents);
     return outcome == Outcome::done ||
            (outcome == Outcome::notPossibleHere && overwrite(*target, contents));
+}
+
+std::expected<fs::path, std::error_code> setAside(const fs::path& path) {
+    std::error_code error;
+    const fs::path target = resolve(path).value_or(path);
+    // A link may lead to a whole folder or to a device, which is no copy of ours to move.
+    if (target != path && !fs::is_regular_file(target, error)) {
+        return std::unexpected(std::make_error_code(std::errc::operation_not_permitted));
+    }
+    const std::string base = target.string() + ".unreadable-" + dateText();
+    std::string name = base;
+    for (int i = 2; fs::exists(fs::symlink_status(name, error)); ++i)
+        name = base + "-" + std::to_string(i);
+    fs::rename(target, name, error);
+    if (error) return std::unexpected(error);
+    return name;
 }
 
 } // namespace halvo::AtomicFile

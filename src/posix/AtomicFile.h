@@ -1,9 +1,11 @@
 #pragma once
 
 #include <cstddef>
+#include <expected>
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <system_error>
 
 namespace halvo::AtomicFile {
 
@@ -15,6 +17,10 @@ std::optional<std::string> read(const std::filesystem::path& path, std::size_t m
 /// link stays one and its target is replaced. Where no file can be made beside it, or none can take
 /// its place, it is written over in place. Does not wait for the disk. Any thread.
 bool write(const std::filesystem::path& path, const std::string& contents);
+
+/// Renames a file to "<name>.unreadable-<date>", a name that is free, and returns it. A symbolic
+/// link stays and its target is renamed, if that is a regular file. Any thread.
+std::expected<std::filesystem::path, std::error_code> setAside(const std::filesystem::path& path);
 
 /// The file that `path` stands for after all symbolic links at its end, whether it exists or not;
 /// nothing when they lead in a circle. Any thread.

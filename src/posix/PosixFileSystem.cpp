@@ -58,10 +58,8 @@ bool PosixFileSystem::append(const fs::path& path, const std::string& contents) 
     return file && isOwnPlainFile(file.get()) && writeAll(file.get(), contents);
 }
 
-bool PosixFileSystem::rename(const fs::path& from, const fs::path& to) {
-    std::error_code error;
-    fs::rename(from, to, error);
-    return !error;
+bool PosixFileSystem::setAside(const fs::path& path) {
+    return AtomicFile::setAside(path).has_value();
 }
 
 } // namespace halvo

@@ -17,7 +17,8 @@ class PosixFileSystem : public FileSystem {
     bool write(const std::filesystem::path& path, const std::string& contents) override;
     /// Refuses what is not this user's own plain file under this one name.
     bool append(const std::filesystem::path& path, const std::string& contents) override;
-    bool rename(const std::filesystem::path& from, const std::filesystem::path& to) override;
+    /// To "<name>.unreadable-<date>".
+    bool setAside(const std::filesystem::path& path) override;
 };
 
 } // namespace halvo

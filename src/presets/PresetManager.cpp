@@ -8,9 +8,7 @@
 #include "presets/PresetCoding.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdlib>
-#include <ctime>
 #include <set>
 
 namespace halvo {
@@ -18,15 +16,6 @@ namespace halvo {
 namespace {
 
 constexpr const char* kOutputVolumeKey = "halvo_outputVolume";
-
-std::string timestamp() {
-    const std::time_t now = std::time(nullptr);
-    std::tm parts{};
-    gmtime_r(&now, &parts);
-    std::array<char, 32> text{};
-    const auto length = std::strftime(text.data(), text.size(), "%Y%m%d-%H%M%S", &parts);
-    return {text.data(), length};
-}
 
 } // namespace
 
@@ -49,9 +38,7 @@ void PresetManager::load() {
     auto decoded = contents ? decodePresets(*contents) : std::nullopt;
     if (!decoded && files_.exists(storageURL_)) {
         // What somebody made is not overwritten, even if it cannot be read.
-        auto aside = storageURL_;
-        aside += ".unreadable-" + timestamp();
-        (void)files_.rename(storageURL_, aside);
+        isReadOnly_ = !files_.setAside(storageURL_);
     }
     if (decoded) presets.set(std::move(*decoded));
     if (presets.get().empty()) {
@@ -61,6 +48,7 @@ void PresetManager::load() {
 }
 
 void PresetManager::save() {
+    if (isReadOnly_) return;
     // Failures are silent by design: the list in memory is the truth.
     if (const auto json = encodePresets(presets.get())) (void)files_.write(storageURL_, *json);
 }

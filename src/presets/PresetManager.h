@@ -23,7 +23,8 @@ class UserDefaults;
 class PresetManager {
   public:
     /// Loads the list. An absent or unreadable file gives the factory presets; one that cannot be
-    /// read is set aside first. A system without a place for application data ends the process.
+    /// read is set aside first, and if even that fails, it is left alone and nothing is saved. A
+    /// system without a place for application data ends the process.
     PresetManager(FileSystem& files, UserDefaults& defaults, SystemLog& log);
 
     Published<std::vector<EQPreset>> presets;
@@ -73,6 +74,7 @@ class PresetManager {
     UserDefaults& defaults_;
     SystemLog& log_;
     std::filesystem::path storageURL_;
+    bool isReadOnly_ = false; ///< a file that cannot be read could not be set aside either
 };
 
 } // namespace halvo

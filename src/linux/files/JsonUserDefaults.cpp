@@ -7,9 +7,7 @@
 
 #include <QByteArray>
 
-#include <array>
 #include <cmath>
-#include <ctime>
 #include <limits>
 #include <nlohmann/json.hpp>
 #include <system_error>
@@ -52,29 +50,12 @@ FileState load(const fs::path& path, Json& values) {
     return FileState::read;
 }
 
-std::string dateText() {
-    const std::time_t now = std::time(nullptr);
-    std::tm parts{};
-    ::gmtime_r(&now, &parts);
-    std::array<char, 32> text{};
-    const auto length = std::strftime(text.data(), text.size(), "%Y-%m-%dT%H%M%SZ", &parts);
-    return {text.data(), length};
-}
-
-/// Renames the file, behind a symbolic link the one that it leads to, to a name that is free.
 bool setAside(const fs::path& path, SystemLog& log) {
-    const fs::path target = AtomicFile::resolve(path).value_or(path);
-    const std::string base = target.string() + ".unreadable-" + dateText();
-    std::string name = base;
-    std::error_code error;
-    for (int i = 2; fs::exists(fs::symlink_status(name, error)); ++i) {
-        name = base + "-" + std::to_string(i);
-    }
-    fs::rename(target, name, error);
-    log.write(error ? "Halvo: Settings in " + target.string() +
-                          " cannot be read; changes will not be saved: " + error.message()
-                    : "Halvo: Settings could not be read, set aside as " + name);
-    return !error;
+    const auto aside = AtomicFile::setAside(path);
+    log.write(aside ? "Halvo: Settings could not be read, set aside as " + aside->string()
+                    : "Halvo: Settings in " + path.string() +
+                          " cannot be read; changes will not be saved: " + aside.error().message());
+    return aside.has_value();
 }
 
 std::optional<std::string> decodeBase64(const std::string& text) {

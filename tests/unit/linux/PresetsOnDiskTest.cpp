@@ -3,21 +3,25 @@
 #include "linux/files/XdgFileSystem.h"
 #include "presets/PresetCoding.h"
 #include "presets/PresetManager.h"
+#include "unit/linux/TemporaryDirectory.h"
 
 #include <gtest/gtest.h>
 
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 using namespace halvo;
+using test::put;
 
 namespace {
+
+constexpr const char* kPrecious = "what somebody made";
+constexpr auto kReadOnlyFolder =
+    std::filesystem::perms::owner_read | std::filesystem::perms::owner_exec;
 
 /// The list of presets in a real folder of its own.
 class PresetsOnDisk : public testing::Test {
@@ -33,11 +37,14 @@ class PresetsOnDisk : public testing::Test {
         ::unsetenv("XDG_DATA_HOME");
     }
     std::filesystem::path file() const { return folder / "Halvo" / "presets.json"; }
-    std::string contents() const {
-        std::ifstream stream(file());
-        std::ostringstream text;
-        text << stream.rdbuf();
-        return text.str();
+    std::string contents() const { return test::contents(file()); }
+    /// What the file beside `path` that was set aside holds.
+    static std::string keptBeside(const std::filesystem::path& path) {
+        for (const auto& entry : std::filesystem::directory_iterator(path.parent_path())) {
+            if (entry.path().string().starts_with(path.string() + ".unreadable-"))
+                return test::contents(entry.path());
+        }
+        return "nothing";
     }
     /// A list long enough that a save takes a while.
     static void fill(PresetManager& manager) {
@@ -105,12 +112,57 @@ TEST_F(PresetsOnDisk, AFullDiskKeepsTheOldList) {
 
 TEST_F(PresetsOnDisk, AnUnreadableFileIsKeptBesideTheNewOne) {
     std::filesystem::create_directories(file().parent_path());
-    std::ofstream(file()) << "what somebody made";
+    put(file(), kPrecious);
     const PresetManager manager(files, defaults, log);
     EXPECT_TRUE(decodePresets(contents()));
-    int kept = 0;
-    for (const auto& entry : std::filesystem::directory_iterator(file().parent_path())) {
-        if (entry.path().string().contains("presets.json.unreadable-")) ++kept;
+    EXPECT_EQ(keptBeside(file()), kPrecious);
+}
+
+TEST_F(PresetsOnDisk, BehindALinkTheTargetIsSetAsideAndTheLinkStays) {
+    std::filesystem::create_directories(file().parent_path());
+    std::filesystem::create_directory(folder / "dotfiles");
+    const auto target = folder / "dotfiles/presets.json";
+    put(target, kPrecious);
+    std::filesystem::create_symlink("../dotfiles/presets.json", file());
+    PresetManager manager(files, defaults, log);
+    manager.createCustomPreset("Mine");
+    EXPECT_EQ(std::filesystem::read_symlink(file()), "../dotfiles/presets.json");
+    EXPECT_EQ(decodePresets(test::contents(target)), manager.presets.get());
+    EXPECT_EQ(keptBeside(target), kPrecious);
+}
+
+TEST_F(PresetsOnDisk, NothingIsWrittenOverWhatCannotBeSetAside) {
+    const test::WithoutPrivileges nobody;
+    const test::TemporaryDirectory own;
+    ::setenv("XDG_DATA_HOME", own.path().c_str(), 1);
+    const auto support = own / "Halvo";
+    const auto dotfiles = own / "dotfiles";
+    for (const bool isLinked : {false, true}) {
+        SCOPED_TRACE(isLinked ? "behind a link" : "in its place");
+        std::filesystem::create_directory(support);
+        std::filesystem::create_directory(dotfiles);
+        const auto target = (isLinked ? dotfiles : support) / "presets.json";
+        put(target, kPrecious);
+        if (isLinked) std::filesystem::create_symlink(target, support / "presets.json");
+        std::filesystem::permissions(target.parent_path(), kReadOnlyFolder);
+        PresetManager manager(files, defaults, log);
+        manager.createCustomPreset("Mine");
+        std::filesystem::permissions(target.parent_path(), std::filesystem::perms::owner_all);
+        manager.createCustomPreset("Mine too");
+        EXPECT_EQ(manager.presets.get().size(), 25U) << "in memory the list goes on";
+        EXPECT_EQ(test::contents(target), kPrecious);
+        EXPECT_EQ(std::filesystem::is_symlink(support / "presets.json"), isLinked);
+        std::filesystem::remove_all(support);
+        std::filesystem::remove_all(dotfiles);
     }
-    EXPECT_EQ(kept, 1);
+}
+
+TEST_F(PresetsOnDisk, ALinkToAFolderLeavesTheFolderWhereItIs) {
+    std::filesystem::create_directories(file().parent_path());
+    std::filesystem::create_directory(folder / "music");
+    std::filesystem::create_symlink(folder / "music", file());
+    PresetManager manager(files, defaults, log);
+    manager.createCustomPreset("Mine");
+    EXPECT_TRUE(std::filesystem::is_directory(folder / "music"));
+    EXPECT_TRUE(std::filesystem::is_symlink(file()));
 }

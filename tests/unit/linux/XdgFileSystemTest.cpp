@@ -91,9 +91,9 @@ TEST(XdgFileSystemTests, CreatesFoldersAndSaysWhetherTheyAreThere) {
     put(directory / "file", "");
     EXPECT_FALSE(files.createDirectory(directory / "file"));
     EXPECT_FALSE(files.createDirectory(directory / "file/below"));
-    EXPECT_TRUE(files.rename(directory / "file", directory / "a/file"));
-    EXPECT_FALSE(files.rename(directory / "file", directory / "b"));
-    EXPECT_TRUE(files.exists(directory / "a/file"));
+    EXPECT_TRUE(files.exists(directory / "file"));
+    EXPECT_TRUE(files.setAside(directory / "file"));
+    EXPECT_FALSE(files.setAside(directory / "file"));
     EXPECT_FALSE(files.exists(directory / "file"));
 }
 
