@@ -8,6 +8,34 @@
 
 namespace halvo {
 
+namespace {
+
+/// A character of a text as the description of an array shows it, which stays on one line.
+std::string escaped(char character) {
+    switch (character) {
+    case '"':
+        return R"(\")";
+    case '\\':
+        return R"(\\)";
+    case '\0':
+        return R"(\0)";
+    case '\n':
+        return R"(\n)";
+    case '\r':
+        return R"(\r)";
+    case '\t':
+        return R"(\t)";
+    default:
+        break;
+    }
+    const auto byte = static_cast<unsigned char>(character);
+    if (byte >= 0x20 && byte != 0x7F) return {character};
+    constexpr const char* kHexDigits = "0123456789ABCDEF";
+    return {'\\', 'u', '{', kHexDigits[byte / 16], kHexDigits[byte % 16], '}'};
+}
+
+} // namespace
+
 std::shared_ptr<AppDelegate> AppDelegate::create(const Platform& platform) {
     return std::shared_ptr<AppDelegate>(new AppDelegate(platform));
 }
@@ -113,10 +141,8 @@ void AppDelegate::logDevices() {
     for (const auto& [uid, name] : deviceManager_.outputDevices.get()) {
         if (!list.empty()) list += ", ";
         list += '"';
-        for (const char character : name + " [" + uid + "]") {
-            if (character == '"' || character == '\\') list += '\\';
-            list += character;
-        }
+        for (const char character : name + " [" + uid + "]")
+            list += escaped(character);
         list += '"';
     }
     log_.write("Devices: [" + list + "]");

@@ -6,6 +6,7 @@
 
 namespace halvo {
 
+using namespace std::string_literals;
 using StartAndQuit = AppDelegateTest;
 
 TEST_F(StartAndQuit, TheDebugLogTellsTheOrderOfAFreshStart) {
@@ -29,10 +30,15 @@ TEST_F(StartAndQuit, TheDebugLogTellsTheOrderOfAFreshStart) {
     EXPECT_EQ(fake.audioHardware.systemOutput(), virtualDevice);
 }
 
-TEST_F(StartAndQuit, QuotesInNamesAreEscaped) {
+TEST_F(StartAndQuit, ADevicesNameCannotBreakTheLogsLine) {
     fake.audioHardware.device(a).name = R"(The "Best" \ One)";
+    fake.audioHardware.device(b).name = "a\nHalvo: \r\tb\x1B[2J\x7F\0é"s;
+    fake.audioHardware.add("acc\n.c", "");
     launch();
-    EXPECT_NE(debugLog().find(R"(Devices: ["The \"Best\" \\ One [acc.a]")"), std::string::npos);
+    EXPECT_TRUE(debugLog().contains(R"(Devices: ["The \"Best\" \\ One [acc.a]", )"
+                                    R"("a\nHalvo: \r\tb\u{1B}[2J\u{7F}\0é [acc.b]", " [acc\n.c]"])"
+                                    "\nHalvo: Default: "))
+        << debugLog();
 }
 
 TEST_F(StartAndQuit, WithoutAnyDeviceTheInterfaceStillHasItsPreset) {
