@@ -1,4 +1,5 @@
 #include "presets/PresetManager.h"
+#include "base/NumberText.h"
 #include "fake/FakePlatform.h"
 #include "presets/FactoryPresets.h"
 #include "presets/PresetCoding.h"
@@ -6,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <limits>
 #include <memory>
 #include <random>
@@ -64,6 +66,21 @@ TEST_F(Presets, AFirstLaunchHasTheFactoryListAndItsFile) {
     EXPECT_FALSE(fake.userDefaults.contains("halvo_outputVolume"));
     EXPECT_TRUE(file().starts_with("[{\"id\":\"")) << file().substr(0, 60);
     EXPECT_TRUE(file().contains("\"bands\":[5.24,13.84,11.3,2.66,-4.38,-3.0,4.64,5.3,6.0,7.5]"));
+}
+
+TEST(FactoryPresets, NoNameOrGainOfTheTableChangesUnnoticed) {
+    std::string table;
+    for (const auto& preset : defaultPresets()) {
+        table += preset.name + " " + numberText(preset.preamp);
+        for (const float gain : preset.bands)
+            table += " " + numberText(gain);
+        table += "\n";
+        EXPECT_TRUE(preset.isFactory) << preset.name;
+    }
+    std::uint64_t checksum = 0xCBF29CE484222325; // FNV-1a
+    for (const char character : table)
+        checksum = (checksum ^ static_cast<unsigned char>(character)) * 0x100000001B3;
+    EXPECT_EQ(checksum, 0x71C07284CB3E9361) << table;
 }
 
 TEST_F(Presets, GoodAndOddFilesLoadAsTheyAre) {
