@@ -89,14 +89,13 @@ void AutoGenreController::handleNewTrack(const NowPlayingTrack& track) {
 }
 
 void AutoGenreController::startLookup(const std::string& artist) {
-    if (lookupTask_) lookupTask_->isCancelled = true;
+    lookupTask_ = std::make_shared<Subscription>();
     isLookingUp.set(true);
-    const auto task = lookupTask_ = std::make_shared<LookupTask>();
-    services_.mainQueue.async([this, alive = lifetime_.watch(), task, artist] {
-        if (alive.expired()) return;
-        services_.lastFM.getArtistTags(artist, [this, alive, task, artist](const auto& tags) {
-            if (!alive.expired() && !task->isCancelled) finishLookup(artist, tags);
-        });
+    services_.mainQueue.async([this, weak = std::weak_ptr(lookupTask_), artist] {
+        const auto task = weak.lock();
+        if (!task) return;
+        *task = services_.lastFM.getArtistTags(
+            artist, [this, artist](const auto& tags) { finishLookup(artist, tags); });
     });
 }
 

@@ -57,11 +57,6 @@ class AutoGenreController {
     }
 
   private:
-    /// A look-up under way; one that was cancelled touches nothing any more.
-    struct LookupTask {
-        bool isCancelled = false;
-    };
-
     void setupPipeline();
     void forwardChanges();
     void handleNewTrack(const NowPlayingTrack& track);
@@ -73,7 +68,7 @@ class AutoGenreController {
 
     AutoGenreServices services_;
     ChangeNotice changed_;
-    std::shared_ptr<LookupTask> lookupTask_;
+    std::shared_ptr<Subscription> lookupTask_; ///< dropping it cancels the look-up
     std::optional<UUID> lastAutoSwitchedPresetID_;
     bool userOverrideActive_ = false; ///< somebody chose a preset since the track began
 

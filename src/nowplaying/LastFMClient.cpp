@@ -14,7 +14,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr MainQueue::Duration kTimeout = 5s;
+constexpr std::chrono::milliseconds kTimeout = 5s;
 constexpr MainQueue::Duration kBetweenRequests = 1s;
 /// Many times the longest answer, and parsed well within a frame.
 constexpr std::size_t kLongestAnswer = 256UL * 1024;
@@ -33,48 +33,58 @@ LastFMClient::LastFMClient(HTTPSession& session, MainQueue& queue, const Unicode
                            SystemLog& log)
     : session_(session), queue_(queue), unicode_(unicode), log_(log) {}
 
-void LastFMClient::getArtistTags(const std::string& artist, Completion completion) {
+Subscription LastFMClient::getArtistTags(const std::string& artist, Completion completion) {
     auto key = unicode_.composed(unicode_.lowerCased(artist));
     if (const auto known = cache_.find(key); known != cache_.end()) {
         const Tags tags = known->second; // the cache may grow meanwhile
-        return completion(tags);
+        completion(tags);
+        return {};
     }
     if (!hasTagServiceKey()) {
         log_.write("Halvo: Last.fm API key not configured");
-        return completion({});
+        completion({});
+        return {};
     }
+    auto asker = std::make_shared<const Completion>(std::move(completion));
     auto& askers = underWay_[key];
-    askers.push_back(std::move(completion));
-    if (askers.size() > 1) return;
-    waiting_.push_back({std::move(key), artist, queue_.now() + kTimeout});
+    askers.push_back(asker);
+    const auto queued = std::ranges::find(waiting_, key, &Lookup::key);
+    if (queued != waiting_.end()) {
+        std::rotate(queued, queued + 1, waiting_.end()); // once more the newest
+    } else if (askers.size() == 1) {
+        waiting_.push_back({std::move(key), artist});
+    }
     sendNext();
+    return Subscription([asker = std::move(asker)]() mutable { asker.reset(); });
 }
 
 void LastFMClient::sendNext() {
     while (!waiting_.empty()) {
         const auto now = queue_.now();
-        const auto next = waiting_.front();
-        if (now < nextStart_ && now < next.deadline) {
-            turn_ = queue_.afterCancellable(std::min(nextStart_, next.deadline) - now,
-                                            [this] { sendNext(); });
+        if (now < nextStart_) {
+            turn_ = queue_.afterCancellable(nextStart_ - now, [this] { sendNext(); });
             return;
         }
-        waiting_.pop_front();
-        if (now >= next.deadline) {
-            finish(next, std::nullopt);
+        const auto newest = std::move(waiting_.back());
+        waiting_.pop_back();
+        if (!isAwaited(newest)) {
+            underWay_.erase(newest.key);
             continue;
         }
         nextStart_ = now + kBetweenRequests;
-        send(next);
+        send(newest);
     }
 }
 
+bool LastFMClient::isAwaited(const Lookup& lookup) const {
+    return std::ranges::any_of(underWay_.at(lookup.key),
+                               [](const auto& asker) { return !asker.expired(); });
+}
+
 void LastFMClient::send(const Lookup& lookup) {
-    // Never 0, which would be no limit.
-    const auto left = std::chrono::ceil<std::chrono::milliseconds>(lookup.deadline - queue_.now());
     session_.get({.url = tagServiceAddress(lookup.artist),
                   .userAgent = userAgent(),
-                  .timeout = left,
+                  .timeout = kTimeout,
                   .maximumBytes = kLongestAnswer},
                  [this, alive = lifetime_.watch(), lookup](const auto& response) {
                      if (!alive.expired()) finish(lookup, response);
@@ -99,8 +109,9 @@ LastFMClient::Tags LastFMClient::keepTags(const Lookup& lookup, const HTTPRespon
 
 void LastFMClient::complete(const Lookup& lookup, const Tags& tags) {
     auto askers = std::move(underWay_.extract(lookup.key).mapped());
-    for (const auto& completion : askers)
-        completion(tags);
+    for (const auto& asker : askers) {
+        if (const auto completion = asker.lock()) (*completion)(tags);
+    }
 }
 
 } // namespace halvo

@@ -164,7 +164,7 @@ TEST(Network, TagsArriveWhateverTheArtistIsCalled) {
     LastFMClient client(session, queue, unicode, log);
     const auto tagsOf = [&](const std::string& artist) {
         std::optional<std::vector<std::string>> tags;
-        client.getArtistTags(artist, [&](const auto& found) { tags = found; });
+        const auto asker = client.getArtistTags(artist, [&](const auto& found) { tags = found; });
         EXPECT_TRUE(loopUntil([&] { return tags.has_value(); })) << artist;
         return tags.value_or(std::vector<std::string>());
     };

@@ -214,6 +214,36 @@ TEST_F(AutoGenre, ANewArtistCancelsTheLookupButNoArtistDoesNot) {
     EXPECT_EQ(active(), "Rock") << "what was asked for in vain is known";
 }
 
+TEST_F(AutoGenre, OfManySkippedTracksTheOneThatStaysIsAskedAboutInFull) {
+    open();
+    std::vector<MainQueue::Duration> starts;
+    const auto pass = [&](MainQueue::Duration time) {
+        for (const auto end = queue.now() + time; queue.now() < end; queue.advance(10ms))
+            if (session.requests.size() > starts.size()) starts.push_back(queue.now());
+    };
+    for (int i = 1; i <= 15; ++i) { // of a service that does not answer
+        play("artist" + std::to_string(i));
+        pass(600ms);
+    }
+    pass(1s);
+    ASSERT_TRUE(session.requests.back().url.contains("&artist=artist15&"));
+    for (std::size_t i = 1; i < starts.size(); ++i)
+        EXPECT_GE(starts[i] - starts[i - 1], 1s);
+    for (const auto& request : session.requests)
+        EXPECT_EQ(request.timeout, 5s);
+    EXPECT_LT(starts.size(), 15U);
+    const auto logged = takeLog();
+    EXPECT_EQ(
+        std::ranges::count_if(logged, [](const auto& text) { return text.contains("failed"); }), 0)
+        << "what never went out cannot fail";
+    for (std::size_t i = 1; i < session.requests.size(); ++i)
+        session.answer(std::nullopt);
+    EXPECT_TRUE(controller->isLookingUp.get());
+    EXPECT_EQ(active(), "none");
+    answer("jazz");
+    EXPECT_EQ(active(), "Jazz");
+}
+
 TEST_F(AutoGenre, WithoutAPresetOrAManagerNothingIsActivated) {
     open();
     presets->presets.set({});

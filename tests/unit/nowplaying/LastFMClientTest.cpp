@@ -27,11 +27,22 @@ class LastFM : public testing::Test {
     std::unique_ptr<LastFMClient> client =
         std::make_unique<LastFMClient>(session, queue, unicode, log);
     std::vector<Tags> answers;
+    std::vector<Subscription> askers; ///< in the order of their asking
 
     void ask(const std::string& artist) {
-        client->getArtistTags(artist, [this](const Tags& tags) { answers.push_back(tags); });
+        askers.push_back(
+            client->getArtistTags(artist, [this](const Tags& tags) { answers.push_back(tags); }));
     }
     std::size_t sent() const { return session.requests.size(); }
+    /// The artists asked about so far.
+    std::string sentArtists() const {
+        std::string artists;
+        for (const auto& request : session.requests) {
+            const auto start = request.url.find("&artist=") + 8;
+            artists += request.url.substr(start, request.url.find("&api_key=") - start) + " ";
+        }
+        return artists;
+    }
 };
 
 } // namespace
@@ -132,29 +143,81 @@ TEST_F(LastFM, SpellingsShareOneRequestAndOneEntry) {
     EXPECT_TRUE(log.lines.empty());
 }
 
-TEST_F(LastFM, OneRequestASecondAndFiveSecondsInAll) {
+TEST_F(LastFM, OneRequestASecondTheNewestFirstAndEachHasItsFiveSeconds) {
     ask("a");
     EXPECT_EQ(sent(), 1U);
-    EXPECT_EQ(session.requests[0].timeout, 5s);
     queue.advance(300ms);
-    for (const char* artist : {"b", "c", "d", "e", "f", "g", "h"})
+    for (const char* artist : {"b", "c", "d", "e", "f", "g", "h", "c"})
         ask(artist);
     queue.advance(699ms);
     EXPECT_EQ(sent(), 1U);
     queue.advance(1ms);
     EXPECT_EQ(sent(), 2U);
-    EXPECT_EQ(session.requests[1].timeout, 4300ms);
-    queue.advance(4s);
-    EXPECT_EQ(sent(), 6U);
-    EXPECT_EQ(session.requests[5].timeout, 300ms);
-    queue.advance(299ms);
+    for (std::size_t i = 3; i <= 8; ++i) {
+        queue.advance(999ms);
+        EXPECT_EQ(sent(), i - 1);
+        queue.advance(1ms);
+        EXPECT_EQ(sent(), i);
+    }
+    EXPECT_EQ(sentArtists(), "a c h g f e d b ");
+    for (const auto& request : session.requests)
+        EXPECT_EQ(request.timeout, 5s);
+    queue.advance(1min);
+    EXPECT_EQ(sent(), 8U);
     EXPECT_TRUE(answers.empty());
-    queue.advance(1ms);
-    EXPECT_EQ(sent(), 6U);
-    EXPECT_EQ(answers, (std::vector<Tags>(2))) << "g and h waited too long";
-    EXPECT_EQ(log.lines, (Lines{"Halvo: Last.fm request failed for 'g'",
-                                "Halvo: Last.fm request failed for 'h'"}));
+    EXPECT_TRUE(log.lines.empty()) << "none has failed";
+    for (std::size_t i = 0; i < sent(); ++i)
+        session.answer(std::nullopt);
+    EXPECT_EQ(answers.size(), 9U) << "c was asked for twice";
     ask("g");
+    EXPECT_EQ(sent(), 9U) << "a failure is tried anew, and the service has rested";
+}
+
+TEST_F(LastFM, WhoeverNoLongerWaitsGivesUpTheirPlace) {
+    ask("a");
+    ask("b");
+    ask("c");
+    ask("d");
+    ask("D");
+    askers[2].cancel();
+    askers[3].cancel();
     queue.advance(1s);
-    EXPECT_EQ(sent(), 7U) << "a failure is tried anew";
+    EXPECT_EQ(sentArtists(), "a d ") << "somebody else waits for d";
+    queue.advance(1s);
+    EXPECT_EQ(sentArtists(), "a d b ");
+    askers[0].cancel();
+    session.answer(HTTPResponse{200, kRock});
+    EXPECT_TRUE(answers.empty()) << "nobody waits for a";
+    ask("a");
+    EXPECT_EQ(answers, std::vector(1, Tags{"rock"})) << "but its answer is known";
+    session.answer(HTTPResponse{200, kRock});
+    EXPECT_EQ(answers.size(), 2U);
+    ask("e");
+    askers.back().cancel();
+    ask("e");
+    queue.advance(1s);
+    EXPECT_EQ(sentArtists(), "a d b e ") << "asked for anew";
+    ask("f");
+    askers.back().cancel();
+    queue.advance(1min);
+    EXPECT_EQ(sentArtists(), "a d b e ");
+    EXPECT_EQ(log.lines,
+              (Lines{"Halvo: Last.fm tags for 'a': rock", "Halvo: Last.fm tags for 'd': rock"}));
+    ask("c");
+    EXPECT_EQ(sent(), 5U);
+}
+
+TEST_F(LastFM, AnAskerMayOutliveTheClientAndGoInItsOwnAnswer) {
+    askers.push_back(client->getArtistTags("a", [this](const Tags& tags) {
+        askers.clear();
+        answers.push_back(tags);
+    }));
+    ask("a");
+    session.answer(HTTPResponse{200, kRock});
+    EXPECT_EQ(answers, std::vector(1, Tags{"rock"})) << "the first let the second go, too";
+    ask("b");
+    client.reset();
+    askers.clear();
+    queue.advance(1min);
+    EXPECT_EQ(sent(), 1U);
 }
