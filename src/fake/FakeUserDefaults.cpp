@@ -2,18 +2,21 @@
 
 namespace halvo {
 
-double FakeUserDefaults::doubleForKey(const std::string& key) const {
+bool FakeUserDefaults::boolForKey(const std::string& key) const {
     const auto found = values.find(key);
-    if (found == values.end()) return 0;
-    return std::visit(
-        [](const auto& value) -> double {
-            if constexpr (requires { static_cast<double>(value); }) {
-                return static_cast<double>(value);
-            } else {
-                return 0;
-            }
-        },
-        found->second);
+    if (found == values.end()) return false;
+    const auto* flag = std::get_if<bool>(&found->second);
+    return flag ? *flag : doubleForKey(key).value_or(0) != 0;
+}
+
+std::optional<double> FakeUserDefaults::doubleForKey(const std::string& key) const {
+    const auto found = values.find(key);
+    if (found == values.end()) return std::nullopt;
+    if (const auto* number = std::get_if<float>(&found->second)) {
+        return static_cast<double>(*number);
+    }
+    const auto* number = std::get_if<double>(&found->second);
+    return number ? std::optional(*number) : std::nullopt;
 }
 
 std::optional<std::string> FakeUserDefaults::stringForKey(const std::string& key) const {

@@ -27,23 +27,23 @@ bool MacUserDefaults::contains(const std::string& key) const {
 }
 
 bool MacUserDefaults::boolForKey(const std::string& key) const {
-    return doubleForKey(key) != 0;
+    const auto value = valueOf(key);
+    if (isA(value, CFBooleanGetTypeID())) {
+        return CFBooleanGetValue(static_cast<CFBooleanRef>(value.get())) != 0;
+    }
+    return doubleForKey(key).value_or(0) != 0;
 }
 
 float MacUserDefaults::floatForKey(const std::string& key) const {
-    return static_cast<float>(doubleForKey(key));
+    return static_cast<float>(doubleForKey(key).value_or(boolForKey(key) ? 1 : 0));
 }
 
-double MacUserDefaults::doubleForKey(const std::string& key) const {
+std::optional<double> MacUserDefaults::doubleForKey(const std::string& key) const {
     const auto value = valueOf(key);
-    if (isA(value, CFBooleanGetTypeID())) {
-        return CFBooleanGetValue(static_cast<CFBooleanRef>(value.get())) ? 1 : 0;
-    }
+    if (!isA(value, CFNumberGetTypeID())) return std::nullopt;
     double number = 0;
-    if (isA(value, CFNumberGetTypeID())) {
-        // What it returns only says whether the conversion was exact.
-        (void)CFNumberGetValue(static_cast<CFNumberRef>(value.get()), kCFNumberDoubleType, &number);
-    }
+    // What it returns only says whether the conversion was exact.
+    (void)CFNumberGetValue(static_cast<CFNumberRef>(value.get()), kCFNumberDoubleType, &number);
     return number;
 }
 

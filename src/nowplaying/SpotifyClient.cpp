@@ -11,12 +11,6 @@ constexpr const char* kAccessTokenKey = "spotify_access_token";
 constexpr const char* kRefreshTokenKey = "spotify_refresh_token";
 constexpr const char* kTokenExpiryKey = "spotify_token_expiry"; ///< seconds since 1970, UTC
 
-std::optional<double> numberForKey(const UserDefaults& defaults, const std::string& key) {
-    if (!defaults.contains(key)) return std::nullopt;
-    if (defaults.stringForKey(key) || defaults.dataForKey(key)) return std::nullopt;
-    return defaults.doubleForKey(key);
-}
-
 const char* nameOf(bool value) {
     return value ? "true" : "false";
 }
@@ -32,7 +26,7 @@ SpotifyClient::SpotifyClient(const UserDefaults& defaults, SystemLog& log) {
 void SpotifyClient::loadTokens(const UserDefaults& defaults) {
     if (auto token = defaults.stringForKey(kAccessTokenKey)) accessToken_ = std::move(token);
     if (auto token = defaults.stringForKey(kRefreshTokenKey)) refreshToken_ = std::move(token);
-    if (const auto seconds = numberForKey(defaults, kTokenExpiryKey)) {
+    if (const auto seconds = defaults.doubleForKey(kTokenExpiryKey)) {
         tokenExpiry_ = Date(std::chrono::duration<double>(*seconds));
     }
     isConnected.set(refreshToken_.has_value());

@@ -9,7 +9,7 @@ namespace halvo {
 /// when the call returns; a failed write is silent and keeps the value in memory.
 ///
 /// A missing key, or one whose value is of another kind, reads as false, 0 or nothing; a number
-/// reads as a bool by being other than 0, and a bool reads as 1 or 0.
+/// reads as a bool by being other than 0, and a bool as a float by being 1 or 0.
 class UserDefaults {
   public:
     virtual ~UserDefaults() = default;
@@ -17,7 +17,8 @@ class UserDefaults {
     virtual bool contains(const std::string& key) const = 0;
     virtual bool boolForKey(const std::string& key) const = 0;
     virtual float floatForKey(const std::string& key) const = 0;
-    virtual double doubleForKey(const std::string& key) const = 0;
+    /// Numbers alone: not even a bool counts as one.
+    virtual std::optional<double> doubleForKey(const std::string& key) const = 0;
     virtual std::optional<std::string> stringForKey(const std::string& key) const = 0;
     /// Bytes, kept apart from text.
     virtual std::optional<std::string> dataForKey(const std::string& key) const = 0;

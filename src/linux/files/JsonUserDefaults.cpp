@@ -103,21 +103,22 @@ bool JsonUserDefaults::contains(const std::string& key) const {
 }
 
 bool JsonUserDefaults::boolForKey(const std::string& key) const {
-    return doubleForKey(key) != 0;
+    const auto* entry = find(key);
+    if (entry && entry->is_boolean()) return entry->get<bool>();
+    return doubleForKey(key).value_or(0) != 0;
 }
 
 float JsonUserDefaults::floatForKey(const std::string& key) const {
-    const double value = doubleForKey(key);
+    const double value = doubleForKey(key).value_or(boolForKey(key) ? 1 : 0);
     return std::fabs(value) <= static_cast<double>(std::numeric_limits<float>::max())
                ? static_cast<float>(value)
                : 0.0F;
 }
 
-double JsonUserDefaults::doubleForKey(const std::string& key) const {
+std::optional<double> JsonUserDefaults::doubleForKey(const std::string& key) const {
     const auto* entry = find(key);
-    if (!entry) return 0;
-    if (entry->is_boolean()) return entry->get<bool>() ? 1 : 0;
-    return entry->is_number() ? entry->get<double>() : 0;
+    if (!entry || !entry->is_number()) return std::nullopt;
+    return entry->get<double>();
 }
 
 std::optional<std::string> JsonUserDefaults::stringForKey(const std::string& key) const {

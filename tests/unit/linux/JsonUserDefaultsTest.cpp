@@ -74,30 +74,30 @@ TEST_F(JsonUserDefaultsTests, ValuesOfAnotherKind) {
     struct Case {
         const char* key;
         bool present, flag;
-        double number;
+        std::optional<double> number;
         std::optional<std::string> text, data;
     };
-    const std::optional<std::string> none;
+    const auto none = std::nullopt;
     for (const auto& [key, present, flag, number, text, data] : std::vector<Case>{
-             {"missing", false, false, 0, none, none},
-             {"null", false, false, 0, none, none},
-             {"true", true, true, 1, none, none},
+             {"missing", false, false, none, none, none},
+             {"null", false, false, none, none, none},
+             {"true", true, true, none, none, none},
              {"zero", true, false, 0, none, none},
              {"two", true, true, 2, none, none},
              {"half", true, true, 0.5, none, none},
-             {"text", true, false, 0, "1", none},
-             {"list", true, false, 0, none, none},
-             {"bytes", true, false, 0, none, "A"},
-             {"unpadded", true, false, 0, none, none},
-             {"loose", true, false, 0, none, none},
-             {"spaced", true, false, 0, none, none},
-             {"more", true, false, 0, none, none},
+             {"text", true, false, none, "1", none},
+             {"list", true, false, none, none, none},
+             {"bytes", true, false, none, none, "A"},
+             {"unpadded", true, false, none, none, none},
+             {"loose", true, false, none, none, none},
+             {"spaced", true, false, none, none, none},
+             {"more", true, false, none, none, none},
          }) {
         SCOPED_TRACE(key);
         EXPECT_EQ(defaults.contains(key), present);
         EXPECT_EQ(defaults.boolForKey(key), flag);
         EXPECT_EQ(defaults.doubleForKey(key), number);
-        EXPECT_EQ(defaults.floatForKey(key), static_cast<float>(number));
+        EXPECT_EQ(defaults.floatForKey(key), static_cast<float>(number.value_or(flag ? 1 : 0)));
         EXPECT_EQ(defaults.stringForKey(key), text);
         EXPECT_EQ(defaults.dataForKey(key), data);
     }

@@ -276,23 +276,30 @@ TEST_F(AutoGenre, ViewsHearOfEverythingThatItShows) {
 TEST(Spotify, OnlyTheRefreshTokenConnects) {
     using Value = FakeUserDefaults::Value;
     struct Row {
+        const char* name;
         std::map<std::string, Value> values;
         const char* log;
-        bool hasExpiry;
+        std::optional<SpotifyClient::Date> expiry;
     };
-    const std::string no = "isConnected=false, hasRefreshToken=false";
-    const std::string yes = "isConnected=true, hasRefreshToken=true";
+    constexpr const char* kNo = "isConnected=false, hasRefreshToken=false";
+    constexpr const char* kYes = "isConnected=true, hasRefreshToken=true";
     const std::string text = "2";
     const Row rows[] = {
-        {{{"spotify_access_token", text}, {"spotify_token_expiry", text}}, no.c_str(), false},
-        {{{"spotify_refresh_token", text}, {"spotify_token_expiry", 2.0}}, yes.c_str(), true},
-        {{{"spotify_refresh_token", 2.0}}, no.c_str(), false}};
+        {"access alone", {{"spotify_access_token", text}, {"spotify_token_expiry", text}}, kNo, {}},
+        {"all",
+         {{"spotify_refresh_token", text}, {"spotify_token_expiry", 2.5}},
+         kYes,
+         SpotifyClient::Date(std::chrono::duration<double>(2.5))},
+        {"a number for a token", {{"spotify_refresh_token", 2.0}}, kNo, {}},
+        {"a yes for a date", {{"spotify_token_expiry", true}}, kNo, {}},
+        {"bytes for a date", {{"spotify_token_expiry", FakeUserDefaults::Data{"2"}}}, kNo, {}}};
     for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
         FakeUserDefaults defaults;
         FakeSystemLog log;
         defaults.values = row.values;
         const SpotifyClient client(defaults, log);
         EXPECT_EQ(log.lines, std::vector{std::string("Halvo: SpotifyClient init — ") + row.log});
-        EXPECT_EQ(client.tokenExpiry().has_value(), row.hasExpiry);
+        EXPECT_EQ(client.tokenExpiry(), row.expiry);
     }
 }
