@@ -114,6 +114,7 @@ void AppDelegate::moveToRealDevice(const AudioOutputDevice& device) {
 }
 
 void AppDelegate::applyDeviceBinding(const std::string& uid) {
+    if (autoGenreController().isEnabled.get()) return;
     if (const auto preset = presetManager_.presetForDevice(uid)) presetManager_.activate(*preset);
 }
 

@@ -170,6 +170,29 @@ TEST_F(Routing, BindingsFollowTheDefaultAndNothingElse) {
     EXPECT_EQ(presets.activePresetID.get(), bound.id);
 }
 
+TEST_F(Routing, TheGenreGoesBeforeBindings) {
+    launchWithDriver();
+    auto& presets = delegate->presetManager();
+    presets.deviceBindings.set({{"acc.b", presets.presetNamed("Deep")->id}});
+    presets.activate(*presets.presetNamed("Rock"));
+    const auto active = [&] { return presets.activePreset()->name; };
+    auto& genre = delegate->autoGenreController();
+    genre.isEnabled.set(true);
+    delegate->nowPlayingMonitor().currentTrack.set(NowPlayingTrack{"T", "A", {}, {}, {}});
+    fake.mainQueue.advance(1s);
+    ASSERT_TRUE(genre.isLookingUp.get());
+    fake.audioHardware.changeDefault(b);
+    fake.mainQueue.advance(1s);
+    EXPECT_EQ(active(), "Rock");
+    fake.httpSession.answer(
+        HTTPResponse{200, R"({"toptags":{"tag":[{"name":"jazz","count":99}]}})"});
+    EXPECT_EQ(active(), "Jazz") << "nobody has chosen another one";
+    genre.isEnabled.set(false);
+    fake.audioHardware.changeDefault(b);
+    fake.mainQueue.flush();
+    EXPECT_EQ(active(), "Deep");
+}
+
 TEST_F(Routing, SelectingMovesTheEngineButNotTheOriginal) {
     launchWithDriver();
     const int made = fake.outputUnits.made;
