@@ -66,6 +66,8 @@ class AppDelegate : public std::enable_shared_from_this<AppDelegate> {
     void restoreDirtySession();
     void restoreOutput();
     static void restoreVolumeStatic(AudioHardware& hardware, const std::string& uid, float volume);
+    /// For everything, then for alerts, whatever becomes of either.
+    static void makeDefault(AudioHardware& hardware, const std::string& uid);
 
     // The item and the panel that hangs from it: AppDelegatePanel.cpp.
     void setupStatusItem();

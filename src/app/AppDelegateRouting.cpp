@@ -98,7 +98,7 @@ void AppDelegate::followDefaultOutput(const std::string& uid) {
         if (device && isRealDevice(*device)) moveToRealDevice(*device);
         // By design every change has its own step, and the step keeps the delegate alive.
         platform_.mainQueue.after(kReassertDelay, [self = shared_from_this()] {
-            (void)self->makeVirtualDeviceDefault(); // the next change will try again
+            makeDefault(self->platform_.audioHardware, kVirtualDeviceUID);
         });
     }
     applyDeviceBinding(uid);

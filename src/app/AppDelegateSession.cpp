@@ -15,14 +15,6 @@ void setVolumeOfAllElements(AudioHardware& hardware, AudioDeviceID device, float
     }
 }
 
-/// Resolves the UID before each step: the device may go in between.
-void makeDefault(AudioHardware& hardware, const std::string& uid) {
-    if (const auto device = hardware.deviceForUID(uid)) (void)hardware.setDefaultOutput(*device);
-    if (const auto device = hardware.deviceForUID(uid)) {
-        (void)hardware.setDefaultSystemOutput(*device);
-    }
-}
-
 } // namespace
 
 void AppDelegate::restoreDirtySession() {
@@ -62,6 +54,14 @@ void AppDelegate::restoreVolumeStatic(AudioHardware& hardware, const std::string
     setVolumeOfAllElements(hardware, *device, volume);
     (void)hardware.setDefaultOutput(*device);
     (void)hardware.setDefaultSystemOutput(*device);
+}
+
+void AppDelegate::makeDefault(AudioHardware& hardware, const std::string& uid) {
+    // Resolved before each step: the device may go in between.
+    if (const auto device = hardware.deviceForUID(uid)) (void)hardware.setDefaultOutput(*device);
+    if (const auto device = hardware.deviceForUID(uid)) {
+        (void)hardware.setDefaultSystemOutput(*device);
+    }
 }
 
 } // namespace halvo

@@ -3,6 +3,7 @@
 #include "base/NumberText.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace halvo {
 
@@ -85,6 +86,12 @@ std::optional<AudioDeviceID> FakeAudioHardware::defaultOutput() {
 
 bool FakeAudioHardware::setDefaultOutput(AudioDeviceID device) {
     log_.add("setDefaultOutput " + uid(device).value_or("?"));
+    const bool isTaken = takeDefault(device);
+    if (const auto change = std::exchange(afterNextDefault, nullptr)) change();
+    return isTaken;
+}
+
+bool FakeAudioHardware::takeDefault(AudioDeviceID device) {
     if (!devices_.contains(device)) return false;
     if (refusedDefaults > 0) {
         --refusedDefaults;

@@ -5,6 +5,7 @@
 #include "platform/MainQueue.h"
 
 #include <array>
+#include <functional>
 #include <map>
 
 namespace halvo {
@@ -38,6 +39,7 @@ class FakeAudioHardware final : public AudioHardware {
     int refusedDefaults = 0; ///< so many calls of `setDefaultOutput` fail
     int ignoredDefaults = 0; ///< so many succeed without effect
     bool mainVolumeListenerFails = false;
+    std::function<void()> afterNextDefault; ///< the world's, once `setDefaultOutput` has returned
 
     std::optional<AudioDeviceID> systemOutput() const { return systemOutput_; }
     bool isSilenced() const { return silenced_; }
@@ -61,6 +63,7 @@ class FakeAudioHardware final : public AudioHardware {
     void silenceListeners() override;
 
   private:
+    bool takeDefault(AudioDeviceID device);
     void notify(const std::vector<Listener>& listeners);
 
     MainQueue& queue_;

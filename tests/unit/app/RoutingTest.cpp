@@ -125,6 +125,45 @@ TEST_F(Routing, ARealDefaultMovesTheEngineAndIsTakenBack) {
     EXPECT_TRUE(delegate->audioEngine().isRunning());
 }
 
+TEST_F(Routing, AlertsComeBackWithTheDefaultAndWithoutIt) {
+    launchWithDriver();
+    auto& hardware = fake.audioHardware;
+    for (const bool isRefused : {false, true}) {
+        SCOPED_TRACE(isRefused);
+        hardware.changeDefault(b);
+        (void)hardware.setDefaultSystemOutput(b);
+        hardware.refusedDefaults = isRefused ? 1 : 0;
+        fake.log.clear();
+        fake.mainQueue.advance(500ms);
+        auto switches = fake.log.calls();
+        std::erase_if(switches, [](const auto& call) { return !call.starts_with("setDefault"); });
+        EXPECT_EQ(switches,
+                  (std::vector<std::string>{"setDefaultOutput HalvoVirtualOutput_UID",
+                                            "setDefaultSystemOutput HalvoVirtualOutput_UID"}));
+        EXPECT_EQ(hardware.systemOutput(), virtualDevice);
+        EXPECT_EQ(defaultUID(), isRefused ? "acc.b" : kVirtualDeviceUID);
+    }
+}
+
+TEST_F(Routing, ADeviceThatComesBackBetweenTheTwoStepsIsFoundAnew) {
+    plugDriver();
+    auto& hardware = fake.audioHardware;
+    const auto replug = [&] {
+        hardware.remove(virtualDevice);
+        virtualDevice = hardware.add(kVirtualDeviceUID, "Halvo Virtual Output");
+    };
+    hardware.afterNextDefault = replug;
+    launch();
+    EXPECT_EQ(hardware.systemOutput(), virtualDevice) << "at the start";
+    settle();
+    hardware.changeDefault(b);
+    fake.mainQueue.advance(499ms);
+    hardware.afterNextDefault = replug;
+    hardware.silenceListeners(); // or it would be taken for new
+    fake.mainQueue.advance(1ms);
+    EXPECT_EQ(hardware.systemOutput(), virtualDevice) << "half a second after a change";
+}
+
 TEST_F(Routing, EveryDefaultChangeHasItsOwnReassertion) {
     launchWithDriver();
     fake.audioHardware.changeDefault(b);
