@@ -157,6 +157,16 @@ TEST(MediaHelper, APlayerThatPlaysComesFirstThenTheLatest) {
     }
 }
 
+TEST(MediaHelper, EveryWordIsItsOwnCommand) {
+    BusScene scene;
+    const auto player = scene.player("player", "Playing", song("obeys"));
+    for (const auto* word : {"play", "pause", "toggle_play_pause", "next_track", "previous_track"})
+        EXPECT_EQ(scene.command(word), 0) << word;
+    EXPECT_EQ(player->commands(),
+              (std::vector<std::string>{"Play", "Pause", "PlayPause", "Next", "Previous"}));
+    EXPECT_NE(scene.command("rewind"), 0);
+}
+
 TEST(MediaHelper, APlayerThatHangsOrDiesHoldsUpNobody) {
     BusScene scene;
     auto hanging = scene.player("hanging", "Playing", song("never told"));

@@ -1,5 +1,7 @@
 #include "PanelFixture.h"
 
+#include "nowplaying/PlayerScripts.h"
+
 #include <chrono>
 
 namespace halvo {
@@ -102,6 +104,33 @@ TEST_F(PanelTest, ChangesMadeElsewhereShowAtOnce) {
     EXPECT_EQ(item("AutoPresetPill")->property("name").toString(), "Rock");
     EXPECT_TRUE(item("PresetPill", 2)->property("isActive").toBool());
     EXPECT_FALSE(item("PresetPill", 0)->property("isActive").toBool());
+}
+
+TEST_F(PanelTest, TheTransportGoesBackPausesAndGoesOnFromLeftToRight) {
+    const struct {
+        const char* name;
+        const char* symbol;
+        MediaCommand command;
+    } buttons[] = {{"Previous track", "skip-back-fill", MediaCommand::previousTrack},
+                   {"Pause", "pause-fill", MediaCommand::togglePlayPause},
+                   {"Next track", "skip-forward-fill", MediaCommand::nextTrack}};
+    auto& fake = machine.fake();
+    fake.backgroundQueue.flush(); // the players have been asked
+    panel.settle();
+    machine.playTrack("Owner", "Yes");
+    panel.settle();
+    qreal left = 0;
+    for (const auto& [name, symbol, command] : buttons) {
+        SCOPED_TRACE(name);
+        fake.scriptRunner.sources.clear();
+        open(name);
+        fake.backgroundQueue.flush();
+        EXPECT_EQ(fake.scriptRunner.sources, std::vector{commandScript(command)});
+        auto* const button = panel.named(QString::fromLatin1(name));
+        EXPECT_EQ(button->property("symbol").toString(), QString::fromLatin1(symbol));
+        EXPECT_GT(OfflinePanel::middle(button).x(), left);
+        left = OfflinePanel::middle(button).x();
+    }
 }
 
 TEST_F(PanelTest, VolumeRowReadsAsTheDesktopsMixer) {

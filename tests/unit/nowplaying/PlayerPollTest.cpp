@@ -129,12 +129,15 @@ TEST_F(Polls, CommandsHaveAVerbAndAWord) {
     startHelper();
     monitor->stopAppleScriptPolling();
     settle();
-    scripts.sources.clear();
-    takeLog();
-    monitor->send(MediaCommand::nextTrack);
-    settle();
-    EXPECT_EQ(calls.calls().back(),
-              "run /usr/bin/perl /bundle/run.pl /bundle/media_helper.dylib next_track");
-    EXPECT_EQ(takeLog(), Lines{"Halvo: Failed to send command via helper: no such program"});
-    EXPECT_EQ(scripts.sources, Lines{commandScript(MediaCommand::nextTrack)});
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.word);
+        scripts.sources.clear();
+        takeLog();
+        monitor->send(row.command);
+        settle();
+        EXPECT_EQ(calls.calls().back(),
+                  "run /usr/bin/perl /bundle/run.pl /bundle/media_helper.dylib " + row.word);
+        EXPECT_EQ(takeLog(), Lines{"Halvo: Failed to send command via helper: no such program"});
+        EXPECT_EQ(scripts.sources, Lines{commandScript(row.command)});
+    }
 }
