@@ -60,6 +60,7 @@ std::expected<std::unique_ptr<ChildProcess>, std::string>
 FakeChildProcessLauncher::launch(const Command& command, ChildProcessHandlers handlers) {
     log_.add(lineOf("launch", command));
     if (launchFails) return std::unexpected("no such program");
+    earlierHandlers_ = std::move(handlers_);
     handlers_ = std::make_shared<ChildProcessHandlers>(std::move(handlers));
     isRunning_ = true;
     return std::make_unique<Process>(*this, handlers_);
@@ -84,6 +85,10 @@ void FakeChildProcessLauncher::closeOutput() {
 void FakeChildProcessLauncher::exit(int status) {
     if (!std::exchange(isRunning_, false)) return;
     if (const auto handler = handlers_->onExit) handler(status);
+}
+
+void FakeChildProcessLauncher::exitEarlier(int status) {
+    if (const auto handler = earlierHandlers_->onExit) handler(status);
 }
 
 std::expected<std::optional<std::string>, ScriptError>

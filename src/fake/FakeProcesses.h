@@ -54,6 +54,8 @@ class FakeChildProcessLauncher final : public ChildProcessLauncher {
     void say(const std::string& bytes);
     void closeOutput();
     void exit(int status);
+    /// The one before that ends.
+    void exitEarlier(int status);
     bool isRunning() const { return isRunning_; }
 
     bool launchFails = false;
@@ -63,6 +65,7 @@ class FakeChildProcessLauncher final : public ChildProcessLauncher {
 
     CallLog& log_;
     std::shared_ptr<ChildProcessHandlers> handlers_;
+    std::shared_ptr<ChildProcessHandlers> earlierHandlers_;
     bool isRunning_ = false;
 };
 

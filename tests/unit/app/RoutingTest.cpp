@@ -95,6 +95,15 @@ TEST_F(Routing, ASwitchThatDoesNotStickIsRetriedAtOnce) {
     EXPECT_EQ(fake.mainQueue.now(), 1200ms);
 }
 
+TEST_F(Routing, TheVerificationLooksForItself) {
+    plugDriver();
+    launch();
+    fake.audioHardware.silenceListeners(); // the change was never announced
+    fake.mainQueue.advance(300ms);
+    EXPECT_EQ(switchLines().back(),
+              "Halvo: Switched default + system output to Halvo Virtual Output");
+}
+
 TEST_F(Routing, TheRetryLineOutlivesTheDelegate) {
     launch();
     delegate.reset();
@@ -109,13 +118,22 @@ TEST_F(Routing, ARealDefaultMovesTheEngineAndIsTakenBack) {
     fake.audioHardware.changeVolume(b, 0.4F);
     launchWithDriver();
     output().clear();
+    fake.log.clear();
     fake.audioHardware.changeDefault(b);
     fake.mainQueue.flush();
+    auto steps = fake.log.calls();
+    std::erase_if(steps, [](const auto& call) {
+        return call != "setVolume acc.b 0 1.0" && !call.starts_with("unit setDevice");
+    });
+    // Twice by design.
+    const auto device = "unit setDevice " + std::to_string(b);
+    EXPECT_EQ(steps, (std::vector<std::string>{"setVolume acc.b 0 1.0", device,
+                                               "setVolume acc.b 0 1.0", device}));
     EXPECT_EQ(timesLogged("Default changed to Headphones, switching engine output\n"), 1);
     EXPECT_EQ(timesLogged("Switching output to: acc.b\n"), 1);
     EXPECT_EQ(delegate->originalOutputUID(), "acc.b");
     EXPECT_EQ(fake.outputUnits.current->device, b);
-    // Raised twice by design: the second read sees the raised device.
+    // The second read sees the raised device.
     EXPECT_EQ(output(),
               (std::vector<std::string>{"Halvo: Saved real device volume 0.4, set to max",
                                         "Halvo: Saved real device volume 1.0, set to max"}));
@@ -207,6 +225,14 @@ TEST_F(Routing, BindingsFollowTheDefaultAndNothingElse) {
     fake.audioHardware.changeDefault(b);
     fake.mainQueue.flush();
     EXPECT_EQ(presets.activePresetID.get(), bound.id);
+
+    const auto own = presets.presets.get()[5];
+    presets.deviceBindings.set({{kVirtualDeviceUID, own.id}, {"zoom", bound.id}});
+    settle();
+    EXPECT_EQ(presets.activePresetID.get(), own.id) << "the virtual device's";
+    fake.audioHardware.changeDefault(fake.audioHardware.add("zoom", "ZoomAudio X"));
+    fake.mainQueue.flush();
+    EXPECT_EQ(presets.activePresetID.get(), bound.id) << "that of a device that is no real one";
 }
 
 TEST_F(Routing, TheGenreGoesBeforeBindings) {

@@ -264,13 +264,31 @@ TEST_F(AutoGenre, ViewsHearOfEverythingThatItShows) {
     open();
     int notices = 0;
     const auto subscription = controller->didChange([&] { ++notices; });
-    monitor->isPlaying.set(true);
-    spotify.isConnected.set(true);
-    EXPECT_EQ(notices, 0);
-    queue.flush();
-    EXPECT_EQ(notices, 2);
-    controller->isEnabled.set(false);
-    EXPECT_EQ(notices, 3);
+    const std::pair<const char*, std::function<void()>> foreign[] = {
+        {"track", [this] { stop(); }},
+        {"playing", [this] { monitor->isPlaying.set(true); }},
+        {"artwork", [this] { monitor->artworkImage.set(std::nullopt); }},
+        {"account", [this] { spotify.isConnected.set(true); }},
+        {"result", [this] { spotify.lastLookupResult.set(std::nullopt); }}};
+    for (const auto& [name, change] : foreign) {
+        SCOPED_TRACE(name);
+        notices = 0;
+        change();
+        EXPECT_EQ(notices, 0);
+        queue.flush();
+        EXPECT_EQ(notices, 1);
+    }
+    const std::pair<const char*, std::function<void()>> own[] = {
+        {"switch", [this] { controller->isEnabled.set(false); }},
+        {"genre", [this] { controller->currentGenre.set("Rock"); }},
+        {"display", [this] { controller->currentTrackDisplay.set("A — T"); }},
+        {"looking up", [this] { controller->isLookingUp.set(true); }}};
+    for (const auto& [name, change] : own) {
+        SCOPED_TRACE(name);
+        notices = 0;
+        change();
+        EXPECT_EQ(notices, 1);
+    }
 }
 
 TEST(Spotify, OnlyTheRefreshTokenConnects) {

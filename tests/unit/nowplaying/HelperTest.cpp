@@ -101,6 +101,11 @@ TEST_F(Helper, WhatAPayloadPublishes) {
          {"T", "", {}, {}, {}},
          false,
          false},
+        {"no picture of the same length",
+         R"("title":"T","artworkDataBase64":"AAAAAAAA")",
+         {"T", "", {}, {}, {}},
+         false,
+         false},
         {"empty title", R"("title":"","isPlaying":true)" + kArt, {}, false, false},
         {"no title", R"("artist":"A","isPlaying":true)", {}, false, false}};
     startHelper();
@@ -222,8 +227,15 @@ TEST_F(Helper, OneThatClosesItsOutputButLivesIsReplaced) {
     EXPECT_EQ(calls.calls(), (Lines{kLaunch, kLaunch}));
     say(line(R"("title":"second")"));
     EXPECT_EQ(title(), "second");
+    takeLog();
+    launcher.exitEarlier(7);
+    advance(2s);
+    EXPECT_EQ(takeLog(), Lines{"Halvo: Helper process terminated with status 7"});
+    say(line(R"("title":"still the second")"));
+    EXPECT_EQ(title(), "still the second");
+    launcher.closeOutput();
     monitor->stopHelperProcess();
-    EXPECT_FALSE(launcher.isRunning());
+    EXPECT_FALSE(launcher.isRunning()) << "nor is it left behind";
 }
 
 TEST_F(Helper, OneThatCannotBeLaunchedLeavesThePlayersToTheScripts) {
