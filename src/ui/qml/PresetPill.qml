@@ -9,6 +9,7 @@ T.RadioButton {
     property color accent: Theme.accent
     required property bool isActive
     required property bool isCustom
+    property bool isLifted: false
     required property string name
 
     Accessible.description: isCustom ? qsTr("Custom preset") : ""
@@ -22,6 +23,7 @@ T.RadioButton {
         accent: root.accent
         hovered: root.hovered
         isActive: root.isActive
+        isLifted: root.isLifted
         name: root.name
         symbol: root.isCustom ? "sliders-horizontal" : ""
 

@@ -1,3 +1,4 @@
+pragma ComponentBehavior: Bound
 import QtQuick
 import Halvo
 
@@ -64,6 +65,7 @@ Item {
             accent: root.accent
             isActive: root.isActive
             isCustom: root.isCustom
+            isLifted: rest.isLong && rest.pressed
             name: root.name
             opacity: root.draggingPresetID === root.presetID ? 0.4 : 1
             visible: !root.renaming
@@ -87,22 +89,26 @@ Item {
             }
             onClicked: root.presets.activate(root.presetID)
 
-            DragHandler {
-                id: handler
-                target: null
-                yAxis.enabled: true
+            Carrier {
+                acceptedDevices: PointerDevice.AllDevices & ~PointerDevice.TouchScreen
+            }
+            // A finger carries the pill after it has rested on it, and scrolls the strip otherwise.
+            Carrier {
+                acceptedDevices: PointerDevice.TouchScreen
+                xAxis.enabled: rest.isLong
+                yAxis.enabled: rest.isLong
+            }
+            TapHandler {
+                id: rest
 
-                onActiveChanged: {
-                    if (active) {
-                        const hold = pill.mapFromItem(null, centroid.scenePressPosition);
-                        root.dragBegan(hold, centroid.scenePosition);
-                    } else {
-                        root.dragEnded();
-                    }
-                }
-                onCentroidChanged: {
-                    if (active)
-                        root.dragMoved(centroid.scenePosition);
+                property bool isLong: false
+
+                acceptedDevices: PointerDevice.TouchScreen
+
+                onLongPressed: isLong = true
+                onPressedChanged: {
+                    if (pressed)
+                        isLong = false;
                 }
             }
             MouseArea {
@@ -143,5 +149,22 @@ Item {
         targetPresetID: root.presetID
 
         onTaken: root.dragTaken()
+    }
+
+    component Carrier: DragHandler {
+        target: null
+
+        onActiveChanged: {
+            if (active) {
+                const hold = pill.mapFromItem(null, centroid.scenePressPosition);
+                root.dragBegan(hold, centroid.scenePosition);
+            } else {
+                root.dragEnded();
+            }
+        }
+        onCentroidChanged: {
+            if (active)
+                root.dragMoved(centroid.scenePosition);
+        }
     }
 }

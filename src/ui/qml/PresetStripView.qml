@@ -38,7 +38,7 @@ Item {
     function reveal(item: Item) {
         const left = item.mapToItem(row, 0, 0).x;
         const least = left + item.width + 2 * Theme.margin - strip.width;
-        strip.scrollTo(Math.min(Math.max(strip.contentX, least), left));
+        strip.glideTo(Math.min(Math.max(strip.destination, least), left));
     }
 
     Accessible.name: qsTr("Presets")
@@ -48,8 +48,22 @@ Item {
 
     Flickable {
         id: strip
+
+        // Where it stands, or is on its way to.
+        readonly property real destination: glide.running ? glide.to : contentX
+
+        function glideTo(x: real) {
+            if (root.draggingPresetID !== "")
+                return scrollTo(x);
+            glide.to = within(x);
+            glide.restart();
+        }
         function scrollTo(x: real) {
-            contentX = Math.max(0, Math.min(x, contentWidth - width));
+            glide.stop();
+            contentX = within(x);
+        }
+        function within(x: real): real {
+            return Math.max(0, Math.min(x, contentWidth - width));
         }
 
         anchors.fill: parent
@@ -60,18 +74,16 @@ Item {
         contentHeight: height
         contentWidth: row.width + 2 * row.x
         flickableDirection: Flickable.HorizontalFlick
-        interactive: false
+        interactive: false // a mouse drags pills, not the strip
 
-        Behavior on contentX  {
-            enabled: root.draggingPresetID === ""
-
-            NumberAnimation {
-                duration: Theme.animation
-                easing.type: Easing.OutCubic
-            }
+        NumberAnimation on contentX  {
+            id: glide
+            duration: Theme.animation
+            easing.type: Easing.OutCubic
+            running: false
         }
 
-        onContentWidthChanged: scrollTo(contentX)
+        onContentWidthChanged: glideTo(destination)
 
         Row {
             id: row
@@ -146,14 +158,29 @@ Item {
         opacity: Math.min((strip.contentWidth - strip.width - strip.contentX) / width, 1)
         rotation: 180
     }
-    WheelHandler {
-        acceptedDevices: PointerDevice.Mouse | PointerDevice.TouchPad
+    Wheel {
+        orientation: Qt.Horizontal
+    }
+    Wheel {
         orientation: Qt.Vertical
-        target: null
+    }
+    DragHandler {
+        property real startX: 0
 
-        onWheel: event => {
-            const angle = Math.abs(event.angleDelta.x) > Math.abs(event.angleDelta.y) ? event.angleDelta.x : event.angleDelta.y;
-            strip.scrollTo(strip.contentX - (event.pixelDelta.x || event.pixelDelta.y || angle * 0.5));
+        acceptedDevices: PointerDevice.TouchScreen
+        // Not from the handler of a pill that is being carried.
+        grabPermissions: PointerHandler.CanTakeOverFromItems | PointerHandler.ApprovesTakeOverByAnything
+        target: null
+        yAxis.enabled: false
+
+        onActiveChanged: startX = strip.contentX
+        onCentroidChanged: {
+            if (active)
+                strip.scrollTo(startX + centroid.scenePressPosition.x - centroid.scenePosition.x);
+        }
+        onGrabChanged: (transition, point) => {
+            if (transition === PointerDevice.UngrabExclusive)
+                strip.flick(point.velocity.x, 0);
         }
     }
 
@@ -186,7 +213,7 @@ Item {
         id: end
         interval: 0
 
-        onTriggered: strip.scrollTo(strip.contentWidth)
+        onTriggered: strip.glideTo(strip.contentWidth)
     }
 
     // Held near an end the strip goes on by itself.
@@ -239,6 +266,25 @@ Item {
                 color: Qt.alpha(Theme.background, 0)
                 position: 1
             }
+        }
+    }
+
+    // Each hears the events that have something along its axis; the longer way of the two counts.
+    component Wheel: WheelHandler {
+        acceptedDevices: PointerDevice.Mouse | PointerDevice.TouchPad
+        target: null
+
+        onWheel: event => {
+            const isUpright = Math.abs(event.angleDelta.y) > Math.abs(event.angleDelta.x);
+            if (isUpright !== (orientation === Qt.Vertical))
+                return;
+            const pixels = isUpright ? event.pixelDelta.y : event.pixelDelta.x;
+            const angle = isUpright ? event.angleDelta.y : event.angleDelta.x;
+            // Fingers take the strip along with them, a wheel sends it on its way.
+            if (pixels !== 0)
+                strip.scrollTo(strip.contentX - pixels);
+            else
+                strip.glideTo(strip.destination - angle * 0.5);
         }
     }
 }
