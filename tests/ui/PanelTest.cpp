@@ -153,6 +153,14 @@ TEST_F(PanelTest, VolumeRowReadsAsTheDesktopsMixer) {
     }
 }
 
+TEST_F(PanelTest, ScaleOfTheBandsReadsFromTopToBottom) {
+    open("Show EQ");
+    QStringList texts;
+    for (int index = 0; auto* const mark = item("ScaleMark", index); ++index)
+        texts.push_back(mark->property("text").toString());
+    EXPECT_EQ(texts, (QStringList{"+20", "0 dB", "-20"}));
+}
+
 TEST_F(PanelTest, BandsFollowThePointerBeyondBothEnds) {
     open("Show EQ");
     auto* const band = item("BandSlider", 2);

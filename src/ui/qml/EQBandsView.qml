@@ -17,7 +17,7 @@ Item {
     implicitWidth: Theme.panelWidth
 
     Repeater {
-        model: ["+" + root.maxGain, "0 dB", "−" + root.maxGain]
+        model: ["+" + root.maxGain, "0 dB", "-" + root.maxGain]
 
         delegate: ScaleMark {
             required property int index
