@@ -54,7 +54,7 @@ TEST_F(AccessibilityTest, EveryControlHasItsRoleAndANameOfItsOwn) {
     const struct {
         const char* name;
         QAccessible::Role role;
-    } cases[] = {{"Output", QAccessible::Button},      {"Equalizer", QAccessible::CheckBox},
+    } cases[] = {{"Output", QAccessible::ComboBox},    {"Equalizer", QAccessible::CheckBox},
                  {"R&B", QAccessible::RadioButton},    {"Pause", QAccessible::Button},
                  {"Preamp", QAccessible::Slider},      {"Volume", QAccessible::Slider},
                  {"125 Hz", QAccessible::Slider},      {"16 kHz", QAccessible::Slider},
@@ -87,6 +87,10 @@ TEST_F(AccessibilityTest, ActionsReachTheServices) {
     press("Green");
     EXPECT_EQ(settings().accentColorHex.get(), "#34C759");
     EXPECT_FALSE(control("Native (system accent)")->state().checked);
+    EXPECT_EQ(control("Output")->text(QAccessible::Description), "Built-in Speakers");
+    press("Output");
+    choose("Studio Headphones");
+    EXPECT_EQ(control("Output")->text(QAccessible::Description), "Studio Headphones");
 }
 
 TEST_F(AccessibilityTest, SlidersTellAndTakeTheirValues) {

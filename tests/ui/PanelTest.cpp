@@ -46,9 +46,9 @@ TEST_F(PanelTest, PickerOffersRealDevicesAndShowsWhatIsChosenElsewhere) {
     EXPECT_FALSE(panel.menu());
     EXPECT_EQ(devices.selectedDeviceID.get(), "headphones");
     devices.selectedDeviceID.set("speakers");
-    EXPECT_EQ(item("OutputPicker")->property("text").toString(), "Built-in Speakers");
+    EXPECT_EQ(item("OutputPicker")->property("displayText").toString(), "Built-in Speakers");
     devices.selectedDeviceID.set("gone");
-    EXPECT_EQ(item("OutputPicker")->property("text").toString(), "");
+    EXPECT_EQ(item("OutputPicker")->property("displayText").toString(), "");
     machine.unplugOutputs();
     open("Output");
     EXPECT_FALSE(panel.menu());
@@ -89,7 +89,7 @@ TEST_F(PanelTest, ChangesMadeElsewhereShowAtOnce) {
     auto& hardware = machine.fake().audioHardware;
     hardware.changeDefault(*hardware.deviceForUID("headphones"));
     machine.advance(std::chrono::seconds(1));
-    EXPECT_EQ(item("OutputPicker")->property("text").toString(), "Studio Headphones");
+    EXPECT_EQ(item("OutputPicker")->property("displayText").toString(), "Studio Headphones");
 
     controller().isEnabled.set(true);
     machine.playTrack("Owner", "Yes");
@@ -251,15 +251,19 @@ TEST_F(PanelTest, GenreSwitchSaysOnceWhereNamesGo) {
     EXPECT_FALSE(item("AutoPresetPill"));
 }
 
-TEST_F(PanelTest, EveryControlHasANameAndTakesTheKeyboard) {
+TEST_F(PanelTest, EveryControlHasANameAndTakesTheKeyboardAndEscapeCloses) {
     open("Show EQ");
     open("Settings");
+    int closings = 0;
+    QObject::connect(&panel.content(), &PanelContent::closeRequested, [&] { ++closings; });
     int controls = 0;
     auto* const first = panel.named("Output");
     first->forceActiveFocus(Qt::TabFocusReason);
     for (auto* control = first; controls == 0 || control != first; ++controls) {
         ASSERT_LT(controls, 200);
         EXPECT_FALSE(OfflinePanel::nameOf(control).isEmpty()) << control->metaObject()->className();
+        panel.type(Qt::Key_Escape);
+        EXPECT_EQ(closings, controls + 1) << OfflinePanel::nameOf(control).toStdString();
         panel.type(Qt::Key_Tab);
         auto* const next = panel.window().activeFocusItem();
         ASSERT_NE(next, control);

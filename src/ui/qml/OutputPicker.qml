@@ -3,15 +3,15 @@ import QtQuick.Templates as T
 import Halvo
 
 // Shows the chosen output; a click or a key opens the list of all.
-T.AbstractButton {
+T.ComboBox {
     id: root
 
     property color accent: Theme.accent
     required property Devices devices
-    readonly property string shown: devices.count > 0 ? devices.selectedName : qsTr("No output device")
 
     function openList() {
-        list.openAtItem(root, 0, root.height + 2, root.devices.selectedIndex);
+        if (root.devices.count > 0)
+            list.openAtItem(root, 0, root.height + 2, root.devices.selectedIndex);
     }
     function step(by: int) {
         const next = root.devices.selectedIndex + by;
@@ -19,15 +19,15 @@ T.AbstractButton {
             root.devices.select(next);
     }
 
-    Accessible.description: shown
+    Accessible.description: displayText
     Accessible.name: qsTr("Output")
+    displayText: devices.count > 0 ? devices.selectedName : qsTr("No output device")
     focusPolicy: Qt.StrongFocus
     implicitHeight: 26
-    text: root.devices.selectedName
 
     background: Rectangle {
         border.color: Theme.fieldBorder
-        color: root.down ? Theme.hovered : Theme.field
+        color: mouse.pressed ? Theme.hovered : Theme.field
         radius: 6
 
         FocusRing {
@@ -42,7 +42,7 @@ T.AbstractButton {
             anchors.leftMargin: 8
             anchors.rightMargin: 28
             color: root.devices.count > 0 ? Theme.primary : Theme.faint
-            text: root.shown
+            text: root.displayText
         }
         Rectangle {
             anchors.right: parent.right
@@ -63,20 +63,26 @@ T.AbstractButton {
         }
     }
 
-    Accessible.onPressAction: root.clicked()
+    Accessible.onPressAction: root.openList()
     Keys.onPressed: event => {
         if (list.visible) {
             list.handleKey(event);
         } else if (event.key === Qt.Key_Down || event.key === Qt.Key_Up) {
             root.step(event.key === Qt.Key_Down ? 1 : -1);
             event.accepted = true;
+        } else if (event.key === Qt.Key_Space) {
+            root.openList();
+            event.accepted = true;
         }
     }
-    onClicked: {
-        if (root.devices.count > 0)
-            root.openList();
-    }
 
+    MouseArea {
+        id: mouse
+        anchors.fill: parent
+
+        onClicked: root.openList()
+        onPressed: root.forceActiveFocus(Qt.MouseFocusReason)
+    }
     MenuWindow {
         id: list
         checkedIndex: root.devices.selectedIndex
