@@ -1,3 +1,4 @@
+#include "AnimationClock.h"
 #include "PanelFixture.h"
 
 #include "ui/SettingsWindow.h"
@@ -40,6 +41,7 @@ TEST_F(PanelTest, PickedAndTypedColorsBecomeTheAccent) {
 }
 
 TEST_F(PanelTest, CustomColorsAreReorderedAndDeleted) {
+    AnimationClock clock;
     for (const char* hex : {"#111111", "#222222", "#333333"})
         settings().addCustomColor(hex, "Custom");
     settings().setAccentColorHex("#111111");
@@ -50,13 +52,27 @@ TEST_F(PanelTest, CustomColorsAreReorderedAndDeleted) {
             text += color.hex[1];
         return text;
     };
+    // Where the circle of a colour is drawn, beside where it belongs.
+    const auto offset = [this](int index) {
+        auto* const place = item("CustomColorCircle", index);
+        return (OfflinePanel::middle(panel.find("ColorCircle", 7 + index)) -
+                OfflinePanel::middle(place))
+            .x();
+    };
     const auto start = OfflinePanel::middle(item("CustomColorCircle", 0));
     panel.press(start);
     for (int x = 0; x <= 60; x += 3)
         panel.move(start + QPointF(x, 0));
-    panel.release(start + QPointF(60, 0));
-    panel.settle();
     EXPECT_EQ(order(), "231");
+    EXPECT_EQ(offset(2), 2) << "under the pointer";
+    EXPECT_EQ(offset(1), 29) << "still where it was";
+    panel.release(start + QPointF(60, 0));
+    clock.pass(100);
+    EXPECT_GT(offset(1), 0) << "on its way";
+    EXPECT_LT(offset(1), 29);
+    clock.pass(200);
+    for (int index = 0; index < 3; ++index)
+        EXPECT_EQ(offset(index), 0);
 
     panel.click(item("CustomColorCircle", 2), Qt::RightButton);
     EXPECT_EQ(menuEntries(), QStringList{"Delete"});

@@ -18,6 +18,11 @@ Flow {
     width: Theme.panelWidth - 2 * Theme.margin
     x: Theme.margin
 
+    onPositioningComplete: {
+        for (let index = 0; index < customs.count; ++index)
+            customs.itemAt(index).placed = true;
+    }
+
     ColorCircle {
         chosen: root.settings.accentHex === "native"
         fill: Theme.pill
@@ -40,6 +45,7 @@ Flow {
         }
     }
     Repeater {
+        id: customs
         model: root.settings.customColors
 
         delegate: CustomColorCircle {

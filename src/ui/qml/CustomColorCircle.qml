@@ -1,7 +1,8 @@
 import QtQuick
 import Halvo
 
-// A colour that somebody added: can be deleted, and dragged among its like.
+// The place of a colour that somebody added: it can be deleted, and dragged among its like. The
+// place jumps to where it belongs, and the circle follows.
 Item {
     id: root
 
@@ -12,14 +13,36 @@ Item {
     required property string hex
     required property MenuWindow menu
     required property string name
+    property bool placed: false // in the row, and not on its way there
+    property real previousX: 0
+    property real previousY: 0
     required property Settings settings
 
     signal dragBegan
     signal dragEnded
     signal menuRequested(real x, real y, int index)
 
+    // The circle stays where it is, under the pointer or to slide after its place.
+    function leave(x: real, y: real) {
+        if (handler.active) {
+            circle.x += x;
+            circle.y += y;
+        } else if (placed) {
+            slide.lag(x, y);
+        }
+    }
+
     height: 22
     width: 22
+
+    onXChanged: {
+        leave(previousX - x, 0);
+        previousX = x;
+    }
+    onYChanged: {
+        leave(0, previousY - y);
+        previousY = y;
+    }
 
     ColorCircle {
         id: circle
@@ -51,13 +74,13 @@ Item {
 
             onActiveChanged: {
                 if (active) {
+                    slide.stop();
                     root.dragBegan();
                     return;
                 }
                 circle.Drag.drop();
                 root.dragEnded();
-                circle.x = 0;
-                circle.y = 0;
+                slide.start();
             }
             onCentroidChanged: {
                 if (!active)
@@ -73,6 +96,10 @@ Item {
 
             onClicked: mouse => root.menuRequested(mouse.x, mouse.y, -1)
         }
+    }
+    SlideAnimation {
+        id: slide
+        item: circle
     }
     ColorDropDelegate {
         colors: root.colors

@@ -39,11 +39,8 @@ Item {
     width: renaming ? 90 : pill.implicitWidth
 
     onXChanged: {
-        if (placed) {
-            slide.stop();
-            shown.x += previousX - x;
-            slide.start();
-        }
+        if (placed)
+            slide.lag(previousX - x, 0);
         previousX = x;
     }
 
@@ -51,14 +48,6 @@ Item {
         id: shown
         height: parent.height
         width: parent.width
-
-        NumberAnimation on x  {
-            id: slide
-            duration: Theme.animation
-            easing.type: Easing.OutCubic
-            running: false
-            to: 0
-        }
 
         PresetPill {
             id: pill
@@ -142,6 +131,10 @@ Item {
 
             target: field.item as RenameField
         }
+    }
+    SlideAnimation {
+        id: slide
+        item: shown
     }
     PresetDropDelegate {
         draggingPresetID: root.draggingPresetID
