@@ -140,7 +140,7 @@ ScreenRect MacPanelWindow::frame() const {
 
 void MacPanelWindow::setFrame(const ScreenRect& frame, PanelMove move) {
     if (!makePanel()) return;
-    [parts_->panel setFrame:toNSRect(frame) display:YES animate:move == PanelMove::animated];
+    [parts_->panel setFrame:toNSRect(frame) display:YES animate:isAnimated(move)];
 }
 
 } // namespace halvo

@@ -46,6 +46,10 @@ QtPanelWindow::QtPanelWindow(Desktop desktop) : desktop_(std::move(desktop)) {
             [this](Qt::ApplicationState state) {
                 if (state != Qt::ApplicationActive) takeFocusLoss();
             });
+    move_.setEasingCurve(QEasingCurve::OutCubic);
+    connect(&move_, &QVariantAnimation::valueChanged, this, [this](const QVariant& frame) {
+        if (isMoving()) place(frame.toRect()); // not while its ends are set
+    });
 }
 
 QtPanelWindow::~QtPanelWindow() = default;
@@ -119,6 +123,7 @@ void QtPanelWindow::orderFront(PanelStyle style) {
         if (style == PanelStyle::window) center(*window_);
     }
     content_->setFramed(style_ == PanelStyle::window);
+    isMasked_ = style_ == PanelStyle::hanging && !desktop_.hasCompositor();
     roundCorners();
     setShown(true);
     window_->show();
@@ -128,6 +133,7 @@ void QtPanelWindow::orderFront(PanelStyle style) {
 
 void QtPanelWindow::orderOut() {
     if (!window_) return;
+    move_.stop();
     setShown(false);
     window_->hide();
 }
@@ -138,25 +144,42 @@ void QtPanelWindow::setShown(bool shown) {
 }
 
 ScreenRect QtPanelWindow::frame() const {
+    if (isMoving()) return toScreenRect(move_.endValue().toRect());
     return window_ ? toScreenRect(window_->geometry()) : ScreenRect();
 }
 
-void QtPanelWindow::setFrame(const ScreenRect& frame, PanelMove /*move*/) {
+void QtPanelWindow::setFrame(const ScreenRect& frame, PanelMove move) {
     if (!window_) return;
-    // At once also where a move may be animated: each step would be a whole new layout.
-    const QSize size(static_cast<int>(frame.width), static_cast<int>(frame.height));
+    const QRect target(
+        QPoint(static_cast<int>(std::lround(frame.x)), static_cast<int>(std::lround(frame.y))),
+        QSize(static_cast<int>(frame.width), static_cast<int>(frame.height)));
+    if (isMoving() && move_.endValue().toRect() == target) return;
+    move_.stop();
+    if (!isAnimated(move)) return place(target);
+    move_.setDuration(content_->animationDuration());
+    move_.setStartValue(window_->geometry());
+    move_.setEndValue(target);
+    move_.start();
+}
+
+bool QtPanelWindow::isAnimated(PanelMove move) const {
+    return move == PanelMove::animated && !(content_ && content_->isMoving());
+}
+
+void QtPanelWindow::place(const QRect& frame) {
     if (style_ == PanelStyle::window && window_->isVisible()) {
-        window_->resize(size);
+        window_->resize(frame.size());
     } else {
-        window_->setGeometry(QRect(
-            QPoint(static_cast<int>(std::lround(frame.x)), static_cast<int>(std::lround(frame.y))),
-            size));
+        window_->setGeometry(frame);
     }
     roundCorners();
 }
 
 void QtPanelWindow::roundCorners() {
-    if (style_ == PanelStyle::window || desktop_.hasCompositor()) return window_->setMask({});
+    if (!isMasked_) {
+        if (!window_->mask().isEmpty()) window_->setMask({});
+        return;
+    }
     QPainterPath path;
     path.addRoundedRect(QRectF(QPointF(0, 0), window_->size()), kRadius, kRadius);
     window_->setMask(QRegion(path.toFillPolygon().toPolygon()));

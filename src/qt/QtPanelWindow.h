@@ -7,6 +7,7 @@
 #include <QElapsedTimer>
 #include <QObject>
 #include <QQuickWindow>
+#include <QVariantAnimation>
 
 #include <functional>
 #include <memory>
@@ -61,6 +62,9 @@ class QtPanelWindow : public QObject, public PanelWindow {
   protected:
     /// Makes the views and their window, if there are services to show and they are not made yet.
     void prepare();
+    /// Whether a move is to go in steps: not while the content moves by itself, with which the
+    /// window keeps up.
+    bool isAnimated(PanelMove move) const;
     /// Tells the views whether anybody can see them.
     void setShown(bool shown);
 
@@ -69,6 +73,8 @@ class QtPanelWindow : public QObject, public PanelWindow {
     void takeRelease();
     void closeByKey();
     void takeFocusLoss();
+    bool isMoving() const { return move_.state() == QVariantAnimation::Running; }
+    void place(const QRect& frame);
     void roundCorners();
 
     Desktop desktop_;
@@ -80,6 +86,8 @@ class QtPanelWindow : public QObject, public PanelWindow {
     bool isPressed_ = false;
     QElapsedTimer sinceRelease_;
     PanelStyle style_ = PanelStyle::hanging;
+    bool isMasked_ = false;  ///< cut to round corners, which cannot be transparent
+    QVariantAnimation move_; ///< from one frame to another
     std::unique_ptr<QQuickWindow> window_;
     std::unique_ptr<PanelContent> content_;
     std::unique_ptr<SettingsWindow> settingsWindow_;

@@ -101,6 +101,14 @@ QSize PanelContent::fittingSize() const {
     return QSizeF(parts_->view->implicitWidth(), parts_->view->implicitHeight()).toSize();
 }
 
+bool PanelContent::isMoving() const {
+    return parts_->view->property("moving").toBool();
+}
+
+int PanelContent::animationDuration() const {
+    return parts_->view->property("animationDuration").toInt();
+}
+
 void PanelContent::setShown(bool shown) {
     if (!shown) closeMenus();
     parts_->view->setProperty("shown", shown);

@@ -48,6 +48,11 @@ class PanelContent final : public QObject {
     /// The size of the content now, laid out anew if that is due; also before `attach`.
     QSize fittingSize() const;
 
+    /// Whether the fitting size is on its way to another by itself, step by step.
+    bool isMoving() const;
+    /// How long a default animation takes, in milliseconds.
+    int animationDuration() const;
+
     /// Tells whether anybody can see the panel: while nobody can, the spectrum is not followed.
     void setShown(bool shown);
 

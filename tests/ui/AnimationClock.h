@@ -9,6 +9,8 @@ namespace halvo {
 /// While it lives, animations move only when their time is made to pass.
 class AnimationClock : public QAnimationDriver {
   public:
+    static constexpr int kFrame = 10;
+
     AnimationClock() {
         install();
         // Between animations the toolkit would go by its own time.
@@ -27,8 +29,6 @@ class AnimationClock : public QAnimationDriver {
     qint64 elapsed() const override { return elapsed_; }
 
   private:
-    static constexpr int kFrame = 10;
-
     QVariantAnimation unending_;
     qint64 elapsed_ = 0;
 };

@@ -5,6 +5,8 @@
 
 #include <QQuickView>
 
+#include <set>
+
 namespace halvo {
 
 namespace {
@@ -31,13 +33,39 @@ TEST_F(PanelTest, PickedAndTypedColorsBecomeTheAccent) {
     EXPECT_EQ(settings().customColors.get()[0].hex, "#FF0000");
     EXPECT_EQ(settings().customColors.get()[0].name, "Custom");
     EXPECT_EQ(settings().accentColorHex.get(), "#FF0000");
-    EXPECT_FALSE(item("ColorEditor"));
 
+    panel.settle(300); // until the editor is closed
     open("Add custom color");
     item("ColorEditor")->setProperty("newColorHex", "12345");
     open("Add this color");
     EXPECT_EQ(settings().customColors.get().size(), 1U);
     EXPECT_TRUE(item("ColorEditor"));
+}
+
+TEST_F(PanelTest, ColorEditorClosesInSteps) {
+    AnimationClock clock;
+    open("Settings");
+    const int closed = panel.window().height();
+    for (const char* close : {"Add this color", "Add custom color"}) {
+        SCOPED_TRACE(close);
+        open("Add custom color");
+        const int opened = panel.window().height();
+        const int editor = static_cast<int>(item("ColorEditor")->implicitHeight());
+        EXPECT_EQ(opened, closed + editor) << "at once";
+        item("ColorEditor")->setProperty("newColorHex", "123456");
+        open(close);
+        std::set<int> heights;
+        for (int frame = 0; frame < 30; ++frame) {
+            heights.insert(panel.window().height());
+            EXPECT_EQ(panel.window().height(), panel.content().fittingSize().height());
+            clock.pass(AnimationClock::kFrame);
+            panel.settle(1);
+        }
+        EXPECT_GT(heights.size(), 10U);
+        EXPECT_EQ(*heights.begin(), closed);
+        EXPECT_EQ(*heights.rbegin(), opened);
+        EXPECT_FALSE(item("ColorEditor"));
+    }
 }
 
 TEST_F(PanelTest, CustomColorsAreReorderedAndDeleted) {

@@ -5,6 +5,7 @@ import Halvo
 FocusScope {
     id: root
 
+    readonly property int animationDuration: Theme.animation
     required property Bands bands
     readonly property bool bandsVisible: shown && showAdvanced
     required property Devices devices
@@ -12,6 +13,7 @@ FocusScope {
 
     // Whether the desktop draws a frame around the window, whose corners are square then.
     property bool framed: false
+    readonly property bool moving: settingsPanel.unfolded > 0 && settingsPanel.unfolded < 1
     required property NowPlaying nowPlaying
     required property Presets presets
     required property Settings settings
@@ -70,11 +72,13 @@ FocusScope {
 
         onActivated: root.settingsWindowRequested()
     }
+    // As large as the window, which may be on its way to another size.
     Rectangle {
-        anchors.fill: parent
         border.color: root.settings.hasPanelMaterial || root.framed ? "transparent" : Theme.border
         color: root.settings.hasPanelMaterial ? "transparent" : Theme.background
+        height: root.Window.height
         radius: root.framed ? 0 : Theme.panelRadius
+        width: root.width
 
         // A press beside the controls ends what is being typed.
         TapHandler {
@@ -137,12 +141,13 @@ FocusScope {
             visible: root.showSettings
         }
         SettingsPanel {
+            id: settingsPanel
             accent: root.settings.accent
             settings: root.settings
             visible: root.showSettings
 
             onQuitRequested: root.quitRequested()
-            onShowColorCreatorChanged: root.sizeMayChange()
+            onUnfoldedChanged: root.sizeMayChange()
         }
     }
 }

@@ -9,11 +9,30 @@ Item {
     property color accent: Theme.accent
     required property Settings settings
     property bool showColorCreator: false
+    property real unfolded: 0 // of the colour editor
 
     signal quitRequested
 
     implicitHeight: column.implicitHeight + 10
     implicitWidth: Theme.panelWidth
+
+    states: State {
+        name: "creating"
+        when: root.showColorCreator
+
+        PropertyChanges {
+            root.unfolded: 1
+        }
+    }
+    transitions: Transition {
+        from: "creating"
+
+        NumberAnimation {
+            duration: Theme.animation
+            easing.type: Easing.OutCubic
+            property: "unfolded"
+        }
+    }
 
     Column {
         id: column
@@ -50,7 +69,9 @@ Item {
             onAddRequested: root.showColorCreator = !root.showColorCreator
         }
         ColorEditor {
-            visible: root.showColorCreator
+            clip: true
+            height: Math.round(root.unfolded * implicitHeight)
+            visible: height > 0
 
             onConfirmed: typed => {
                 if (!root.settings.addColor(typed))
