@@ -206,7 +206,9 @@ TEST_F(Presets, DuplicatesStandBehindTheirSource) {
     auto unknown = flat;
     unknown.id = UUID::random();
     unknown.bands = {1};
+    unknown.preamp = -3;
     EXPECT_EQ(manager->duplicatePreset(unknown).bands, std::vector<float>{1});
+    EXPECT_EQ(manager->presets.get().back().preamp, -3);
     EXPECT_EQ(manager->presets.get().back().name, "Flat Copy") << "without its source at the end";
     EXPECT_FALSE(manager->presetNamed("flat"));
 }
@@ -270,10 +272,29 @@ TEST_F(Presets, Moving) {
     }
 }
 
+TEST_F(Presets, EveryListOperationIsSavedAtOnce) {
+    open();
+    const auto isSaved = [&] { return decodePresets(file()) == manager->presets.get(); };
+    const auto created = manager->createCustomPreset("Mine");
+    EXPECT_EQ(at(23), (EQPreset{created.id, "Mine", 0, std::vector<float>(10, 0.0F), false}));
+    EXPECT_TRUE(isSaved());
+    (void)manager->duplicatePreset(at(0));
+    EXPECT_TRUE(isSaved());
+    manager->renamePreset(at(1), "Yours");
+    EXPECT_TRUE(isSaved());
+    manager->movePreset(1, 4);
+    EXPECT_TRUE(isSaved());
+    manager->deletePreset(created);
+    EXPECT_EQ(manager->presets.get().size(), 24U);
+    EXPECT_TRUE(isSaved());
+}
+
 TEST_F(Presets, EditsAreSavedWithTheNextListOperationOnly) {
     open();
     manager->activate(at(2));
     const auto before = file();
+    auto plain = at(5);
+    plain.name = "Plain";
     manager->setBandGain(0, 9.5F);
     EXPECT_EQ(manager->bandGain(0), 9.5F);
     EXPECT_EQ(file(), before);
@@ -281,7 +302,7 @@ TEST_F(Presets, EditsAreSavedWithTheNextListOperationOnly) {
     const auto saved = *decodePresets(file());
     EXPECT_EQ(saved[2].bands[0], 9.5F);
     EXPECT_TRUE(saved[2].isFactory);
-    EXPECT_EQ(saved[5].name, "Plain");
+    EXPECT_EQ(saved[5], plain);
     EXPECT_EQ(manager->bandGain(10), 0.0F);
     manager->setBandGain(10, 3);
     EXPECT_EQ(at(2).bands.size(), 10U);
