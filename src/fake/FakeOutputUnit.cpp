@@ -12,28 +12,32 @@ FakeOutputUnit::~FakeOutputUnit() {
 
 bool FakeOutputUnit::setDevice(AudioDeviceID id) {
     log_.add("unit setDevice " + std::to_string(id));
+    if (isInitialized_) return false;
     device = id;
     return !factory_.setupFails;
 }
 
 bool FakeOutputUnit::setStreamFormat(const StreamFormat& wanted) {
+    if (isInitialized_) return false;
     format = wanted;
     return !factory_.setupFails;
 }
 
 bool FakeOutputUnit::setRenderCallback(RenderCallback callback, void* refCon) {
+    if (isInitialized_) return false;
     callback_ = callback;
     refCon_ = refCon;
     return !factory_.setupFails;
 }
 
 bool FakeOutputUnit::initialize() {
-    return !factory_.setupFails;
+    isInitialized_ = !factory_.setupFails;
+    return isInitialized_;
 }
 
 bool FakeOutputUnit::start() {
     log_.add("unit start");
-    isStarted = !factory_.setupFails;
+    isStarted = isInitialized_;
     return isStarted;
 }
 

@@ -11,7 +11,8 @@ namespace halvo {
 
 class FakeOutputUnitFactory;
 
-/// A unit whose render cycles the test runs by hand through its factory.
+/// A unit whose render cycles the test runs by hand through its factory. Nothing is set any more
+/// once it is initialized, and only then it starts.
 class FakeOutputUnit final : public OutputUnit {
   public:
     FakeOutputUnit(FakeOutputUnitFactory& factory, CallLog& log);
@@ -34,6 +35,7 @@ class FakeOutputUnit final : public OutputUnit {
   private:
     FakeOutputUnitFactory& factory_;
     CallLog& log_;
+    bool isInitialized_ = false;
     RenderCallback callback_ = nullptr;
     void* refCon_ = nullptr;
 };

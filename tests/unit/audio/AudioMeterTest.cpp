@@ -97,6 +97,7 @@ TEST_F(Meter, StoppingReportsSilenceAndWhatIsStillCapturedDoesNotComeBack) {
     meter.onWaveformUpdate = [&](const auto& history) { waveform = history; };
     meter.stop();
     EXPECT_EQ(level, 0);
+    EXPECT_EQ(meter.currentLevel(), 0);
     EXPECT_EQ(std::ranges::count(waveform, 0.0F), 20);
     meter.tick();
     EXPECT_EQ(std::ranges::count(waveform, 0.0F), 20) << "nothing new was captured";
