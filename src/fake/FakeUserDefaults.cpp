@@ -1,8 +1,11 @@
 #include "fake/FakeUserDefaults.h"
 
+#include "base/TextValues.h"
+
 namespace halvo {
 
 bool FakeUserDefaults::boolForKey(const std::string& key) const {
+    if (const auto text = stringForKey(key)) return boolOfText(*text);
     const auto found = values.find(key);
     if (found == values.end()) return false;
     const auto* flag = std::get_if<bool>(&found->second);

@@ -17,9 +17,6 @@ class FakeUserDefaults final : public UserDefaults {
 
     bool contains(const std::string& key) const override { return values.contains(key); }
     bool boolForKey(const std::string& key) const override;
-    float floatForKey(const std::string& key) const override {
-        return static_cast<float>(doubleForKey(key).value_or(boolForKey(key) ? 1 : 0));
-    }
     std::optional<double> doubleForKey(const std::string& key) const override;
     std::optional<std::string> stringForKey(const std::string& key) const override;
     std::optional<std::string> dataForKey(const std::string& key) const override;

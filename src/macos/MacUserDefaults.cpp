@@ -1,5 +1,6 @@
 #include "macos/MacUserDefaults.h"
 
+#include "base/TextValues.h"
 #include "macos/CoreFoundation.h"
 
 #include <cmath>
@@ -31,11 +32,8 @@ bool MacUserDefaults::boolForKey(const std::string& key) const {
     if (isA(value, CFBooleanGetTypeID())) {
         return CFBooleanGetValue(static_cast<CFBooleanRef>(value.get())) != 0;
     }
+    if (const auto text = stringForKey(key)) return boolOfText(*text);
     return doubleForKey(key).value_or(0) != 0;
-}
-
-float MacUserDefaults::floatForKey(const std::string& key) const {
-    return static_cast<float>(doubleForKey(key).value_or(boolForKey(key) ? 1 : 0));
 }
 
 std::optional<double> MacUserDefaults::doubleForKey(const std::string& key) const {

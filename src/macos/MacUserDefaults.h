@@ -12,7 +12,6 @@ class MacUserDefaults final : public UserDefaults {
   public:
     bool contains(const std::string& key) const override;
     bool boolForKey(const std::string& key) const override;
-    float floatForKey(const std::string& key) const override;
     std::optional<double> doubleForKey(const std::string& key) const override;
     std::optional<std::string> stringForKey(const std::string& key) const override;
     std::optional<std::string> dataForKey(const std::string& key) const override;

@@ -1,5 +1,9 @@
 #pragma once
 
+#include "base/TextValues.h"
+
+#include <cmath>
+#include <limits>
 #include <optional>
 #include <string>
 
@@ -9,14 +13,22 @@ namespace halvo {
 /// when the call returns; a failed write is silent and keeps the value in memory.
 ///
 /// A missing key, or one whose value is of another kind, reads as false, 0 or nothing; a number
-/// reads as a bool by being other than 0, and a bool as a float by being 1 or 0.
+/// reads as a bool by being other than 0, a bool as a float by being 1 or 0, and a text as either,
+/// as base/TextValues.h says.
 class UserDefaults {
   public:
     virtual ~UserDefaults() = default;
 
     virtual bool contains(const std::string& key) const = 0;
     virtual bool boolForKey(const std::string& key) const = 0;
-    virtual float floatForKey(const std::string& key) const = 0;
+    float floatForKey(const std::string& key) const {
+        const auto text = stringForKey(key);
+        const double other = text ? numberOfText(*text) : boolForKey(key) ? 1 : 0;
+        const double value = doubleForKey(key).value_or(other);
+        const bool fits =
+            std::fabs(value) <= static_cast<double>(std::numeric_limits<float>::max());
+        return fits ? static_cast<float>(value) : 0;
+    }
     /// Numbers alone: not even a bool counts as one.
     virtual std::optional<double> doubleForKey(const std::string& key) const = 0;
     virtual std::optional<std::string> stringForKey(const std::string& key) const = 0;

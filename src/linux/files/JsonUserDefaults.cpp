@@ -1,6 +1,7 @@
 #include "linux/files/JsonUserDefaults.h"
 
 #include "base/NumberText.h"
+#include "base/TextValues.h"
 #include "linux/files/XdgDirectories.h"
 #include "platform/SystemLog.h"
 #include "posix/AtomicFile.h"
@@ -105,14 +106,8 @@ bool JsonUserDefaults::contains(const std::string& key) const {
 bool JsonUserDefaults::boolForKey(const std::string& key) const {
     const auto* entry = find(key);
     if (entry && entry->is_boolean()) return entry->get<bool>();
+    if (const auto text = stringForKey(key)) return boolOfText(*text);
     return doubleForKey(key).value_or(0) != 0;
-}
-
-float JsonUserDefaults::floatForKey(const std::string& key) const {
-    const double value = doubleForKey(key).value_or(boolForKey(key) ? 1 : 0);
-    return std::fabs(value) <= static_cast<double>(std::numeric_limits<float>::max())
-               ? static_cast<float>(value)
-               : 0.0F;
 }
 
 std::optional<double> JsonUserDefaults::doubleForKey(const std::string& key) const {

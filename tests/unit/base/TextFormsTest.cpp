@@ -1,4 +1,5 @@
 #include "base/NumberText.h"
+#include "base/TextValues.h"
 #include "base/UUID.h"
 #include "base/VersionComparison.h"
 
@@ -24,6 +25,40 @@ TEST(NumberText, ShortestFormWithAFraction) {
     };
     for (const auto& [value, text] : rows)
         EXPECT_EQ(numberText(value), text);
+}
+
+TEST(TextValues, WhatTheSettingsOfMacOSReadIntoTexts) {
+    struct Row {
+        const char* text;
+        bool flag;
+        double number;
+    };
+    for (const auto& [text, flag, number] : {Row{"", false, 0},
+                                             {" \n", false, 0},
+                                             {"YES", true, 0},
+                                             {"yes", true, 0},
+                                             {"true", true, 0},
+                                             {"True", true, 0},
+                                             {"NO", false, 0},
+                                             {"false", false, 0},
+                                             {"on", false, 0},
+                                             {"1", true, 1},
+                                             {"0", false, 0},
+                                             {" \t-007", false, -7},
+                                             {"text", false, 0},
+                                             {"0.5", false, 0.5},
+                                             {"123.4", false, 123.4},
+                                             {".25", false, 0.25},
+                                             {"-1.5e-2 dB", false, -0.015},
+                                             {"0.5x", false, 0.5},
+                                             {"0,5", false, 0},
+                                             {"0x10", false, 0},
+                                             {"inf", false, 0},
+                                             {"nan", false, 0},
+                                             {"x1", false, 0}}) {
+        EXPECT_EQ(boolOfText(text), flag) << text;
+        EXPECT_DOUBLE_EQ(numberOfText(text), number) << text;
+    }
 }
 
 TEST(UUID, TextIsUpperCaseAndStrict) {

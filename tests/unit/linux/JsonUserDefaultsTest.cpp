@@ -67,7 +67,8 @@ TEST_F(JsonUserDefaultsTests, KeepsKindsAndValuesAcrossProcesses) {
 
 TEST_F(JsonUserDefaultsTests, ValuesOfAnotherKind) {
     fs::create_directory(folder_);
-    put(path_, R"({"true": true, "zero": 0, "two": 2, "half": 0.5, "huge": 1e300, "text": "1",
+    put(path_,
+        R"({"true": true, "zero": 0, "two": 2, "half": 0.5, "huge": 1e300, "text": "0.5 or so", "yes": "YES",
         "null": null, "list": [1], "bytes": {"data": "QQ=="}, "unpadded": {"data": "QQ"},
         "loose": {"data": "QR=="}, "spaced": {"data": "QQ ="}, "more": {"data": "QQ==", "x": 1}})");
     const auto defaults = open();
@@ -85,7 +86,8 @@ TEST_F(JsonUserDefaultsTests, ValuesOfAnotherKind) {
              {"zero", true, false, 0, none, none},
              {"two", true, true, 2, none, none},
              {"half", true, true, 0.5, none, none},
-             {"text", true, false, none, "1", none},
+             {"text", true, false, none, "0.5 or so", none},
+             {"yes", true, true, none, "YES", none},
              {"list", true, false, none, none, none},
              {"bytes", true, false, none, none, "A"},
              {"unpadded", true, false, none, none, none},

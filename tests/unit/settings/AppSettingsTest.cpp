@@ -52,12 +52,14 @@ TEST(AppSettings, BrokenValuesReadAsDefaults) {
     FakeUserDefaults defaults;
     defaults.setFloat("halvo_accentColorHex", 3);
     defaults.setString("halvo_showNowPlaying", "text");
+    defaults.setString("halvo_showMenubarWaveform", "YES");
     for (const auto* colors : {"", "{}", "[1]", R"([{"id":"x","hex":"#000000","name":"n"}])",
                                R"([{"hex":"#000000","name":"n"}])"}) {
         defaults.setData("halvo_customColors", colors);
         const AppSettings settings(defaults);
         EXPECT_EQ(settings.accentColorHex.get(), "native");
         EXPECT_FALSE(settings.showNowPlaying.get()) << "present, but no truth in it";
+        EXPECT_TRUE(settings.showMenubarWaveform.get()) << "a script's true";
         EXPECT_TRUE(settings.customColors.get().empty()) << colors;
     }
     AppSettings settings(defaults);
