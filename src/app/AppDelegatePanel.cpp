@@ -24,15 +24,20 @@ void AppDelegate::setupStatusItem() {
 }
 
 void AppDelegate::setupPanel() {
+    PanelEvents events;
+    events.onSizeChange = [this, alive = lifetime_.watch()] {
+        if (!alive.expired()) resizePanel(PanelMove::animated);
+    };
+    events.onClose = [this, alive = lifetime_.watch()] {
+        if (!alive.expired()) hidePanel();
+    };
     platform_.panelWindow.setContent({.deviceManager = deviceManager_,
                                       .presetManager = presetManager_,
                                       .spectrumData = spectrumData_,
                                       .appSettings = appSettings_,
                                       .autoGenreController = autoGenreController(),
                                       .nowPlayingMonitor = nowPlayingMonitor_},
-                                     [this, alive = lifetime_.watch()] {
-                                         if (!alive.expired()) resizePanel(PanelMove::animated);
-                                     });
+                                     std::move(events));
 }
 
 void AppDelegate::togglePopover() {

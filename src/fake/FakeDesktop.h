@@ -34,14 +34,16 @@ class FakeStatusItem final : public StatusItem {
 /// A window without content on a screen of 1920 by 1080 with a bar of 24 points at the top.
 class FakePanelWindow final : public PanelWindow {
   public:
-    void setContent(const PopoverServices& shown, std::function<void()> changed) override {
+    void setContent(const PopoverServices& shown, PanelEvents events) override {
         services.emplace(shown);
-        onSizeChange = std::move(changed);
+        onSizeChange = std::move(events.onSizeChange);
+        onClose = std::move(events.onClose);
     }
     void removeContent() override {
         visible = false;
         services.reset();
         onSizeChange = nullptr;
+        onClose = nullptr;
     }
     ScreenSize fittingSize() override { return content; }
     ScreenArea screenAt(ScreenPoint /*place*/) const override { return screen; }
@@ -70,6 +72,7 @@ class FakePanelWindow final : public PanelWindow {
 
     std::optional<PopoverServices> services;
     std::function<void()> onSizeChange;
+    std::function<void()> onClose;
     ScreenSize content{320, 200};
     ScreenArea screen{{0, 0, 1920, 1080}, {0, 24, 1920, 1056}};
     bool visible = false;

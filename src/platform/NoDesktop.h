@@ -18,8 +18,7 @@ class NoStatusItem final : public StatusItem {
 /// The panel of a session without a screen: nobody can open it.
 class NoPanelWindow final : public PanelWindow {
   public:
-    void setContent(const PopoverServices& /*services*/,
-                    std::function<void()> /*onSizeChange*/) override {}
+    void setContent(const PopoverServices& /*services*/, PanelEvents /*events*/) override {}
     void removeContent() override {}
     ScreenSize fittingSize() override { return {}; }
     ScreenArea screenAt(ScreenPoint /*place*/) const override { return {}; }

@@ -29,15 +29,19 @@ struct PopoverServices {
     NowPlayingMonitor& nowPlayingMonitor;
 };
 
+/// What the panel tells.
+struct PanelEvents {
+    std::function<void()> onSizeChange; ///< its fitting size has changed
+    std::function<void()> onClose;      ///< the person closes it with the keyboard
+};
+
 /// The window that hangs from the status item. Main thread only.
 class PanelWindow {
   public:
     virtual ~PanelWindow() = default;
 
-    /// The popover over these services, made now or when it is first needed. `onSizeChange` runs
-    /// after its fitting size has changed.
-    virtual void setContent(const PopoverServices& services,
-                            std::function<void()> onSizeChange) = 0;
+    /// The popover over these services, made now or when it is first needed.
+    virtual void setContent(const PopoverServices& services, PanelEvents events) = 0;
     /// Hides the window and lets go of the services.
     virtual void removeContent() = 0;
     /// The size that the content wants now.

@@ -54,10 +54,9 @@ QtPanelWindow::QtPanelWindow(Desktop desktop) : desktop_(std::move(desktop)) {
 
 QtPanelWindow::~QtPanelWindow() = default;
 
-void QtPanelWindow::setContent(const PopoverServices& services,
-                               std::function<void()> onSizeChange) {
+void QtPanelWindow::setContent(const PopoverServices& services, PanelEvents events) {
     services_.emplace(services);
-    onSizeChange_ = std::move(onSizeChange);
+    events_ = std::move(events);
     QTimer::singleShot(kUntilPrepared, this, [this] {
         if (services_) prepare();
     });
@@ -69,7 +68,7 @@ void QtPanelWindow::removeContent() {
     content_.reset();
     window_.reset();
     services_.reset();
-    onSizeChange_ = nullptr;
+    events_ = {};
 }
 
 void QtPanelWindow::prepare() {
@@ -90,9 +89,11 @@ void QtPanelWindow::prepare() {
     window_->setFlags(flagsOf(style_));
     content_->attach(*window_);
     connect(content_.get(), &PanelContent::sizeChanged, this, [this] {
-        if (onSizeChange_) onSizeChange_();
+        if (events_.onSizeChange) events_.onSizeChange();
     });
-    connect(content_.get(), &PanelContent::closeRequested, this, &QtPanelWindow::closeByKey);
+    connect(content_.get(), &PanelContent::closeRequested, this, [this] {
+        if (events_.onClose) events_.onClose();
+    });
     connect(content_.get(), &PanelContent::settingsWindowRequested, this,
             &QtPanelWindow::showSettingsWindow);
     window_->resize(content_->fittingSize());
@@ -214,15 +215,11 @@ void QtPanelWindow::takePress() {
     pressed(ScreenPoint{static_cast<double>(place.x()), static_cast<double>(place.y())});
 }
 
-void QtPanelWindow::closeByKey() {
-    if (!pressed_) return orderOut();
-    const auto pressed = pressed_;
-    pressed(std::nullopt);
-}
-
 /// Only where presses elsewhere are not heard.
 void QtPanelWindow::takeFocusLoss() {
-    if (!presses_ && pressed_) closeByKey();
+    if (presses_ || !pressed_) return;
+    const auto pressed = pressed_; // it may end its own monitor
+    pressed(std::nullopt);
 }
 
 void QtPanelWindow::setSystemAppearance(const SystemAppearance& appearance) {

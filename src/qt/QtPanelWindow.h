@@ -37,7 +37,7 @@ class QtPanelWindow : public QObject, public PanelWindow {
     explicit QtPanelWindow(Desktop desktop);
     ~QtPanelWindow() override;
 
-    void setContent(const PopoverServices& services, std::function<void()> onSizeChange) override;
+    void setContent(const PopoverServices& services, PanelEvents events) override;
     void removeContent() override;
     ScreenSize fittingSize() override;
     ScreenArea screenAt(ScreenPoint place) const override;
@@ -71,7 +71,6 @@ class QtPanelWindow : public QObject, public PanelWindow {
   private:
     void takePress();
     void takeRelease();
-    void closeByKey();
     void takeFocusLoss();
     bool isMoving() const { return move_.state() == QVariantAnimation::Running; }
     void place(const QRect& frame);
@@ -79,7 +78,7 @@ class QtPanelWindow : public QObject, public PanelWindow {
 
     Desktop desktop_;
     std::optional<PopoverServices> services_;
-    std::function<void()> onSizeChange_;
+    PanelEvents events_;
     SystemAppearance appearance_;
     std::function<void(std::optional<ScreenPoint>)> pressed_;
     std::shared_ptr<void> presses_;

@@ -15,6 +15,7 @@ namespace {
 constexpr QPoint kItem{1000, 10};
 constexpr int kLeft = 1;
 constexpr int kRight = 3;
+constexpr int kEscape = 9;
 
 /// The application with its item in the tray, anew for each test. The desktop is one for all in a
 /// process: its bus cannot be left.
@@ -73,6 +74,16 @@ TEST_F(Desktop, AClickHeldForLongClosesThePanelToo) {
     EXPECT_FALSE(isShown());
     desktop.clickItem(kItem);
     EXPECT_TRUE(becomes(true)) << "the next click opens it";
+}
+
+TEST_F(Desktop, TheClickAfterEscapeOpensThePanelAgain) {
+    desktop.clickItem(kItem);
+    ASSERT_TRUE(becomes(true));
+    VirtualDesktop::rest(200ms);
+    desktop.pressKey(kEscape);
+    ASSERT_TRUE(becomes(false));
+    desktop.clickItem(kItem);
+    EXPECT_TRUE(becomes(true));
 }
 
 TEST_F(Desktop, PressesElsewhereCloseThePanelAndPressesInsideDoNot) {

@@ -22,16 +22,19 @@ class PanelWindowTest : public PanelTest {
     std::set<int> heights; ///< that the window had since it was last cleared
 
     void SetUp() override {
-        window.setContent(machine.services(), [this] {
-            const auto old = window.frame();
-            const auto size = window.fittingSize();
-            const double y = isAbove ? old.y + old.height - size.height : old.y;
-            window.setFrame({old.x, y, size.width, size.height}, PanelMove::animated);
-        });
+        window.setContent(machine.services(),
+                          {.onSizeChange = [this] { follow(); }, .onClose = nullptr});
         const auto size = window.fittingSize();
         window.setFrame({100, 200, size.width, size.height}, PanelMove::immediate);
         window.orderFront(PanelStyle::hanging);
         panel.settle(50);
+    }
+    /// With the edge fixed that is at the item.
+    void follow() {
+        const auto old = window.frame();
+        const auto size = window.fittingSize();
+        const double y = isAbove ? old.y + old.height - size.height : old.y;
+        window.setFrame({old.x, y, size.width, size.height}, PanelMove::animated);
     }
     void click(const char* name) {
         auto* const control = panel.named(QString::fromUtf8(name), window.window());

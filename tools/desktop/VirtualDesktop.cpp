@@ -32,6 +32,33 @@ QRect boundsOfDifference(const QImage& one, const QImage& other) {
     return bounds;
 }
 
+/// A mouse and a keyboard. Once they are taken away, the screen has done all that they did.
+class InputHardware {
+  public:
+    explicit InputHardware(const std::string& display)
+        : connection_(xcb_connect(display.c_str(), nullptr)),
+          root_(xcb_setup_roots_iterator(xcb_get_setup(connection_)).data->root) {}
+    ~InputHardware() {
+        std::free(
+            xcb_get_input_focus_reply(connection_, xcb_get_input_focus(connection_), nullptr));
+        xcb_disconnect(connection_);
+    }
+    InputHardware(const InputHardware&) = delete;
+    InputHardware& operator=(const InputHardware&) = delete;
+
+    void send(int kind, int detail, QPoint at = {}) const {
+        xcb_test_fake_input(connection_, static_cast<std::uint8_t>(kind),
+                            static_cast<std::uint8_t>(detail), XCB_CURRENT_TIME, root_,
+                            static_cast<std::int16_t>(at.x()), static_cast<std::int16_t>(at.y()),
+                            0);
+        xcb_flush(connection_);
+    }
+
+  private:
+    xcb_connection_t* connection_;
+    xcb_window_t root_;
+};
+
 } // namespace
 
 VirtualDesktop::VirtualDesktop(Programs programs) : programs_(std::move(programs)) {
@@ -89,23 +116,17 @@ void VirtualDesktop::stopApplication() {
 }
 
 void VirtualDesktop::press(QPoint place, int button, std::chrono::milliseconds held) {
-    auto* connection = xcb_connect(display_.c_str(), nullptr);
-    const auto root = xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root;
-    const auto send = [&](int kind, int detail, QPoint at) {
-        xcb_test_fake_input(connection, static_cast<std::uint8_t>(kind),
-                            static_cast<std::uint8_t>(detail), XCB_CURRENT_TIME, root,
-                            static_cast<std::int16_t>(at.x()), static_cast<std::int16_t>(at.y()),
-                            0);
-    };
-    send(XCB_MOTION_NOTIFY, 0, place);
-    send(XCB_BUTTON_PRESS, button, {});
-    xcb_flush(connection);
+    const InputHardware hardware(display_);
+    hardware.send(XCB_MOTION_NOTIFY, 0, place);
+    hardware.send(XCB_BUTTON_PRESS, button);
     if (held > std::chrono::milliseconds::zero()) rest(held);
-    send(XCB_BUTTON_RELEASE, button, {});
-    xcb_flush(connection);
-    // The answer comes after the server has done all of it.
-    std::free(xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr));
-    xcb_disconnect(connection);
+    hardware.send(XCB_BUTTON_RELEASE, button);
+}
+
+void VirtualDesktop::pressKey(int key) {
+    const InputHardware hardware(display_);
+    hardware.send(XCB_KEY_PRESS, key);
+    hardware.send(XCB_KEY_RELEASE, key);
 }
 
 void VirtualDesktop::clickItem(QPoint place, std::chrono::milliseconds held) {

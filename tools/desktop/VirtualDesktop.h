@@ -43,6 +43,8 @@ class VirtualDesktop {
 
     /// A press and release of a mouse button at a place, as the hardware would make it.
     void press(QPoint place, int button = 1, std::chrono::milliseconds held = {});
+    /// A press and release of a key, by the screen's own number for it.
+    void pressKey(int key);
     /// What clicking the item does: a press there, and the desktop's word of it.
     void clickItem(QPoint place, std::chrono::milliseconds held = {});
     QImage grab() const;

@@ -138,6 +138,19 @@ TEST_F(Panel, TheClickOfAPressThatWasHeldDoesNotOpenItAgain) {
     EXPECT_TRUE(panel.visible);
 }
 
+TEST_F(Panel, TheClickAfterEscapeOpensItAgain) {
+    for (const bool held : {false, true}) {
+        click();
+        panel.isHeld = held; // by somebody's last press
+        panel.onClose();
+        EXPECT_FALSE(panel.visible);
+        EXPECT_FALSE(panel.pressed);
+        click();
+        EXPECT_TRUE(panel.visible);
+        click();
+    }
+}
+
 TEST_F(Panel, APressElsewhereDoesNotKeepTheItemFromOpening) {
     click();
     panel.press(elsewhere);
@@ -174,6 +187,7 @@ TEST_F(Panel, IsGoneBeforeTheServicesAre) {
     delegate->applicationWillTerminate();
     EXPECT_FALSE(panel.visible);
     EXPECT_FALSE(panel.onSizeChange);
+    EXPECT_FALSE(panel.onClose);
     EXPECT_FALSE(panel.pressed);
     EXPECT_FALSE(fake.statusItem.action);
 }
