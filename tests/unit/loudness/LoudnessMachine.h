@@ -1,10 +1,10 @@
 #pragma once
 
 #include "app/AppDelegate.h"
+#include "fake/FakeAudioServer.h"
 #include "fake/FakePlatform.h"
 #include "loudness/LoudnessGuard.h"
 #include "loudness/OutputGate.h"
-#include "support/FakeAudioServer.h"
 #include "unit/linux/TemporaryDirectory.h"
 
 #include <array>

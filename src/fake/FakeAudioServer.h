@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-namespace halvo::test {
+namespace halvo {
 
 /// A sound server in memory: sinks with levels, streams that follow the default or are pinned to a
 /// sink, and a default that is the requested sink or, without a request, the first of its list.
@@ -112,4 +112,4 @@ class FakeAudioServer final : public AudioServer {
     AudioDeviceID nextID_ = 71;
 };
 
-} // namespace halvo::test
+} // namespace halvo

@@ -1,10 +1,10 @@
-#include "support/FakeAudioServer.h"
+#include "fake/FakeAudioServer.h"
 
 #include "base/NumberText.h"
 
 #include <algorithm>
 
-namespace halvo::test {
+namespace halvo {
 
 namespace {
 
@@ -275,4 +275,4 @@ void FakeAudioServer::listen(const std::string& topic, Listener listener) {
     listeners_.emplace(topic, std::move(listener));
 }
 
-} // namespace halvo::test
+} // namespace halvo
