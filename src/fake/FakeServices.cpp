@@ -41,6 +41,12 @@ bool FakeFileSystem::setAside(const std::filesystem::path& path) {
     return true;
 }
 
+bool FakeFileSystem::remove(const std::filesystem::path& path) {
+    if (writesFail) return false;
+    files.erase(path);
+    return true;
+}
+
 std::optional<std::filesystem::path> FakeDriverInstallation::bundledDriverURL() {
     if (!bundled) return std::nullopt;
     return "/bundled.driver";

@@ -47,7 +47,7 @@ class FakeAlert final : public Alert {
     std::vector<std::size_t> answers;
 };
 
-/// Files in memory.
+/// Files in memory. One thread.
 class FakeFileSystem final : public FileSystem {
   public:
     std::optional<std::filesystem::path> applicationSupportDirectory() override { return support; }
@@ -58,6 +58,7 @@ class FakeFileSystem final : public FileSystem {
     bool write(const std::filesystem::path& path, const std::string& contents) override;
     bool append(const std::filesystem::path& path, const std::string& contents) override;
     bool setAside(const std::filesystem::path& path) override;
+    bool remove(const std::filesystem::path& path) override;
 
     std::optional<std::filesystem::path> support = "/support";
     std::map<std::filesystem::path, std::string> files;

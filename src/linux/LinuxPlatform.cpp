@@ -1,5 +1,7 @@
 #include "linux/LinuxPlatform.h"
 
+#include "linux/files/XdgDirectories.h"
+#include "loudness/RaisedDevicesRecord.h"
 #include "nowplaying/TagService.h"
 
 #include <QCoreApplication>
@@ -21,8 +23,8 @@ constexpr milliseconds kLongestStart{2000};
 constexpr milliseconds kLongestQuit{8000};
 /// The connection for SIGTERM was made long ago; this only covers a signal right at the start.
 constexpr milliseconds kLongestSignalWait{100};
-/// A guard that gives back what the last run left has finished by then.
-constexpr milliseconds kLongestGiveBack{1500};
+/// A guard that restores what the last run left has finished by then.
+constexpr milliseconds kLongestRestore{1500};
 
 /// Tests and the demonstration bring a tag service of their own: HALVO_TAG_SERVICE, an address such
 /// as http://127.0.0.1:4711.
@@ -77,9 +79,10 @@ LinuxPlatform::LinuxPlatform(std::unique_ptr<Desktop> desktop, Connection connec
       mediaHelper_(QCoreApplication::applicationDirPath().toStdString()),
       httpSession_(tagServiceOrigin(), otherTagService()), connection_(std::move(connection)),
       serverReport_(*connection_, mainQueue_, systemLog_), server_(*connection_, mainQueue_),
-      sessionLock_(SessionLock::take(SessionLock::standardPath(), kLongestGiveBack)),
+      sessionLock_(SessionLock::take(SessionLock::standardPath(), kLongestRestore)),
       sessionGuard_(mainQueue_, systemLog_, QCoreApplication::applicationDirPath().toStdString()),
-      audioHardware_(server_, gate_, mainQueue_, systemLog_, RaisedDevicesRecord::standardPath(),
+      audioHardware_(server_, gate_, mainQueue_, systemLog_,
+                     RaisedDevicesRecord(fileSystem_, raisedDevicesPath(), &systemLog_),
                      [this] { sessionGuard_.watch(); }),
       outputUnits_(*connection_, gate_, [this](bool flows) { mainQueue_.setQuiet(!flows); }),
       signalConnection_(std::move(signalConnection)), signalServer_(*signalConnection_, mainQueue_),
@@ -87,7 +90,8 @@ LinuxPlatform::LinuxPlatform(std::unique_ptr<Desktop> desktop, Connection connec
           audioHardware_,
           [this] {
               (void)signalConnection_->waitUntilReady(kLongestSignalWait);
-              return LoudnessGuard::forRestore(signalServer_, RaisedDevicesRecord::standardPath());
+              return LoudnessGuard::forRestore(
+                  signalServer_, RaisedDevicesRecord(fileSystem_, raisedDevicesPath(), nullptr));
           },
           JsonUserDefaults::standardPath(), [this] { sessionGuard_.dismiss(); }) {
     mainQueue_.setWatch([this] { return screen_ && screen_->isWatched(); });

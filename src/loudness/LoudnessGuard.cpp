@@ -35,10 +35,10 @@ std::optional<float> volumeOf(const DeviceLevel& level, VolumeElement element) {
 } // namespace
 
 LoudnessGuard::LoudnessGuard(AudioServer& server, OutputGate* gate, MainQueue* mainQueue,
-                             SystemLog* log, std::filesystem::path record,
+                             SystemLog* log, RaisedDevicesRecord record,
                              std::function<void()> onRecord)
-    : server_(server), gate_(gate), mainQueue_(mainQueue), log_(log),
-      record_(std::move(record), log), onRecord_(std::move(onRecord)) {
+    : server_(server), gate_(gate), mainQueue_(mainQueue), log_(log), record_(std::move(record)),
+      onRecord_(std::move(onRecord)) {
     for (const auto& [uid, recorded] : record_.devices) {
         auto& device = devices_[uid];
         device.state = recorded.isMoved ? State::left : State::own;
@@ -47,7 +47,7 @@ LoudnessGuard::LoudnessGuard(AudioServer& server, OutputGate* gate, MainQueue* m
 }
 
 LoudnessGuard::LoudnessGuard(AudioServer& server, OutputGate& gate, MainQueue& mainQueue,
-                             SystemLog& log, std::filesystem::path record,
+                             SystemLog& log, RaisedDevicesRecord record,
                              std::function<void()> onRecord)
     : LoudnessGuard(server, &gate, &mainQueue, &log, std::move(record), std::move(onRecord)) {
     if (onRecord_ && !record_.isEmpty()) onRecord_();
@@ -56,7 +56,7 @@ LoudnessGuard::LoudnessGuard(AudioServer& server, OutputGate& gate, MainQueue& m
 }
 
 std::unique_ptr<LoudnessGuard> LoudnessGuard::forRestore(AudioServer& server,
-                                                         std::filesystem::path record) {
+                                                         RaisedDevicesRecord record) {
     std::unique_ptr<LoudnessGuard> guard(
         new LoudnessGuard(server, nullptr, nullptr, nullptr, std::move(record), {}));
     guard->isSilenced_ = true;

@@ -8,7 +8,6 @@
 
 #include <atomic>
 #include <cstdint>
-#include <filesystem>
 #include <functional>
 #include <map>
 #include <memory>
@@ -29,18 +28,18 @@ class SystemLog;
 /// Main thread, but for `silenceListeners`.
 class LoudnessGuard final : public AudioHardware {
   public:
-    /// `record` is the file of what is raised; devices that an earlier process left in it are given
-    /// back as soon as they are there. `onRecord` is called whenever it has been written with
-    /// something in it, ahead of the change itself. What is passed in must outlive the guard.
+    /// `record` is what is raised; devices that an earlier process left in it are given back as
+    /// soon as they are there. `onRecord` is called whenever it has been written with something in
+    /// it, ahead of the change itself. What is passed in by reference must outlive the guard.
     LoudnessGuard(AudioServer& server, OutputGate& gate, MainQueue& mainQueue, SystemLog& log,
-                  std::filesystem::path record, std::function<void()> onRecord = {});
+                  RaisedDevicesRecord record, std::function<void()> onRecord = {});
     ~LoudnessGuard() override;
 
     /// A guard that raises nothing and goes by the record on disk alone: it gives all devices back
     /// at once, and the default when it is told to. It leaves the record to the next start, which
     /// repeats this. Any one thread, with a server connection of its own.
     static std::unique_ptr<LoudnessGuard> forRestore(AudioServer& server,
-                                                     std::filesystem::path record);
+                                                     RaisedDevicesRecord record);
     /// The last step of a give-back: where nothing else has taken the default from the virtual
     /// device, it goes to the one before, or to nobody's choice. False: not done yet.
     bool leaveVirtualDevice();
@@ -81,7 +80,7 @@ class LoudnessGuard final : public AudioHardware {
     using Entry = std::pair<const std::string, GuardedDevice>;
 
     LoudnessGuard(AudioServer& server, OutputGate* gate, MainQueue* mainQueue, SystemLog* log,
-                  std::filesystem::path record, std::function<void()> onRecord);
+                  RaisedDevicesRecord record, std::function<void()> onRecord);
 
     // LoudnessGuard.cpp
     void listen();

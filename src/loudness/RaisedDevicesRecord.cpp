@@ -1,15 +1,12 @@
 #include "loudness/RaisedDevicesRecord.h"
 
-#include "linux/files/XdgDirectories.h"
+#include "platform/FileSystem.h"
 #include "platform/SystemLog.h"
-#include "posix/AtomicFile.h"
 
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
-#include <cstddef>
 #include <cstdint>
-#include <system_error>
 #include <utility>
 
 namespace halvo {
@@ -22,7 +19,6 @@ namespace fs = std::filesystem;
 using Json = nlohmann::basic_json<std::map, std::vector, std::string, bool, std::int64_t,
                                   std::uint64_t, float>;
 
-constexpr std::size_t kMaximumFileSize = 1U << 20U;
 constexpr float kLoudestVolume = 10; // what a sound server lets anybody set
 
 std::optional<std::string> stringIn(const Json& object, const char* key) {
@@ -61,36 +57,29 @@ std::optional<RaisedDevicesRecord::Device> deviceIn(const Json& object) {
 
 } // namespace
 
-fs::path RaisedDevicesRecord::standardPath() {
-    return configDirectory() / "halvo" / "raised-devices.json";
-}
-
-RaisedDevicesRecord::RaisedDevicesRecord(fs::path path, SystemLog* log) : path_(std::move(path)) {
-    std::error_code error;
-    if (!fs::exists(path_, error)) return;
-    stored_ = AtomicFile::read(path_, kMaximumFileSize);
+RaisedDevicesRecord::RaisedDevicesRecord(FileSystem& files, fs::path path, SystemLog* log)
+    : files_(files), path_(std::move(path)) {
+    if (!files_.exists(path_)) return;
+    stored_ = files_.read(path_);
     if (stored_ && parse(*stored_)) return;
     stored_.reset();
     devices.clear();
     origin.reset();
-    const auto aside = fs::path(path_).concat(".unreadable");
-    fs::rename(path_, aside, error);
+    (void)files_.setAside(path_); // else the next save replaces it
     if (log == nullptr) return;
-    log->write("Halvo: The record of raised devices cannot be read; it is kept as " +
-               aside.string());
+    log->write("Halvo: The record of raised devices in " + path_.string() +
+               " cannot be read; it was set aside");
 }
 
 bool RaisedDevicesRecord::save() {
-    std::error_code error;
     if (isEmpty()) {
         stored_.reset();
-        fs::remove(path_, error);
-        return !error;
+        return files_.remove(path_);
     }
     auto contents = text();
     if (stored_ == contents) return true;
-    fs::create_directories(path_.parent_path(), error); // a failure shows in the write
-    if (!AtomicFile::write(path_, contents)) return false;
+    (void)files_.createDirectory(path_.parent_path()); // a failure shows in the write
+    if (!files_.write(path_, contents)) return false;
     stored_ = std::move(contents);
     return true;
 }

@@ -9,6 +9,7 @@
 
 namespace halvo {
 
+class FileSystem;
 class SystemLog;
 
 /// What this program changed on the user's devices and how it was before, on disk, so that a later
@@ -30,27 +31,24 @@ class RaisedDevicesRecord {
         bool operator==(const Origin&) const = default;
     };
 
-    /// Beside the user defaults: $XDG_CONFIG_HOME/halvo/raised-devices.json.
-    static std::filesystem::path standardPath();
-
-    /// Reads the file. One that cannot be understood counts as empty and is set aside under another
-    /// name; `log`, if any, is told.
-    RaisedDevicesRecord(std::filesystem::path path, SystemLog* log);
+    /// Reads the file; `files` must outlive the record. One that cannot be understood counts as
+    /// empty and is set aside under another name; `log`, if any, is told.
+    RaisedDevicesRecord(FileSystem& files, std::filesystem::path path, SystemLog* log);
 
     std::map<std::string, Device> devices; ///< by UID
     std::optional<Origin> origin;
 
     bool isEmpty() const { return devices.empty() && !origin; }
 
-    /// Brings the file up to date: replaced at once and whole, mode 0600, or removed when there is
-    /// nothing to record. Does nothing when the file is already right. False when it cannot be
-    /// written.
+    /// Brings the file up to date: replaced whole, or removed when there is nothing to record. Does
+    /// nothing when the file is already right. False when it cannot be written.
     bool save();
 
   private:
     bool parse(const std::string& text);
     std::string text() const;
 
+    FileSystem& files_;
     std::filesystem::path path_;
     std::optional<std::string> stored_; ///< what the file holds; nothing: there is none
 };

@@ -4,7 +4,7 @@
 
 namespace halvo {
 
-/// Files where macOS keeps a user's. Main thread only.
+/// Files where macOS keeps a user's.
 class MacFileSystem final : public PosixFileSystem {
   public:
     /// ~/Library/Application Support.

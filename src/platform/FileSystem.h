@@ -6,7 +6,8 @@
 
 namespace halvo {
 
-/// The user's files. Main thread only. Contents are bytes.
+/// The user's files. Contents are bytes. Any thread, as long as no two write the same file and
+/// nobody changes the environment.
 class FileSystem {
   public:
     virtual ~FileSystem() = default;
@@ -26,6 +27,8 @@ class FileSystem {
     /// Renames what cannot be read, so that its place is free; a symbolic link stays, the file that
     /// it leads to is renamed. False if it is still in place.
     virtual bool setAside(const std::filesystem::path& path) = 0;
+    /// True when there is no such file afterwards, whether there was one or not.
+    virtual bool remove(const std::filesystem::path& path) = 0;
 };
 
 } // namespace halvo

@@ -62,4 +62,10 @@ bool PosixFileSystem::setAside(const fs::path& path) {
     return AtomicFile::setAside(path).has_value();
 }
 
+bool PosixFileSystem::remove(const fs::path& path) {
+    std::error_code error;
+    fs::remove(path, error);
+    return !error;
+}
+
 } // namespace halvo

@@ -4,8 +4,8 @@
 
 namespace halvo {
 
-/// The user's files; where the application's data lie is each system's own matter. Main thread
-/// only; never waits for a pipe or device that lies where a file is expected.
+/// The user's files; where the application's data lie is each system's own matter. Keeps no state;
+/// never waits for a pipe or device that lies where a file is expected.
 class PosixFileSystem : public FileSystem {
   public:
     /// $TMPDIR, or /tmp.
@@ -19,6 +19,7 @@ class PosixFileSystem : public FileSystem {
     bool append(const std::filesystem::path& path, const std::string& contents) override;
     /// To "<name>.unreadable-<date>".
     bool setAside(const std::filesystem::path& path) override;
+    bool remove(const std::filesystem::path& path) override;
 };
 
 } // namespace halvo

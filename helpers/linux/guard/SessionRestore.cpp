@@ -4,13 +4,12 @@
 #include "app/SavedSession.h"
 #include "linux/files/JsonUserDefaults.h"
 #include "linux/files/SessionLock.h"
+#include "linux/files/XdgFileSystem.h"
 #include "linux/pipewire/PipeWireAudioHardware.h"
 #include "linux/pipewire/PipeWireConnection.h"
 #include "loudness/LoudnessGuard.h"
 #include "loudness/RaisedDevicesRecord.h"
-#include "posix/AtomicFile.h"
 
-#include <cstddef>
 #include <thread>
 
 namespace halvo {
@@ -26,7 +25,6 @@ constexpr milliseconds kPause{50};
 /// The session manager writes levels and default down a second after they changed; until then a
 /// server that dies comes back with what was before. Twice that.
 constexpr milliseconds kManagersDelay{2000};
-constexpr std::size_t kLargestRecord = 1U << 20U; // bytes
 
 /// Here nobody listens to the hardware.
 class NoQueue final : public MainQueue {
@@ -41,8 +39,9 @@ class NoQueue final : public MainQueue {
 
 SessionRestore::Result SessionRestore::run(milliseconds longest) {
     if (!hasRecord()) return Result::done;
-    const auto path = RaisedDevicesRecord::standardPath();
-    const auto record = AtomicFile::read(path, kLargestRecord);
+    XdgFileSystem files;
+    const auto path = raisedDevicesPath();
+    const auto record = files.read(path);
     const auto connection = PipeWireConnection::create();
     if (!connection) return Result::failed;
     NoQueue queue;
@@ -56,7 +55,7 @@ SessionRestore::Result SessionRestore::run(milliseconds longest) {
         auto lock = SessionLock::take(SessionLock::standardPath(), kLongestLock);
         if (!lock) return Result::running;
         // What it found raised stands in no other place any more.
-        if (isRepeated && record) (void)AtomicFile::write(path, *record); // or the default alone
+        if (isRepeated && record) (void)files.write(path, *record); // or the default alone
         if (!restoreDevice(server)) continue;
         lock.reset();
         if (isWrittenDown(*connection)) return Result::done;
@@ -73,13 +72,16 @@ bool SessionRestore::isWrittenDown(PipeWireConnection& connection) {
 }
 
 bool SessionRestore::hasRecord() {
+    XdgFileSystem files;
     const auto defaults = JsonUserDefaults::readOnly(JsonUserDefaults::standardPath());
     return SavedSession::load(defaults) ||
-           !RaisedDevicesRecord(RaisedDevicesRecord::standardPath(), nullptr).isEmpty();
+           !RaisedDevicesRecord(files, raisedDevicesPath(), nullptr).isEmpty();
 }
 
 bool SessionRestore::restoreDevice(AudioServer& server) {
-    const auto hardware = LoudnessGuard::forRestore(server, RaisedDevicesRecord::standardPath());
+    XdgFileSystem files;
+    const auto hardware =
+        LoudnessGuard::forRestore(server, RaisedDevicesRecord(files, raisedDevicesPath(), nullptr));
     AppDelegate::handleTermination(*hardware,
                                    JsonUserDefaults::readOnly(JsonUserDefaults::standardPath()));
     return hardware->leaveVirtualDevice();

@@ -43,5 +43,8 @@ fs::path dataDirectory() {
 fs::path runtimeDirectory() {
     return named("XDG_RUNTIME_DIR");
 }
+fs::path raisedDevicesPath() {
+    return configDirectory() / "halvo" / "raised-devices.json";
+}
 
 } // namespace halvo

@@ -14,4 +14,7 @@ std::filesystem::path dataDirectory();
 /// $XDG_RUNTIME_DIR; empty where the session has none.
 std::filesystem::path runtimeDirectory();
 
+/// The record of raised devices: $XDG_CONFIG_HOME/halvo/raised-devices.json.
+std::filesystem::path raisedDevicesPath();
+
 } // namespace halvo

@@ -5,7 +5,7 @@
 
 namespace halvo {
 
-/// Files where the XDG base directories say. Main thread only.
+/// Files where the XDG base directories say.
 class XdgFileSystem final : public PosixFileSystem {
   public:
     /// $XDG_DATA_HOME, by default ~/.local/share.

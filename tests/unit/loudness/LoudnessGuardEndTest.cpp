@@ -51,7 +51,6 @@ class LoudnessGuardEndTest : public testing::Test {
         EXPECT_EQ(machine.level(kHeadphones), headphones);
         EXPECT_EQ(server.defaultUID(), kSpeakers);
     }
-    bool hasRecord() { return std::filesystem::exists(machine.record()); }
 };
 
 TEST_F(LoudnessGuardEndTest, QuitGivesEveryDeviceBack) {
@@ -59,7 +58,7 @@ TEST_F(LoudnessGuardEndTest, QuitGivesEveryDeviceBack) {
     raiseBoth();
     machine.quit();
     expectOwnLevels();
-    EXPECT_FALSE(hasRecord());
+    EXPECT_FALSE(machine.hasRecord());
 }
 
 TEST_F(LoudnessGuardEndTest, TerminationGivesEveryDeviceBackFromTheRecord) {
@@ -76,7 +75,7 @@ TEST_F(LoudnessGuardEndTest, TerminationGivesEveryDeviceBackFromTheRecord) {
     EXPECT_EQ(machine.delegate->originalRealVolume(), 0.1F);
     machine.quit();
     EXPECT_EQ(machine.level(kSpeakers), stereo(0.1F));
-    EXPECT_FALSE(hasRecord());
+    EXPECT_FALSE(machine.hasRecord());
 }
 
 TEST_F(LoudnessGuardEndTest, AfterTerminationBeganTheMainThreadRaisesNothing) {
@@ -115,7 +114,7 @@ TEST_F(LoudnessGuardEndTest, TheSessionGuardGivesEveryDeviceBackAndLeavesTheReco
     EXPECT_TRUE(machine.crashUnderGuard());
     expectOwnLevels();
     EXPECT_EQ(server.configuredDefault(), std::nullopt);
-    EXPECT_TRUE(hasRecord());
+    EXPECT_TRUE(machine.hasRecord());
     EXPECT_TRUE(machine.crashUnderGuard()) << "once more does no harm";
     expectOwnLevels();
 }
@@ -150,7 +149,7 @@ TEST_F(LoudnessGuardEndTest, AfterACrashADeviceIsGivenBackWhenItComes) {
     machine.allow(kMusic, 0.5F);
     machine.launch();
     machine.quit();
-    EXPECT_TRUE(hasRecord());
+    EXPECT_TRUE(machine.hasRecord());
     server.plug(kHeadphones, "Headphones", stereo(0.5F, 1)); // a mixer that keeps what was raised
     machine.launch();
     EXPECT_EQ(machine.level(kHeadphones), headphones);
@@ -241,7 +240,7 @@ TEST_F(LoudnessGuardEndTest, TheRecordIsWrittenBeforeTheRaise) {
     const auto listen = server.changed;
     server.changed = [&] {
         if (!atTheRaise && machine.level(kSpeakers) == stereo(1, 0.5F)) {
-            atTheRaise.emplace(machine.record(), nullptr);
+            atTheRaise.emplace(machine.record());
         }
         listen();
     };
@@ -250,7 +249,6 @@ TEST_F(LoudnessGuardEndTest, TheRecordIsWrittenBeforeTheRaise) {
     const RaisedDevicesRecord::Device expected{speakers, true};
     EXPECT_EQ(atTheRaise->devices[kSpeakers], expected);
     EXPECT_EQ(atTheRaise->origin->output, kSpeakers);
-    EXPECT_EQ(mode(machine.record()), 0600U);
 }
 
 class BrokenRecordTest : public LoudnessGuardEndTest,
@@ -258,11 +256,11 @@ class BrokenRecordTest : public LoudnessGuardEndTest,
 
 TEST_P(BrokenRecordTest, IsSetAside) {
     begin();
-    std::filesystem::create_directories(machine.record().parent_path());
-    put(machine.record(), GetParam());
+    auto& files = machine.fake.fileSystem.files;
+    files[LoudnessMachine::kRecord] = GetParam();
     machine.launch();
     EXPECT_THAT(machine.fake.systemLog.lines, Contains(HasSubstr("cannot be read")));
-    EXPECT_EQ(contents(machine.record().string() + ".unreadable"), GetParam());
+    EXPECT_EQ(files[LoudnessMachine::kRecord + std::string(".unreadable")], GetParam());
     EXPECT_EQ(machine.level(kSpeakers), stereo(1, 0.5F));
     machine.quit();
     expectOwnLevels();

@@ -5,7 +5,7 @@
 #include "fake/FakePlatform.h"
 #include "loudness/LoudnessGuard.h"
 #include "loudness/OutputGate.h"
-#include "unit/linux/TemporaryDirectory.h"
+#include "loudness/RaisedDevicesRecord.h"
 
 #include <array>
 #include <map>
@@ -21,6 +21,7 @@ namespace halvo::test {
 class LoudnessMachine {
   public:
     using Heard = std::array<float, 2>;
+    static constexpr const char* kRecord = "/state/raised-devices.json";
 
     LoudnessMachine();
     ~LoudnessMachine();
@@ -28,7 +29,6 @@ class LoudnessMachine {
     FakePlatform fake;
     FakeAudioServer server{fake.mainQueue};
     OutputGate gate;
-    TemporaryDirectory directory;
     std::optional<LoudnessGuard> guard;
     std::shared_ptr<AppDelegate> delegate;
 
@@ -50,7 +50,8 @@ class LoudnessMachine {
 
     Heard heard(const std::string& stream) const;
     DeviceLevel level(const std::string& uid) const { return server.sink(uid)->level; }
-    std::filesystem::path record() const { return directory / "state/raised-devices.json"; }
+    RaisedDevicesRecord record() { return {fake.fileSystem, kRecord, &fake.systemLog}; }
+    bool hasRecord() { return fake.fileSystem.exists(kRecord); }
 
   private:
     Heard heard(const FakeAudioServer::Stream& stream) const;
