@@ -3,12 +3,15 @@
 #include "platform/Application.h"
 #include "platform/AudioHardware.h"
 #include "platform/DriverInstallation.h"
+#include "platform/StatusItem.h"
 #include "platform/SystemLog.h"
 #include "platform/TerminationSignal.h"
 
 namespace halvo {
 
 namespace {
+
+constexpr double kStatusItemLength = 30; // points
 
 /// A character of a text as the description of an array shows it, which stays on one line.
 std::string escaped(char character) {
@@ -90,9 +93,11 @@ void AppDelegate::applicationWillTerminate() {
     // Before the first write, or giving the default back would be taken for a person's choice.
     platform_.audioHardware.silenceListeners();
     cancellables_.clear();
-    removePanel();
+    statusView_.onNeedsDisplay = nullptr;
+    platform_.statusItem.hide();
+    panel_.reset();
     restoreOutput();
-    SavedSession::clear(platform_.userDefaults);
+    clearDirtySession();
     nowPlayingMonitor_.stopHelperProcess();
     nowPlayingMonitor_.stopAppleScriptPolling();
     audioEngine_.stop();
@@ -122,6 +127,27 @@ void AppDelegate::startNowPlaying() {
     // By design not in the diagnostic log's file.
     platform_.systemLog.write("Halvo: MediaRemote helper not found, using AppleScript fallback");
     nowPlayingMonitor_.startAppleScriptPolling();
+}
+
+void AppDelegate::setupStatusItem() {
+    auto& item = platform_.statusItem;
+    statusView_.onNeedsDisplay = [&item] { item.setNeedsDisplay(); };
+    item.show(
+        kStatusItemLength, [this](ScreenSize size) { return statusView_.draw(size); },
+        [this] { togglePopover(); });
+}
+
+void AppDelegate::setupPanel() {
+    panel_.emplace(platform_, PopoverServices{.deviceManager = deviceManager_,
+                                              .presetManager = presetManager_,
+                                              .spectrumData = spectrumData_,
+                                              .appSettings = appSettings_,
+                                              .autoGenreController = autoGenreController(),
+                                              .nowPlayingMonitor = nowPlayingMonitor_});
+}
+
+void AppDelegate::togglePopover() {
+    if (panel_) panel_->toggle();
 }
 
 void AppDelegate::checkDriver() {

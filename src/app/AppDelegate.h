@@ -3,9 +3,9 @@
 #include "app/DiagnosticLog.h"
 #include "app/SavedSession.h"
 #include "app/StatusEQView.h"
+#include "app/StatusPanel.h"
 #include "audio/AudioEngine.h"
 #include "audio/SpectrumData.h"
-#include "base/Lifetime.h"
 #include "base/Subscription.h"
 #include "devices/DeviceManager.h"
 #include "devices/DriverInstaller.h"
@@ -14,8 +14,6 @@
 #include "nowplaying/LastFMClient.h"
 #include "nowplaying/NowPlayingMonitor.h"
 #include "nowplaying/SpotifyClient.h"
-#include "platform/MainQueue.h"
-#include "platform/PanelWindow.h"
 #include "platform/Platform.h"
 #include "presets/PresetManager.h"
 #include "settings/AppSettings.h"
@@ -63,23 +61,16 @@ class AppDelegate : public std::enable_shared_from_this<AppDelegate> {
     void startNowPlaying();
     void checkDriver();
     void logDevices();
+    void setupStatusItem();
+    void setupPanel();
+    void togglePopover();
+    void saveDirtySession(const std::string& uid, float volume);
+    void clearDirtySession();
     void restoreDirtySession();
     void restoreOutput();
     static void restoreVolumeStatic(AudioHardware& hardware, const std::string& uid, float volume);
     /// For everything, then for alerts, whatever becomes of either.
     static void makeDefault(AudioHardware& hardware, const std::string& uid);
-
-    // The item and the panel that hangs from it: AppDelegatePanel.cpp.
-    void setupStatusItem();
-    void setupPanel();
-    void togglePopover();
-    void showPanel();
-    void resizePanel(PanelMove move);
-    void hidePanel();
-    void handlePress(std::optional<ScreenPoint> place);
-    bool isPressThatClosed() const;
-    void removeEventMonitor();
-    void removePanel();
 
     // The engine and what drives it: AppDelegateEngine.cpp.
     void setupAudioEngine();
@@ -129,6 +120,7 @@ class AppDelegate : public std::enable_shared_from_this<AppDelegate> {
     StatusEQView statusView_;
     DriverInstaller driverInstaller_;
     std::unique_ptr<AutoGenreController> autoGenreController_;
+    std::optional<StatusPanel> panel_; ///< from start to quit
 
     std::optional<std::string> originalOutputUID_;
     std::optional<float> originalRealVolume_;
@@ -136,15 +128,6 @@ class AppDelegate : public std::enable_shared_from_this<AppDelegate> {
     std::optional<AudioDeviceID> monitoredDevice_; ///< the virtual device whose volume is followed
     bool recoveryScheduled_ = false;
 
-    /// The outside press that closed the panel: the same press may click the item next.
-    struct ClosingPress {
-        std::optional<ScreenPoint> place;
-        MainQueue::Duration time;
-    };
-    std::optional<ClosingPress> closingPress_;
-    Lifetime lifetime_;
-
-    Subscription eventMonitor_;
     std::vector<Subscription> cancellables_; // last: the handlers die first
 };
 

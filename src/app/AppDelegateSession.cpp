@@ -17,6 +17,14 @@ void setVolumeOfAllElements(AudioHardware& hardware, AudioDeviceID device, float
 
 } // namespace
 
+void AppDelegate::saveDirtySession(const std::string& uid, float volume) {
+    SavedSession::save(platform_.userDefaults, {uid, volume});
+}
+
+void AppDelegate::clearDirtySession() {
+    SavedSession::clear(platform_.userDefaults);
+}
+
 void AppDelegate::restoreDirtySession() {
     const auto session = SavedSession::load(platform_.userDefaults);
     if (!session) return;
@@ -27,7 +35,7 @@ void AppDelegate::restoreDirtySession() {
         setVolumeOfAllElements(hardware, *device, session->volume);
     }
     makeDefault(hardware, session->uid);
-    SavedSession::clear(platform_.userDefaults);
+    clearDirtySession();
 }
 
 void AppDelegate::restoreOutput() {

@@ -25,7 +25,7 @@ void AppDelegate::maxOutDeviceVolume(const std::string& uid) {
     if (found) originalRealVolume_ = found;
     const float volume = found.value_or(1.0F);
     // The record first: a crash after the raise must find it.
-    SavedSession::save(platform_.userDefaults, {uid, volume});
+    saveDirtySession(uid, volume);
     for (const auto element : {VolumeElement::main, VolumeElement::left, VolumeElement::right}) {
         (void)hardware.setVolume(*device, element, 1.0F); // it may have only some of them
     }
