@@ -10,10 +10,10 @@ namespace halvo {
 /// What the loudness guard knows of a device that it was asked to raise.
 struct GuardedDevice {
     enum class State : std::uint8_t {
-        own,     ///< at a level that is not this program's
-        raised,  ///< at full scale
-        lowered, ///< was raised; at the session's level because others play straight into it
-        left,    ///< not at its own level, and nobody uses it: an earlier process's, or it vanished
+        own,      ///< at a level that is not this program's
+        raised,   ///< at full scale
+        lowered,  ///< was raised; at the session's level because others play straight into it
+        orphaned, ///< not at its own level, in nobody's use: an earlier process's, or it vanished
     };
     enum class Sound : std::uint8_t { asFound, unmuted };
 

@@ -5,25 +5,17 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstddef>
+#include <utility>
 
 namespace halvo {
 
 namespace {
 
+using Phase = WriteAccess::Phase;
+
 /// As long as the thread of a signal may wait for a raise that has begun.
 constexpr std::chrono::milliseconds kLongestRaise{100};
-constexpr std::chrono::milliseconds kPoll{1};
-
-/// As `try_lock_for`, which the ThreadSanitizer of g++ 12 takes for no lock at all.
-std::unique_lock<std::mutex> lockWithin(std::mutex& mutex, std::chrono::milliseconds time) {
-    const auto end = std::chrono::steady_clock::now() + time;
-    std::unique_lock lock(mutex, std::try_to_lock);
-    while (!lock && std::chrono::steady_clock::now() < end) {
-        std::this_thread::sleep_for(kPoll);
-        (void)lock.try_lock(); // the loop looks
-    }
-    return lock;
-}
 
 std::optional<float> volumeOf(const DeviceLevel& level, VolumeElement element) {
     if (element == VolumeElement::main) return loudestVolume(level);
@@ -34,34 +26,27 @@ std::optional<float> volumeOf(const DeviceLevel& level, VolumeElement element) {
 
 } // namespace
 
-LoudnessGuard::LoudnessGuard(AudioServer& server, OutputGate* gate, MainQueue* mainQueue,
-                             SystemLog* log, RaisedDevicesRecord record,
-                             std::function<void()> onRecord)
-    : server_(server), gate_(gate), mainQueue_(mainQueue), log_(log), record_(std::move(record)),
-      onRecord_(std::move(onRecord)) {
-    for (const auto& [uid, recorded] : record_.devices) {
-        auto& device = devices_[uid];
-        device.state = recorded.isMoved ? State::left : State::own;
-        device.found = recorded.found;
-    }
-}
+LoudnessGuard::LoudnessGuard(AudioServer& server, RaisedDevicesRecord record,
+                             std::unique_ptr<LoudnessSession> session)
+    : server_(server), record_(std::move(record)), session_(std::move(session)),
+      devices_(server_, record_, access_, session_.get()),
+      defaultSwitch_(server_, record_, devices_, session_.get()) {}
 
 LoudnessGuard::LoudnessGuard(AudioServer& server, OutputGate& gate, MainQueue& mainQueue,
                              SystemLog& log, RaisedDevicesRecord record,
                              std::function<void()> onRecord)
-    : LoudnessGuard(server, &gate, &mainQueue, &log, std::move(record), std::move(onRecord)) {
-    if (onRecord_ && !record_.isEmpty()) onRecord_();
+    : LoudnessGuard(server, std::move(record),
+                    std::make_unique<LoudnessSession>(gate, mainQueue, log, std::move(onRecord))) {
+    if (session_->onRecord && !record_.isEmpty()) session_->onRecord();
     listen();
-    restoreOrphaned();
+    devices_.restoreOrphaned();
 }
 
 std::unique_ptr<LoudnessGuard> LoudnessGuard::forRestore(AudioServer& server,
                                                          RaisedDevicesRecord record) {
-    std::unique_ptr<LoudnessGuard> guard(
-        new LoudnessGuard(server, nullptr, nullptr, nullptr, std::move(record), {}));
-    guard->isSilenced_ = true;
-    guard->isRestoring_ = true;
-    guard->restoreAll();
+    std::unique_ptr<LoudnessGuard> guard(new LoudnessGuard(server, std::move(record), nullptr));
+    guard->access_.beginRestore();
+    guard->devices_.restoreAll();
     return guard;
 }
 
@@ -92,12 +77,12 @@ std::optional<AudioDeviceID> LoudnessGuard::defaultOutput() {
 }
 
 bool LoudnessGuard::setDefaultOutput(AudioDeviceID device) {
-    const std::scoped_lock lock(writing_);
-    if (isStopped()) return false;
+    const auto lock = access_.lock();
+    if (access_.phase() == Phase::stopped) return false;
     const auto uid = server_.uid(device);
     if (!uid) return false;
-    if (*uid != kVirtualDeviceUID) return restoreDefault(device, *uid);
-    return !isRestoring_ && capture(device);
+    if (*uid != kVirtualDeviceUID) return defaultSwitch_.restoreDefault(device, *uid);
+    return access_.isRunning() && defaultSwitch_.takeDefault(device);
 }
 
 bool LoudnessGuard::setDefaultSystemOutput(AudioDeviceID device) {
@@ -106,38 +91,34 @@ bool LoudnessGuard::setDefaultSystemOutput(AudioDeviceID device) {
 
 std::optional<float> LoudnessGuard::volume(AudioDeviceID device, VolumeElement element) {
     const auto uid = server_.uid(device);
-    const auto* entry = uid ? find(*uid) : nullptr;
-    if (entry == nullptr || entry->second.state == State::own) {
-        return server_.volume(device, element);
-    }
-    return volumeOf(entry->second.found, element);
+    const auto* own = uid ? devices_.ownLevel(*uid) : nullptr;
+    return own != nullptr ? volumeOf(*own, element) : server_.volume(device, element);
 }
 
 bool LoudnessGuard::setVolume(AudioDeviceID device, VolumeElement element, float volume) {
     const auto uid = server_.uid(device);
     if (!uid || *uid == kVirtualDeviceUID) return server_.setVolume(device, element, volume);
-    const std::scoped_lock lock(writing_);
-    if (isStopped()) return false;
-    if (volume >= 1 && !isRestoring_) return raise(device, *uid, Sound::asFound);
+    const auto lock = access_.lock();
+    if (access_.phase() == Phase::stopped) return false;
+    if (volume >= 1 && access_.isRunning()) return devices_.raise(device, *uid, Sound::asFound);
     // One number for all channels would flatten the balance that was found.
-    if (auto* entry = find(*uid)) return restoreDevice(device, *entry);
+    if (devices_.isKnown(*uid)) return devices_.restore(device, *uid);
     return server_.setVolume(device, element, volume);
 }
 
 std::optional<bool> LoudnessGuard::mute(AudioDeviceID device) {
     const auto uid = server_.uid(device);
-    const auto* entry = uid ? find(*uid) : nullptr;
-    if (entry == nullptr || entry->second.state == State::own) return server_.mute(device);
-    return entry->second.found.muted;
+    const auto* own = uid ? devices_.ownLevel(*uid) : nullptr;
+    return own != nullptr ? own->muted : server_.mute(device);
 }
 
 bool LoudnessGuard::setMute(AudioDeviceID device, bool muted) {
     const auto uid = server_.uid(device);
     if (!uid || *uid == kVirtualDeviceUID) return server_.setMute(device, muted);
-    const std::scoped_lock lock(writing_);
-    if (isStopped()) return false;
-    if (!muted && !isRestoring_) return raise(device, *uid, Sound::unmuted);
-    if (auto* entry = isRestoring_ ? find(*uid) : nullptr) return restoreDevice(device, *entry);
+    const auto lock = access_.lock();
+    if (access_.phase() == Phase::stopped) return false;
+    if (!muted && access_.isRunning()) return devices_.raise(device, *uid, Sound::unmuted);
+    if (!access_.isRunning() && devices_.isKnown(*uid)) return devices_.restore(device, *uid);
     return server_.setMute(device, muted);
 }
 
@@ -158,52 +139,57 @@ bool LoudnessGuard::listenToMute(AudioDeviceID device, Listener listener) {
 }
 
 void LoudnessGuard::silenceListeners() {
-    isSilenced_ = true;
+    access_.stop();
     server_.silenceListeners();
-    const auto lock = lockWithin(writing_, kLongestRaise);
+    const auto lock = access_.lockWithin(kLongestRaise);
     const bool isOwnThread = std::this_thread::get_id() == thread_;
     if (!lock && !isOwnThread) return; // the main thread hangs: the record has to do
-    // A device that becomes the default from here on is given back, not lowered to the session.
-    for (const auto& [uid, device] : devices_)
-        server_.unprotect(uid);
+    // A device that becomes the default from here on is restored, not lowered to the session.
+    devices_.unprotectAll();
     if (!isOwnThread) return;
-    isRestoring_ = true;
-    restoreAll();
+    access_.beginRestore();
+    devices_.restoreAll();
+}
+
+bool LoudnessGuard::leaveVirtualDevice() {
+    const auto lock = access_.lock();
+    return defaultSwitch_.leaveVirtualDevice();
 }
 
 void LoudnessGuard::listen() {
     // A server that is away takes these all the same; nothing could be done about a refusal.
-    (void)server_.listenToDeviceList(whileAlive(&LoudnessGuard::devicesChanged));
-    (void)server_.listenToDefaultOutput(whileAlive(&LoudnessGuard::defaultChanged));
-    (void)server_.listenToStreams(whileAlive(&LoudnessGuard::streamsChanged));
+    (void)server_.listenToDeviceList(whileRunning([this] { devicesChanged(); }));
+    (void)server_.listenToDefaultOutput(whileRunning([this] { defaultChanged(); }));
+    (void)server_.listenToStreams(whileRunning([this] { devices_.streamsChanged(); }));
     listenToVirtualDevice();
 }
 
-AudioServer::Listener LoudnessGuard::whileAlive(void (LoudnessGuard::*work)()) {
-    return [this, alive = lifetime_.watch(), work] {
+AudioServer::Listener LoudnessGuard::whileRunning(std::function<void()> work) {
+    return [this, alive = lifetime_.watch(), work = std::move(work)] {
         if (alive.expired()) return;
-        const std::scoped_lock lock(writing_);
-        if (!isSilenced_) (this->*work)();
+        const auto lock = access_.lock();
+        if (access_.isRunning()) work();
     };
 }
 
-LoudnessGuard::Entry* LoudnessGuard::find(const std::string& uid) {
-    const auto found = devices_.find(uid);
-    return found == devices_.end() ? nullptr : &*found;
+void LoudnessGuard::devicesChanged() {
+    devices_.devicesChanged();
+    listenToVirtualDevice();
 }
 
-bool LoudnessGuard::save() {
-    if (isStopped()) return false; // the file is somebody else's by now
-    // At the end of a session there is nothing to tell of devices that are as they were.
-    const bool isLast = isRestoring_ && mainQueue_ != nullptr && !record_.origin;
-    record_.devices.clear();
-    for (const auto& [uid, device] : devices_) {
-        const bool isMoved = device.state != State::own;
-        if (isMoved || !isLast) record_.devices[uid] = {device.found, isMoved};
-    }
-    const bool isSaved = record_.save();
-    if (onRecord_ && !record_.isEmpty()) onRecord_();
-    return isSaved;
+void LoudnessGuard::defaultChanged() {
+    devices_.lowerDefault();
+    defaultSwitch_.silenceWhileAway();
+    devices_.defaultChanged();
+}
+
+void LoudnessGuard::listenToVirtualDevice() {
+    const auto id = server_.deviceForUID(kVirtualDeviceUID);
+    if (!id || id == heardVirtualDevice_) return;
+    heardVirtualDevice_ = id;
+    const auto changed = whileRunning([this] { devices_.protectRaised(); });
+    (void)server_.listenToVolume(*id, VolumeElement::main, changed); // without it the last level
+    (void)server_.listenToMute(*id, changed);                        // that was known protects
 }
 
 } // namespace halvo

@@ -47,7 +47,7 @@ class SessionGuard : public testing::Test {
     bool isGivenBackSoon() {
         return PrivateSession::waitFor([&] { return isGivenBack(); });
     }
-    /// Whether guard and give-back of that process number have come to their end.
+    /// Whether guard and restore of that process number have come to their end.
     static bool ends(int pid) {
         return PrivateSession::waitFor([&] { return statusField(pid, "Name").empty(); });
     }
@@ -81,7 +81,7 @@ TEST_F(SessionGuard, GivesBackHoweverTheApplicationDiesAndKeepsTheRecord) {
         EXPECT_TRUE(scene.hasDirtyRecord());
         EXPECT_EQ(session.configuredDefault(), std::nullopt) << "nobody had asked for one";
     }
-    RecordProperty("slowestGiveBackMs", std::to_string(slowest));
+    RecordProperty("slowestRestoreMs", std::to_string(slowest));
     startApplication();
     EXPECT_TRUE(scene.debugLog().contains(
         "Halvo: Dirty session detected — restoring acc.a to volume 0.125\n"));
@@ -132,7 +132,7 @@ TEST_F(SessionGuard, StartsInQuickSuccessionEndWell) {
     for (int round = 0; round < 4; ++round) {
         SCOPED_TRACE(round);
         kill();
-        startApplication(); // while the give-back is under way
+        startApplication(); // while the restore is under way
         EXPECT_FALSE(scene.debugLog().contains("Default changed to")) << scene.debugLog();
     }
     (void)scene.guard(); // exactly one

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "loudness/AudioServer.h"
+#include "loudness/LoudnessSession.h"
+
+#include <string>
+
+namespace halvo {
+
+class RaisedDevices;
+class RaisedDevicesRecord;
+
+/// Takes the default output for the virtual device and restores it, so that nobody hears the switch
+/// and no default is left pinned that nobody had asked for. The caller holds the lock of
+/// `WriteAccess`. One thread.
+class DefaultSwitch {
+  public:
+    /// `session` is null where nothing is taken any more. What is passed in must outlive the
+    /// switch.
+    DefaultSwitch(AudioServer& server, RaisedDevicesRecord& record, RaisedDevices& devices,
+                  LoudnessSession* session)
+        : server_(server), record_(record), devices_(devices), session_(session) {}
+
+    /// Makes the virtual device the default, once it is as loud as the present one. Needs the
+    /// session.
+    bool takeDefault(AudioDeviceID virtualDevice);
+    /// Makes another device the default, at its own level.
+    bool restoreDefault(AudioDeviceID id, const std::string& uid);
+    /// Where the virtual device is still asked for, restores the default before it, or nobody's
+    /// choice. False: not done yet.
+    bool leaveVirtualDevice();
+
+    /// Keeps the engine silent while its clients play straight into another default. Needs the
+    /// session.
+    void silenceWhileAway();
+
+  private:
+    bool restoreConfiguredDefault(AudioDeviceID id, const std::string& uid);
+
+    AudioServer& server_;
+    RaisedDevicesRecord& record_;
+    RaisedDevices& devices_;
+    LoudnessSession* session_;
+};
+
+} // namespace halvo
