@@ -94,6 +94,17 @@ TEST_F(LoudnessGuardEndTest, AfterTerminationBeganTheMainThreadRaisesNothing) {
     EXPECT_EQ(server.calls(), before);
 }
 
+TEST_F(LoudnessGuardEndTest, ATerminationDuringTheQuitLeavesTheQuitToEnd) {
+    begin();
+    raiseBoth();
+    machine.guard->silenceListeners();
+    std::thread([this] { machine.guard->silenceListeners(); }).join();
+    EXPECT_TRUE(machine.guard->setDefaultOutput(*server.deviceForUID(kSpeakers)));
+    machine.settle();
+    expectOwnLevels();
+    EXPECT_FALSE(machine.hasRecord());
+}
+
 TEST_F(LoudnessGuardEndTest, ACrashIsRepairedAtTheNextStart) {
     begin();
     raiseBoth();
@@ -114,7 +125,9 @@ TEST_F(LoudnessGuardEndTest, TheSessionGuardGivesEveryDeviceBackAndLeavesTheReco
     EXPECT_TRUE(machine.crashUnderGuard());
     expectOwnLevels();
     EXPECT_EQ(server.configuredDefault(), std::nullopt);
-    EXPECT_TRUE(machine.hasRecord());
+    EXPECT_EQ(machine.record().devices.size(), 2U);
+    ASSERT_TRUE(machine.record().origin);
+    EXPECT_EQ(machine.record().origin->output, kSpeakers);
     EXPECT_TRUE(machine.crashUnderGuard()) << "once more does no harm";
     expectOwnLevels();
 }
