@@ -14,13 +14,13 @@ namespace {
 
 constexpr const char* kHelp =
     "Usage: halvo [OPTION]\n"
-    "Runs the system-wide equalizer until it is quit. One that runs already is shown instead.\n"
+    "Runs the system-wide equalizer. If it is already running, opens its panel instead.\n"
     "\n"
-    "  --quit     make the one that runs give everything back and quit, and wait for that\n"
+    "  --quit     quit the running instance and wait until it has ended\n"
     "  --help     show this text and exit\n"
     "  --version  show the version and exit\n";
 
-/// Answers the options that only print something; nothing when the program is to run.
+/// The exit status of an option that only prints; nothing when the program is to run.
 std::optional<int> answerOption(int argc, char** argv) {
     for (int i = 1; i < argc; ++i) {
         if (std::strcmp(argv[i], "--help") == 0) return std::printf("%s", kHelp) < 0;
@@ -36,7 +36,7 @@ bool isToQuit(int argc, char** argv) {
 int quitRunning(int argc, char** argv) {
     const QCoreApplication application(argc, argv);
     if (halvo::quitRunningInstance()) return EXIT_SUCCESS;
-    (void)std::fputs("Halvo does not quit.\n", stderr);
+    (void)std::fputs("Halvo did not quit.\n", stderr);
     return EXIT_FAILURE;
 }
 
@@ -45,7 +45,7 @@ int explain(halvo::PlatformRefusal refusal) {
         (void)std::puts("Halvo is already running.");
         return EXIT_SUCCESS;
     }
-    (void)std::fputs("Halvo cannot use the sound system's library.\n", stderr);
+    (void)std::fputs("Halvo could not initialize the sound system.\n", stderr);
     return EXIT_FAILURE;
 }
 

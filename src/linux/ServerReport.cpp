@@ -14,8 +14,7 @@ ServerReport::ServerReport(PipeWireConnection& connection, MainQueue& queue, Sys
     const PipeWireConnection::Lock lock(connection_);
     isMissing_ = !connection_.isReady();
     if (isMissing_) {
-        report(
-            "Halvo: No sound server answers. Halvo waits; please start PipeWire and WirePlumber");
+        report("Halvo: No sound server; waiting. Please start PipeWire and WirePlumber");
     }
     connection_.add(*this);
 }
@@ -26,12 +25,12 @@ ServerReport::~ServerReport() {
 }
 
 void ServerReport::serverConnected() {
-    if (std::exchange(isMissing_, false)) reportLater("Halvo: The sound server is there");
+    if (std::exchange(isMissing_, false)) reportLater("Halvo: Connected to the sound server");
 }
 
 void ServerReport::serverDisconnected() {
     if (!std::exchange(isMissing_, true)) {
-        reportLater("Halvo: The sound server has gone away. Halvo goes on when it is back");
+        reportLater("Halvo: Lost the sound server; reconnecting…");
     }
 }
 

@@ -91,9 +91,9 @@ TEST(ApplicationStart, WithoutASoundServerItWaitsForOne) {
         return PrivateSession::waitFor(
             [&] { return scene.application().standardError().contains(text); });
     };
-    EXPECT_TRUE(says("No sound server answers"));
+    EXPECT_TRUE(says("No sound server; waiting"));
     ASSERT_TRUE(scene.session().startServer());
-    EXPECT_TRUE(says("The sound server is there"));
+    EXPECT_TRUE(says("Connected to the sound server"));
     scene.startDriver();
     ASSERT_TRUE(scene.isReady());
     EXPECT_TRUE(soundArrives(scene));

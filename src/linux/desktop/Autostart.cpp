@@ -80,7 +80,7 @@ std::string Autostart::ownText() const {
     DesktopEntry entry("");
     entry.set("Type", "Application");
     entry.set("Name", "Halvo");
-    entry.set("Comment", "Equalizer for everything that the computer plays");
+    entry.set("Comment", "Ten-band equalizer for everything your computer plays");
     entry.set("Exec", quoted(program_));
     entry.set("TryExec", program_.string()); // one that has been removed starts nothing
     entry.set("Icon", "org.halvo.Halvo");
