@@ -56,7 +56,7 @@ int main(int argc, char** argv) {
     if (isToQuit(argc, argv)) return quitRunning(argc, argv);
     halvo::preparePlatform();
     const auto application = halvo::makeApplicationObject(argc, argv);
-    // The toolkit has just taken the user's locale; numbers in files and logs must not follow it.
+    // Qt has just set the user's locale; numbers in files and logs must not depend on it.
     (void)std::setlocale(LC_NUMERIC, "C");
 
     const auto host = halvo::makePlatform();
@@ -65,7 +65,7 @@ int main(int argc, char** argv) {
     const auto delegate = halvo::AppDelegate::create(platform);
     QObject::connect(application.get(), &QCoreApplication::aboutToQuit,
                      [&delegate] { delegate->applicationWillTerminate(); });
-    // Inside the main loop: a request to quit that start-up makes would be lost ahead of it.
+    // Inside the main loop: a quit request during start-up would be lost before it runs.
     platform.mainQueue.async([&delegate] { delegate->applicationDidFinishLaunching(); });
     return (*host)->run();
 }

@@ -9,7 +9,7 @@
 
 namespace halvo {
 
-/// Tells that something of an object has changed, not what. Main thread only.
+/// Notifies observers that an object has changed, without saying what. Main thread only.
 class ChangeNotice {
   public:
     Subscription subscribe(std::function<void()> handler) {

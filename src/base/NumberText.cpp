@@ -13,7 +13,7 @@ namespace halvo {
 
 namespace {
 
-constexpr int kMostDigits = 9; // with these every float reads back
+constexpr int kMostDigits = 9; // enough for every float to read back
 
 /// A finite magnitude as digits d and an exponent e: d[0].d[1]d[2]... × 10^e.
 struct Decimal {
@@ -21,8 +21,8 @@ struct Decimal {
     int exponent = 0;
 };
 
-/// The fewest digits that read back. By way of the C library, because not every C++ library that
-/// Halvo is built with converts floats; what it puts between the digits follows the locale.
+/// The fewest digits that read back. Uses the C library, because not every C++ library that Halvo
+/// is built with converts floats; its decimal separator depends on the locale.
 Decimal shortestDecimal(float magnitude) {
     std::array<char, 64> text{};
     for (int digits = 1; digits <= kMostDigits; ++digits) {

@@ -24,7 +24,7 @@ template <typename T> class Pipeline {
         return Pipeline([source = std::move(source_)](Handler<T> next) {
             auto last = std::make_shared<std::optional<T>>();
             return source([last, next = std::move(next)](const T& value) {
-                // Spelled out: two optionals in each other compare otherwise.
+                // Spelled out: nested optionals would compare differently.
                 if (last->has_value() && **last == value) return;
                 last->emplace(value);
                 next(value);
@@ -32,7 +32,7 @@ template <typename T> class Pipeline {
         });
     }
 
-    /// Swallows the first value, which is the one present at subscription time.
+    /// Drops the first value, which is the current one at subscription time.
     Pipeline dropFirst() && {
         return Pipeline([source = std::move(source_)](Handler<T> next) {
             auto dropped = std::make_shared<bool>(false);
@@ -42,7 +42,7 @@ template <typename T> class Pipeline {
         });
     }
 
-    /// For optionals: swallows absent values and passes the contents on. Duplicates are kept.
+    /// For optionals: drops absent values and passes the contents on. Keeps duplicates.
     auto dropAbsent() &&
         requires requires { typename T::value_type; }
     {
@@ -54,8 +54,8 @@ template <typename T> class Pipeline {
         });
     }
 
-    /// Passes values on at the next turn of a queue (anything with `async`), each as it was then.
-    /// The queue must outlive the subscription; what is under way when that ends is dropped.
+    /// Delivers each value later on a queue (anything with `async`). The queue must outlive the
+    /// subscription; values still queued when it ends are dropped.
     template <typename Queue> Pipeline receiveOn(Queue& queue) && {
         return Pipeline([source = std::move(source_), &queue](Handler<T> next) {
             auto target = std::make_shared<Handler<T>>(std::move(next));
@@ -68,8 +68,8 @@ template <typename T> class Pipeline {
         });
     }
 
-    /// Passes on the last value of a burst, once none has followed it for `delay`, through a queue
-    /// that outlives the subscription; what is still due when that ends is dropped.
+    /// Passes on the last value of a burst once none has followed for `delay`, on a queue that
+    /// outlives the subscription. A value still due when the subscription ends is dropped.
     template <typename Queue, typename Delay> Pipeline debounce(Queue& queue, Delay delay) && {
         return Pipeline([source = std::move(source_), &queue, delay](Handler<T> next) {
             auto due = std::make_shared<Due>(std::move(next));

@@ -13,7 +13,7 @@ namespace halvo {
 
 /// A value that announces every assignment, equal or not. Main thread only.
 ///
-/// Subscribers run first, in subscription order, with the new value while `get()` still answers the
+/// Subscribers run first, in subscription order, with the new value while `get()` still returns the
 /// old one; then the value is stored; then the `didChange` observers run. Assigning a property from
 /// one of its own subscribers is a programming error; assigning another one is fine.
 template <typename T> class Published {

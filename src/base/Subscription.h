@@ -5,8 +5,8 @@
 
 namespace halvo {
 
-/// Keeps a registration alive; destroying or cancelling it ends the registration.
-/// Main thread only. May outlive whatever handed it out.
+/// Keeps a registration alive; destroying or cancelling it ends the registration. Main thread only.
+/// May outlive the object that created it.
 class [[nodiscard]] Subscription {
   public:
     Subscription() = default;

@@ -4,7 +4,7 @@
 
 namespace halvo {
 
-/// An output device as a person sees it.
+/// An output device as the user sees it.
 struct AudioOutputDevice {
     std::string uid; ///< the server's persistent identity
     std::string name;

@@ -11,8 +11,8 @@ namespace halvo {
 
 namespace {
 
-// Other programs' virtual devices never count as plugged in. By design not the list by which the
-// application tells real devices.
+// Other programs' virtual devices never count as newly connected. By design not the same list as
+// for real devices (app/RealDevices.cpp).
 constexpr std::array kIgnoredNames = {"eqMac", "Halvo", "ZoomAudio", "Microsoft Teams", "Immersed"};
 
 bool isIgnored(const std::string& name) {
@@ -35,7 +35,7 @@ void DeviceManager::refreshDevices() {
     std::vector<AudioOutputDevice> devices;
     for (const auto id : *ids) {
         if (!hardware_.hasOutputStreams(id)) continue;
-        // Every listed device has some UID, if need be its number.
+        // A device without a UID is listed under its number.
         devices.push_back({hardware_.uid(id).value_or(std::to_string(id)),
                            hardware_.name(id).value_or("Unknown")});
     }
@@ -53,7 +53,7 @@ void DeviceManager::updateDefaultDevice() {
 }
 
 void DeviceManager::installDefaultDeviceListener() {
-    // A system without this notification has a default that never changes.
+    // Without this notification, the default is taken as fixed.
     (void)hardware_.listenToDefaultOutput([this, alive = lifetime_.watch()] {
         if (alive.expired()) return;
         queue_.async([this, alive] {

@@ -13,19 +13,19 @@ namespace halvo {
 
 class MainQueue;
 
-/// What the machine has to play on: the list, the system's default, the person's choice and the
-/// device that was plugged in last. Main thread only.
+/// The output devices: the list, the system's default, the selected one and the one that was
+/// connected last. Main thread only.
 class DeviceManager {
   public:
     DeviceManager(AudioHardware& hardware, MainQueue& queue) : hardware_(hardware), queue_(queue) {}
 
     /// Every device with output streams, in the server's order, virtual ones included.
     Published<std::vector<AudioOutputDevice>> outputDevices;
-    /// UID of the device to hear through; empty until something was chosen.
+    /// UID of the device to play on; empty until one is selected.
     Published<std::string> selectedDeviceID;
     /// UID of the system's default output.
     Published<std::string> defaultDeviceUID;
-    /// UID of the device that appeared last; set anew each time, also to the same one.
+    /// UID of the device that appeared last; assigned each time, even if it is the same one.
     Published<std::optional<std::string>> newlyConnectedDeviceUID;
 
     /// Reads the list and then the default. If the list cannot be read, nothing changes.

@@ -7,14 +7,14 @@
 
 namespace halvo {
 
-/// The shell command by which macOS replaces the driver in its plug-in folder and restarts the
-/// audio server. Its last word hides every failure, by design: none may have been running. Paths
-/// are put between single quotes and not escaped otherwise. Any thread.
+/// The shell command that replaces the driver in macOS's plug-in folder and restarts the audio
+/// server. Its final "true" hides every failure, by design: no server may have been running. Paths
+/// are single-quoted and not escaped otherwise. Any thread.
 std::string driverCopyShellCommand(const std::filesystem::path& source,
                                    const std::filesystem::path& folder,
                                    const std::filesystem::path& installed);
 
-/// A text as it stands between the double quotes of an AppleScript literal. Any thread.
+/// A text escaped for an AppleScript string literal. Any thread.
 std::string appleScriptEscaped(const std::string& text);
 
 /// macOS's tool with the script that asks for an administrator's password and runs the shell

@@ -10,7 +10,7 @@ namespace halvo {
 namespace {
 
 constexpr const char* kVersionKey = "CFBundleVersion";
-// For the restarted sound server to publish the device.
+// Time for the restarted sound server to publish the device.
 constexpr std::chrono::milliseconds kPauseAfterInstall{2000};
 
 } // namespace

@@ -9,8 +9,8 @@ class Alert;
 class DriverInstallation;
 class SystemLog;
 
-/// Keeps the virtual device's driver installed and current, with the person's consent.
-/// Main thread only; its alerts are modal.
+/// Installs and updates the virtual device's driver, with the user's consent. Main thread only; its
+/// alerts are modal.
 class DriverInstaller {
   public:
     DriverInstaller(DriverInstallation& installation, Alert& alert, SystemLog& log)
@@ -20,10 +20,10 @@ class DriverInstaller {
     /// Whether the installed driver is older than the one that came with the application, or
     /// cannot be read. False when either of them is missing.
     bool needsUpdate() const;
-    /// Asks the person. True when the driver is present and current afterwards.
+    /// Asks the user. True when the driver is present and current afterwards.
     bool installIfNeeded();
-    /// Copies the driver with an administrator's rights; waits for the password, the copy and the
-    /// sound system. Whether it is in place.
+    /// Copies the driver with administrator rights; waits for the password, the copy and the sound
+    /// system. True when it is installed.
     bool performInstall(const std::filesystem::path& source);
 
   private:

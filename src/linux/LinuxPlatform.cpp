@@ -17,17 +17,17 @@ namespace {
 
 using std::chrono::milliseconds;
 
-/// A server that is there has told its devices by then; one that comes later is noticed later.
+/// A running server has reported its devices by then; a later one is noticed later.
 constexpr milliseconds kLongestStart{2000};
-/// Giving everything back takes a fraction of it.
+/// Restoring the devices takes a fraction of it.
 constexpr milliseconds kLongestQuit{8000};
-/// The connection for SIGTERM was made long ago; this only covers a signal right at the start.
+/// The SIGTERM connection usually exists; this only covers a signal right after the start.
 constexpr milliseconds kLongestSignalWait{100};
 /// A guard that restores what the last run left has finished by then.
 constexpr milliseconds kLongestRestore{1500};
 
-/// Tests and the demonstration bring a tag service of their own: HALVO_TAG_SERVICE, an address such
-/// as http://127.0.0.1:4711.
+/// Another tag service, for tests and the demonstration: HALVO_TAG_SERVICE, a URL such as
+/// http://127.0.0.1:4711.
 std::string otherTagService() {
     const char* address = std::getenv("HALVO_TAG_SERVICE");
     return address != nullptr ? address : "";

@@ -41,15 +41,15 @@ namespace halvo {
 /// A Linux desktop with PipeWire. Main thread only.
 class LinuxPlatform final : public PlatformHost {
   public:
-    /// Blocks SIGTERM; before any thread starts.
+    /// Blocks SIGTERM; call before any thread starts.
     static void prepareProcess();
-    /// X11 first: on Wayland a panel cannot be placed. The last one always works, where the others
-    /// would end the program.
+    /// X11 first, because a panel cannot be placed on Wayland. The last one always works; failure
+    /// of the others would end the program.
     static std::string toolkitScreens();
 
     static std::expected<std::unique_ptr<PlatformHost>, PlatformRefusal> create();
     static bool quitRunning();
-    /// From here on SIGTERM ends the process at once again.
+    /// Restores SIGTERM's default action.
     ~LinuxPlatform() override;
 
     Platform platform() override;
@@ -62,7 +62,7 @@ class LinuxPlatform final : public PlatformHost {
         ~SignalRelease() { LinuxTerminationSignal::unblock(); }
     };
 
-    /// What lives before the sound server is asked: a second instance must touch nothing else.
+    /// Created before the server connection: a second instance must touch nothing else.
     struct Desktop {
         QtApplication application;
         ApplicationService service{application};
@@ -71,7 +71,8 @@ class LinuxPlatform final : public PlatformHost {
     LinuxPlatform(std::unique_ptr<Desktop> desktop, Connection connection,
                   Connection signalConnection);
 
-    SignalRelease signalRelease_; // first: a SIGTERM waits until everything below is gone
+    SignalRelease
+        signalRelease_; // first: SIGTERM stays blocked until everything below is destroyed
     std::unique_ptr<Desktop> desktop_;
     QtMainQueue mainQueue_;
     SyslogSystemLog systemLog_;
@@ -92,18 +93,18 @@ class LinuxPlatform final : public PlatformHost {
     LinuxScriptRunner scriptRunner_;
     LinuxChildProcessLauncher childProcesses_;
     QtHTTPSession httpSession_;
-    QtBackgroundQueue backgroundQueue_; // after all that its work may use
+    QtBackgroundQueue backgroundQueue_; // after all services that its work may use
 
     Connection connection_;
     ServerReport serverReport_;
     PipeWireAudioHardware server_;
     OutputGate gate_;
-    std::optional<SessionLock> sessionLock_; ///< nothing: another process would not let go of it
+    std::optional<SessionLock> sessionLock_; ///< nothing: another process did not release it
     LinuxSessionGuard sessionGuard_;
     LoudnessGuard audioHardware_;
     PipeWireOutputUnitFactory outputUnits_;
 
-    // For the thread that takes SIGTERM, once it does.
+    // For the SIGTERM thread.
     Connection signalConnection_;
     PipeWireAudioHardware signalServer_;
     LinuxTerminationSignal terminationSignal_;

@@ -40,7 +40,7 @@ void ServerReport::reportLater(const char* message) {
 
 void ServerReport::report(const std::string& message) {
     log_.write(message);
-    // Not on standard output, whose lines have a meaning of their own.
+    // Not on standard output, whose lines have a defined meaning.
     (void)std::fprintf(stderr, "%s\n", message.c_str());
 }
 

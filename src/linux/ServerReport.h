@@ -10,11 +10,11 @@ class MainQueue;
 class PipeWireConnection;
 class SystemLog;
 
-/// Says in the system log and on standard error when the sound server is missing, gone or back.
-/// Main thread, but for what it hears from the connection.
+/// Reports in the system log and on standard error when the sound server is missing, lost or back.
+/// Main thread, except for the connection's events.
 class ServerReport final : public PipeWireObserver {
   public:
-    /// Everything passed in must outlive it; the queue drops what is still under way at the end.
+    /// All arguments must outlive it; the queue drops pending work at the end.
     ServerReport(PipeWireConnection& connection, MainQueue& queue, SystemLog& log);
     ~ServerReport() override;
     ServerReport(const ServerReport&) = delete;
@@ -30,7 +30,7 @@ class ServerReport final : public PipeWireObserver {
     PipeWireConnection& connection_;
     MainQueue& queue_;
     SystemLog& log_;
-    bool isMissing_ = false; ///< the connection's thread, or its lock
+    bool isMissing_ = false; ///< connection's thread, or its lock
 };
 
 } // namespace halvo

@@ -63,7 +63,7 @@ bool write(AudioObjectID object, const Address& address, const Value& value) {
 } // namespace
 
 struct CoreAudioHardware::Gate {
-    std::recursive_mutex lock; ///< a listener may silence all of them
+    std::recursive_mutex lock; ///< a listener may call `silenceListeners`
     bool open = true;
 };
 
@@ -83,7 +83,8 @@ std::optional<std::vector<AudioDeviceID>> CoreAudioHardware::deviceIDs() {
                                    devices.data()) != kAudioHardwareNoError) {
         return std::nullopt;
     }
-    devices.resize(taken / sizeof(AudioDeviceID)); // some may have gone between the calls
+    devices.resize(taken /
+                   sizeof(AudioDeviceID)); // some devices may have disappeared between the calls
     return devices;
 }
 
@@ -159,7 +160,7 @@ bool CoreAudioHardware::listenToMute(AudioDeviceID device, Listener listener) {
 bool CoreAudioHardware::listen(AudioObjectID object, const Address& address, Listener listener) {
     const auto gate = gate_;
     const auto notify = std::make_shared<const Listener>(std::move(listener));
-    // The server copies the block and keeps it to the end: no listener is ever taken back.
+    // The server copies the block and keeps it: listeners are never removed.
     const auto status = AudioObjectAddPropertyListenerBlock(
         object, &address, dispatch_get_main_queue(), ^(UInt32, const Address*) {
           const std::scoped_lock lock(gate->lock);

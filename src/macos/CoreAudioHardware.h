@@ -9,12 +9,11 @@
 namespace halvo {
 
 /// Core Audio's devices. Reads and writes from any thread, because SIGTERM's handler makes them
-/// too; listeners run on the main queue. A UID that the server does not know may come back as
-/// device 0, as the server answers it.
+/// too; listeners run on the main queue. For an unknown UID the server may return device 0.
 class CoreAudioHardware final : public AudioHardware {
   public:
     CoreAudioHardware();
-    /// The server keeps its listeners, but they fall silent.
+    /// The server keeps its listeners, but they have no effect any more.
     ~CoreAudioHardware() override;
     CoreAudioHardware(const CoreAudioHardware&) = delete;
     CoreAudioHardware& operator=(const CoreAudioHardware&) = delete;

@@ -9,7 +9,7 @@ namespace halvo {
 /// A HAL output unit: the stream to one device, rendered on Core Audio's own thread. Main thread.
 class CoreAudioOutputUnit final : public OutputUnit {
   public:
-    /// Takes the instance over.
+    /// Takes ownership of the instance.
     explicit CoreAudioOutputUnit(AudioComponentInstance instance) : instance_(instance) {}
     ~CoreAudioOutputUnit() override;
     CoreAudioOutputUnit(const CoreAudioOutputUnit&) = delete;
@@ -28,12 +28,12 @@ class CoreAudioOutputUnit final : public OutputUnit {
                              AudioBufferList* data) noexcept HALVO_REALTIME;
 
     AudioComponentInstance instance_;
-    // Written while the unit stands still, read by the render thread.
+    // Written while the unit is stopped, read by the render thread.
     RenderCallback callback_ = nullptr;
     void* refCon_ = nullptr;
 };
 
-/// Makes units of the system's HAL output component. Main thread.
+/// Creates units of the system's HAL output component. Main thread.
 class CoreAudioOutputUnitFactory final : public OutputUnitFactory {
   public:
     std::unique_ptr<OutputUnit> makeOutputUnit() override;

@@ -9,11 +9,11 @@
 
 namespace halvo {
 
-/// Releases a Core Foundation object when it goes.
+/// Owns a Core Foundation object.
 template <typename Ref> class CFHandle {
   public:
     CFHandle() = default;
-    /// Takes over an object that the caller would have to release; null stands for none.
+    /// Takes ownership of an object that the caller would have to release; may be null.
     explicit CFHandle(Ref ref) : ref_(ref) {}
     ~CFHandle() {
         if (ref_) CFRelease(ref_);
@@ -33,13 +33,13 @@ template <typename Ref> class CFHandle {
     Ref ref_ = nullptr;
 };
 
-/// A UTF-8 text as the system takes it; null when it is no UTF-8. Any thread.
+/// A UTF-8 text as a CFString; null when it is not valid UTF-8. Any thread.
 CFHandle<CFStringRef> makeCFString(const std::string& text);
 
-/// The UTF-8 text of an object; nothing when it is null or no string. Any thread.
+/// The UTF-8 text of a CFString; nothing when the object is null or not a string. Any thread.
 std::optional<std::string> textOf(CFTypeRef object);
 
-/// The path of a file's address; nothing when it is null or none of a file. Any thread.
+/// The path of a file URL; nothing when it is null or not a file URL. Any thread.
 std::optional<std::filesystem::path> pathOf(CFURLRef url);
 
 } // namespace halvo

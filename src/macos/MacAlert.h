@@ -4,7 +4,7 @@
 
 namespace halvo {
 
-/// The system's modal alerts, in front of whatever else there is. Main thread only.
+/// The system's modal alerts, in front of all windows. Main thread only.
 class MacAlert final : public Alert {
   public:
     std::size_t runModal(AlertStyle style, const std::string& message,

@@ -19,7 +19,7 @@ std::size_t MacAlert::runModal(AlertStyle style, const std::string& message,
         alert.informativeText = makeNSString(informativeText);
         for (const auto& title : buttons)
             [alert addButtonWithTitle:makeNSString(title)];
-        // An agent's alert would open behind the program in front.
+        // An agent's alert would open behind the frontmost program.
         [NSApp activateIgnoringOtherApps:YES];
         const auto last = std::max<std::ptrdiff_t>(std::ssize(buttons) - 1, 0);
         const auto chosen = [alert runModal] - NSAlertFirstButtonReturn;

@@ -7,10 +7,10 @@
 
 namespace halvo {
 
-/// Light or dark and the accent, as the person set them for the system. Main thread only.
+/// The system's light or dark mode and accent colour. Main thread only.
 class MacAppearance {
   public:
-    /// `changed` runs whenever one of them is another.
+    /// `changed` runs whenever one of them changes.
     explicit MacAppearance(std::function<void()> changed);
     ~MacAppearance();
 

@@ -6,7 +6,7 @@
 
 namespace halvo::MacBundle {
 
-/// The application's folder of resources; nothing when it does not run from a bundle's. Any thread.
+/// The application's folder of resources; nothing when it does not run from a bundle. Any thread.
 std::optional<std::filesystem::path> resourceFolder();
 
 /// A resource by its name and extension. Any thread.

@@ -6,7 +6,7 @@
 
 namespace halvo {
 
-/// The colour that the person chose for controls, as sRGB. Main thread only.
+/// The system's accent colour, as sRGB. Main thread only.
 Color systemAccent();
 
 inline QColor toQColor(const Color& color) {

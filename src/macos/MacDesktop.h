@@ -10,8 +10,8 @@ namespace halvo {
 class Application;
 class QtMainQueue;
 
-/// What a person sees of Halvo: the item, the panel, alerts. Makes the process an agent, without a
-/// place in the Dock. Main thread only.
+/// Halvo's user interface: the item, the panel, alerts. Makes the process an agent, without a Dock
+/// icon. Main thread only.
 class MacDesktop {
   public:
     MacDesktop(QtMainQueue& queue, Application& application);
@@ -20,7 +20,7 @@ class MacDesktop {
     MacStatusItem& statusItem() { return statusItem_; }
     MacPanelWindow& panelWindow() { return panelWindow_; }
 
-    /// Asks other processes of this application to end, and waits for them: whether none is left.
+    /// Asks other processes of this application to quit and waits for them; true when none is left.
     static bool quitOthers();
 
   private:

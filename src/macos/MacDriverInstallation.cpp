@@ -20,7 +20,7 @@ constexpr const char* kBundleName = "HalvoAudioDevice";
 constexpr const char* kBundleExtension = "driver";
 constexpr std::size_t kMaximumListSize = std::size_t{1} << 20U; // bytes
 
-/// Null when the bytes are no property list.
+/// Null when the bytes are not a property list.
 CFHandle<CFPropertyListRef> parse(const std::string& list) {
     const CFHandle<CFDataRef> data(CFDataCreate(kCFAllocatorDefault,
                                                 reinterpret_cast<const UInt8*>(list.data()),

@@ -4,12 +4,12 @@
 
 namespace halvo {
 
-/// The driver among the audio server's plug-ins, and the administrator prompt of the system's
-/// scripting tool. Main thread only.
+/// The driver in the audio server's plug-in folder, and the administrator prompt of osascript. Main
+/// thread only.
 class MacDriverInstallation final : public DriverInstallation {
   public:
     std::filesystem::path installedPath() override;
-    /// Among the application's resources.
+    /// In the application's resources.
     std::optional<std::filesystem::path> bundledDriverURL() override;
     bool exists(const std::filesystem::path& bundle) override;
     std::optional<std::string> propertyListString(const std::filesystem::path& bundle,
@@ -19,7 +19,7 @@ class MacDriverInstallation final : public DriverInstallation {
     std::expected<DriverCopyResult, std::string>
     copyWithPrivileges(const std::filesystem::path& source) override;
     void takeUp() override {}        ///< the copy has restarted the audio server
-    void ensureRunning() override {} ///< the audio server sees to it
+    void ensureRunning() override {} ///< the audio server does it
     void pause(std::chrono::milliseconds duration) override;
 };
 

@@ -4,8 +4,8 @@
 
 namespace halvo {
 
-/// A library among the bundle's resources, called by a script of the system's perl, because the
-/// system tells what is playing only to programs of its own. Main thread.
+/// A library in the bundle's resources, loaded by a script of the system's perl, because macOS
+/// tells only its own programs what is playing. Main thread.
 class MacMediaHelper final : public MediaHelper {
   public:
     std::optional<std::string> resourceFolder() const override;

@@ -6,8 +6,8 @@
 
 namespace halvo {
 
-/// The popover in a panel of the system's: above all else and on every space, without making
-/// another program the one in front, on the material of popovers. Main thread only.
+/// The popover in an NSPanel: above all windows and on every space, without activating Halvo, with
+/// the popover material. Main thread only.
 class MacPanelWindow final : public QtPanelWindow {
   public:
     MacPanelWindow(MainQueue& queue, std::function<void()> quit);
@@ -23,7 +23,7 @@ class MacPanelWindow final : public QtPanelWindow {
   private:
     struct Parts;
 
-    /// Makes the panel around the views once there are any; whether there is one.
+    /// Creates the panel around the views once they exist; true when there is one.
     bool makePanel();
 
     std::unique_ptr<Parts> parts_;

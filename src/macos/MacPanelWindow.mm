@@ -19,7 +19,7 @@ namespace {
 
 constexpr double kCornerRadius = 10;
 
-/// Presses in other programs, and where they end.
+/// Presses and releases in other programs.
 std::shared_ptr<void> watchPresses(std::function<void()> pressed, std::function<void()> released) {
     constexpr NSEventMask kPresses = NSEventMaskLeftMouseDown | NSEventMaskRightMouseDown;
     constexpr NSEventMask kReleases = NSEventMaskLeftMouseUp | NSEventMaskRightMouseUp;
@@ -49,7 +49,7 @@ NSPanel* makeStatusPanel(NSRect content) {
                                NSWindowCollectionBehaviorStationary |
                                NSWindowCollectionBehaviorFullScreenAuxiliary;
     panel.floatingPanel = YES;
-    panel.hidesOnDeactivate = NO; // the application says when
+    panel.hidesOnDeactivate = NO; // the application hides it
     panel.releasedWhenClosed = NO;
     return panel;
 }
@@ -75,7 +75,7 @@ struct MacPanelWindow::Parts {
     }
 
     NSPanel* panel = nil;
-    NSView* hostingView = nil; ///< the toolkit's own, which draws the views
+    NSView* hostingView = nil; ///< Qt's view, which draws the QML views
 };
 
 MacPanelWindow::MacPanelWindow(MainQueue& queue, std::function<void()> quit)
@@ -108,7 +108,7 @@ bool MacPanelWindow::makePanel() {
 
 void MacPanelWindow::removeContent() {
     orderOut();
-    parts_.reset(); // before the view's owner goes
+    parts_.reset(); // before the view's owner is destroyed
     QtPanelWindow::removeContent();
 }
 

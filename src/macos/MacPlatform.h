@@ -24,7 +24,7 @@
 
 namespace halvo {
 
-/// A Mac. The system itself keeps an application to one instance. Main thread only.
+/// A Mac. The system itself allows only one instance of an application. Main thread only.
 class MacPlatform final : public PlatformHost {
   public:
     static void prepareProcess() {} ///< no signal is blocked here
@@ -53,7 +53,7 @@ class MacPlatform final : public PlatformHost {
     MacScriptRunner scriptRunner_;
     QtChildProcessLauncher childProcesses_;
     QtHTTPSession httpSession_;
-    QtBackgroundQueue backgroundQueue_; // after all that its work may use
+    QtBackgroundQueue backgroundQueue_; // after all services that its work may use
 
     CoreAudioHardware audioHardware_;
     CoreAudioOutputUnitFactory outputUnits_;

@@ -6,7 +6,7 @@
 
 namespace halvo {
 
-/// Scripts in the system's own scripting language, one after another. Background threads only.
+/// Runs AppleScript, one script at a time. Background threads only.
 class MacScriptRunner final : public ScriptRunner {
   public:
     std::expected<std::optional<std::string>, ScriptError> run(const std::string& source) override;

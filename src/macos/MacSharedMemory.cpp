@@ -19,7 +19,7 @@ namespace {
 
 constexpr int kPeriod = 1000; // milliseconds
 
-/// What can be seen of an object.
+/// The observable state of an object.
 struct Appearance {
     std::int64_t size = 0;
     RingFormat format;
@@ -27,7 +27,7 @@ struct Appearance {
     bool operator==(const Appearance&) const = default;
 };
 
-/// Nothing while there is no such object.
+/// Nothing while the object does not exist.
 std::optional<Appearance> look(const std::string& name) {
     const FileDescriptor object(::shm_open(name.c_str(), O_RDONLY, 0));
     struct stat status{};

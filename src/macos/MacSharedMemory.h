@@ -4,15 +4,15 @@
 
 namespace halvo {
 
-/// Shared memory as macOS has it: nobody tells when an object comes or goes, so that watching is
-/// looking. Main thread only.
+/// Shared memory on macOS, which does not notify when an object appears or disappears: watching is
+/// polling. Main thread only.
 class MacSharedMemory final : public PosixSharedMemory {
   public:
-    /// Looks about once a second, with a timer that may wait for other work to wake the machine.
+    /// Polls about once a second, with a coalesced timer.
     Subscription watch(const char* name, std::function<void()> changed) override;
 
   protected:
-    /// The name itself, though another user made the object: the audio server's own.
+    /// The plain name, although another user, the audio server's, owns the object.
     std::string systemName(const std::string& name) const override;
 };
 

@@ -8,9 +8,8 @@ namespace halvo {
 
 class MainQueue;
 
-/// Halvo's item in the menu bar: a button that hosts the live picture. Draws in a later turn of the
-/// main loop, only what differs from what is shown, and only while somebody can see it. Main thread
-/// only.
+/// Halvo's item in the menu bar: a button that hosts the live picture. Draws in a later iteration
+/// of the main loop, only changes, and only while visible. Main thread only.
 class MacStatusItem final : public StatusItem {
   public:
     explicit MacStatusItem(MainQueue& queue);
@@ -21,11 +20,11 @@ class MacStatusItem final : public StatusItem {
     std::optional<ScreenRect> frame() const override;
     void setNeedsDisplay() override;
 
-    /// Whether somebody can see a picture that moves with the sound.
+    /// Whether a picture that moves with the sound is visible.
     bool isLive() const;
     /// Called when such a picture is first shown.
     std::function<void()> onLive;
-    /// The system's accent or its light and dark are others now.
+    /// Call when the system's accent or light and dark mode has changed.
     void appearanceChanged();
 
   private:

@@ -7,7 +7,7 @@
 
 #include <utility>
 
-/// The picture inside the item's button. Presses go through it to the button.
+/// The picture inside the item's button. Passes presses on to the button.
 @interface HalvoStatusEQView : NSImageView
 @end
 
@@ -17,7 +17,7 @@
 }
 @end
 
-/// Hands the button's action and the item's coming into sight over.
+/// Forwards the button's action and the item becoming visible.
 @interface HalvoStatusTarget : NSObject
 - (instancetype)initWithPressed:(std::function<void()>)pressed shown:(std::function<void()>)shown;
 - (void)togglePopover:(id)sender;
@@ -36,7 +36,7 @@
     return self;
 }
 - (void)togglePopover:(id)__unused sender {
-    const auto pressed = _pressed; // it may take the item away
+    const auto pressed = _pressed; // it may remove the item
     pressed();
 }
 - (void)occlusionChanged:(NSNotification*)__unused notification {
@@ -58,7 +58,7 @@ struct MacStatusItem::Parts {
     bool isLive() const {
         return isSeen() && shown && shown->kind == StatusPicture::Kind::envelope;
     }
-    /// Whether a picture that moves with the sound is new in sight.
+    /// Whether a picture that moves with the sound has just become visible.
     bool display();
 
     NSStatusItem* item = nil;
@@ -66,7 +66,7 @@ struct MacStatusItem::Parts {
     HalvoStatusTarget* target = nil;
     Draw draw;
     bool displayPending = false;
-    std::optional<StatusPicture> shown; ///< nothing: to be drawn anew
+    std::optional<StatusPicture> shown; ///< nothing: must be redrawn
 };
 
 bool MacStatusItem::Parts::display() {
@@ -83,7 +83,7 @@ bool MacStatusItem::Parts::display() {
     CGImageRef pixels = drawn.toCGImage();
     NSImage* image = [[NSImage alloc] initWithCGImage:pixels size:size];
     CGImageRelease(pixels);
-    [image setTemplate:!picture.color]; // the menu bar gives it the colour of its labels
+    [image setTemplate:!picture.color]; // drawn in the menu bar's label colour
     view.image = image;
     shown = std::move(picture);
     return !wasLive && isLive();

@@ -5,7 +5,7 @@
 namespace halvo {
 
 void MacSystemLog::write(const std::string& line) {
-    // Without "public" the log would keep the text to itself.
+    // Without "public" the log would redact the text.
     os_log(OS_LOG_DEFAULT, "%{public}s", line.c_str());
 }
 

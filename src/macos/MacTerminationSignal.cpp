@@ -10,12 +10,12 @@ namespace halvo {
 
 namespace {
 
-/// The source notices the signal; this only keeps it from ending the process. A handler, where
-/// ignoring the signal would be handed down to every child.
+/// The dispatch source reports the signal; this only keeps it from ending the process. A handler,
+/// because children would inherit an ignored signal.
 void leaveToTheSource(int /*signal*/) {}
 
 void takeSignal(AudioHardware& mainHardware, TerminationSignal::Handler handler) {
-    // Before the handler's first write, or the main thread would answer it.
+    // Before the handler's first write, or the main thread would react to it.
     ProcessTermination::runLimited([&mainHardware] { mainHardware.silenceListeners(); });
     ProcessTermination::runLimited([handler] {
         CoreAudioHardware hardware;
@@ -38,7 +38,7 @@ void MacTerminationSignal::install(Handler handler) {
     if (source_) return;
     source_ = dispatch_source_create(DISPATCH_SOURCE_TYPE_SIGNAL, SIGTERM, 0,
                                      dispatch_get_global_queue(QOS_CLASS_USER_INITIATED, 0));
-    if (!source_) return; // then at least it ends the process
+    if (!source_) return; // the default action then ends the process
     AudioHardware* hardware = &mainHardware_;
     dispatch_source_set_event_handler(source_, ^{
       takeSignal(*hardware, handler);

@@ -6,17 +6,17 @@
 
 namespace halvo {
 
-/// SIGTERM, taken by a queue of the system's; nothing runs in signal context. Main thread.
+/// SIGTERM, handled on a dispatch queue; no code runs in signal context. Main thread.
 class MacTerminationSignal final : public TerminationSignal {
   public:
-    /// `mainHardware` is what the main thread listens to, and outlives this.
+    /// The main thread listens to `mainHardware`, which outlives this.
     explicit MacTerminationSignal(AudioHardware& mainHardware) : mainHardware_(mainHardware) {}
-    /// From here on SIGTERM ends the process at once again.
+    /// Restores SIGTERM's default action.
     ~MacTerminationSignal() override;
     MacTerminationSignal(const MacTerminationSignal&) = delete;
     MacTerminationSignal& operator=(const MacTerminationSignal&) = delete;
 
-    /// The process ends at the latest 450 ms after the handler started, whatever it does.
+    /// The process ends at most 450 ms after the handler started.
     void install(Handler handler) override;
 
   private:

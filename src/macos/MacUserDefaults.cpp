@@ -94,8 +94,8 @@ void MacUserDefaults::set(const std::string& key, CFPropertyListRef value) {
     const auto name = makeCFString(key);
     if (!name) return;
     CFPreferencesSetAppValue(name.get(), value, kCFPreferencesCurrentApplication);
-    // Over to the server of preferences now: a process that is killed next loses nothing. What
-    // fails stays in memory and goes with the next write.
+    // Synchronizes now, so that a killed process loses nothing. After a failure the value stays in
+    // memory and is written with the next one.
     (void)CFPreferencesAppSynchronize(kCFPreferencesCurrentApplication);
 }
 

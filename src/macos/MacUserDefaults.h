@@ -6,8 +6,8 @@
 
 namespace halvo {
 
-/// The application's own domain of the user's preferences. A value keeps its type: a float is a
-/// 32-bit number there, data are data. Any thread.
+/// The application's preferences domain. A value keeps its type: a float is stored as a 32-bit
+/// number, data as data. Any thread.
 class MacUserDefaults final : public UserDefaults {
   public:
     bool contains(const std::string& key) const override;
@@ -26,7 +26,7 @@ class MacUserDefaults final : public UserDefaults {
     void remove(const std::string& key) override;
 
   private:
-    /// Null takes the key away.
+    /// Null removes the key.
     static void set(const std::string& key, CFPropertyListRef value);
 };
 

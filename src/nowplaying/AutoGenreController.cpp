@@ -20,7 +20,7 @@ namespace {
 
 constexpr const char* kEnabledKey = "autoGenreEnabled";
 constexpr const char* kFallbackPreset = "Clarity";
-constexpr MainQueue::Duration kSettling = 500ms; ///< of quick skips through several tracks
+constexpr MainQueue::Duration kSettling = 500ms; ///< so that skipping through tracks counts once
 
 } // namespace
 
@@ -81,7 +81,7 @@ void AutoGenreController::handleNewTrack(const NowPlayingTrack& track) {
     currentTrackDisplay.set(display);
     log(" handling track: " + display);
     if (!track.artist.empty()) return startLookup(track.artist);
-    // By design an earlier track's look-up goes on, and its preset may still come.
+    // By design an earlier track's lookup continues, and its preset may still be activated.
     isLookingUp.set(false);
     currentGenre.set(kFallbackPreset);
     log(" — no artist, using Clarity preset");
@@ -121,7 +121,7 @@ bool AutoGenreController::apply(const std::string& presetName) {
     if (userOverrideActive_ || !presets) return false;
     const auto preset = presets->presetNamed(presetName);
     if (!preset) return false;
-    // First: the activation is announced at once, and must be known as this controller's own.
+    // Before the activation, whose notification must be recognised as this controller's own.
     lastAutoSwitchedPresetID_ = preset->id;
     presets->activate(*preset);
     return true;

@@ -24,7 +24,7 @@ class SpotifyClient;
 class SystemLog;
 class UserDefaults;
 
-/// What the controller works with.
+/// The controller's services.
 struct AutoGenreServices {
     NowPlayingMonitor& nowPlaying;
     SpotifyClient& spotify;
@@ -36,22 +36,22 @@ struct AutoGenreServices {
     SystemLog& systemLog;
 };
 
-/// Activates the preset that suits the genre of what is playing, until somebody picks another one
-/// for the track. Main thread only.
+/// Activates the preset for the genre of what is playing, unless the user picks another one for the
+/// track. Main thread only.
 class AutoGenreController {
   public:
-    /// Starts observing; a track that is current is handled at once where the feature is on.
+    /// Starts observing; if enabled, handles the current track at once.
     explicit AutoGenreController(AutoGenreServices services);
 
-    Published<bool> isEnabled; ///< kept in the user defaults with every change
+    Published<bool> isEnabled; ///< saved in the user defaults on each change
     Published<std::optional<std::string>> currentGenre; ///< the chosen preset's name
     Published<std::optional<std::string>> currentTrackDisplay;
     Published<bool> isLookingUp{false};
 
     SpotifyClient& spotifyClient() { return services_.spotify; }
 
-    /// Calls `handler` after any change of the values above, and one turn after any change of the
-    /// monitor's or the streaming client's.
+    /// Calls `handler` after any change of the values above, and later on the main queue after a
+    /// change of the monitor's or the streaming client's values.
     Subscription didChange(std::function<void()> handler) {
         return changed_.subscribe(std::move(handler));
     }
@@ -70,10 +70,10 @@ class AutoGenreController {
     ChangeNotice changed_;
     std::shared_ptr<Subscription> lookupTask_; ///< dropping it cancels the look-up
     std::optional<UUID> lastAutoSwitchedPresetID_;
-    bool userOverrideActive_ = false; ///< somebody chose a preset since the track began
+    bool userOverrideActive_ = false; ///< the user chose a preset since the track began
 
     Lifetime lifetime_;
-    std::vector<Subscription> cancellables_; // last: the handlers die first
+    std::vector<Subscription> cancellables_; // last: destroyed first
 };
 
 } // namespace halvo

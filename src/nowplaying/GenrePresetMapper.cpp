@@ -14,8 +14,8 @@ struct Row {
     std::vector<std::string_view> keywords; ///< lower case, composed
 };
 
-/// A keyword need only be part of a tag, and the first row that has one wins; so some keywords can
-/// never win, and country and reggae go where they sound best. By design.
+/// A keyword matches as part of a tag, and the first row with a match wins. By design some keywords
+/// can never win, and country and reggae map to presets of other names.
 const std::vector<Row>& mapping() {
     static const std::vector<Row> rows = {
         {"Hip-Hop", {"hip hop", "hip-hop", "rap", "trap", "drill", "grime", "crunk", "bounce"}},

@@ -7,12 +7,13 @@ namespace halvo {
 
 class UnicodeText;
 
-/// Finds the factory preset that suits an artist's tags. Any thread.
+/// Finds the factory preset for an artist's tags. Any thread.
 class GenrePresetMapper {
   public:
     explicit GenrePresetMapper(const UnicodeText& unicode) : unicode_(unicode) {}
 
-    /// A preset's name. The table's order decides, not the tags'; without a match it is "Flat".
+    /// The preset's name. The order of the table decides, not that of the tags; "Flat" without a
+    /// match.
     std::string bestPreset(const std::vector<std::string>& tags) const;
 
   private:

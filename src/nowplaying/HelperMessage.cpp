@@ -15,7 +15,7 @@ using Json = nlohmann::json;
 constexpr std::string_view kBase64Digits =
     "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
-/// The parser quotes what it could not read, and that may be megabytes.
+/// The parser's message quotes its input, which may be megabytes.
 constexpr std::size_t kLongestError = 200;
 
 std::string shortened(std::string text) {
@@ -41,7 +41,7 @@ std::optional<double> durationOf(const Json& payload) {
 
 HelperMessage messageOf(const Json& payload) {
     auto title = stringMember(payload, "title");
-    // Without a title nothing plays, whatever else is said.
+    // No title means that nothing plays, whatever the other fields say.
     if (!title || title->empty()) return {};
     HelperMessage message;
     message.track = NowPlayingTrack{.title = std::move(*title),
@@ -89,7 +89,7 @@ std::optional<std::string> decodeBase64(const std::string& text) {
     std::string bytes;
     bytes.reserve(text.size() / 4 * 3);
     std::uint32_t bits = 0;
-    unsigned count = 0; ///< of the bits that are not yet a byte
+    unsigned count = 0; ///< bits that do not make a byte yet
     for (const char digit : std::string_view(text).substr(0, text.size() - padding)) {
         const auto value = digitValue(digit);
         if (value == 64) return std::nullopt;

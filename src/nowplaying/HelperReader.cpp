@@ -19,7 +19,7 @@ constexpr std::size_t kMostWaiting = 2 * kLongestLine;
 
 } // namespace
 
-/// Reads the lines that wait, on one background thread at a time.
+/// Parses the queued lines, on one background thread at a time.
 class HelperReader::Worker {
   public:
     using Deliver = std::function<void(TrackPayload)>;
@@ -27,18 +27,18 @@ class HelperReader::Worker {
     Worker(ImageReader& images, SystemLog& log, Deliver deliver)
         : images_(images), log_(log), deliver_(std::move(deliver)) {}
 
-    /// Adds a line; whether `work` has to be started. Main thread.
+    /// Queues a line; true when `work` has to be started. Main thread.
     bool add(std::string line) {
         const std::lock_guard lock(mutex_);
         waitingBytes_ += line.size();
         waiting_.push_back(std::move(line));
-        // Each line replaces what was said before: the oldest is missed least.
+        // Each line replaces the previous state, so the oldest can be dropped.
         while (waitingBytes_ > kMostWaiting)
             (void)takeFirst();
         return !std::exchange(isWorking_, true);
     }
 
-    /// Reads until nothing waits. Background.
+    /// Parses until the queue is empty. Background.
     void work() {
         while (const auto line = next())
             read(*line);
@@ -83,12 +83,12 @@ class HelperReader::Worker {
     SystemLog& log_;
     const Deliver deliver_;
 
-    std::mutex mutex_; ///< over the next three
+    std::mutex mutex_; ///< guards the next three members
     std::deque<std::string> waiting_;
     std::size_t waitingBytes_ = 0;
     bool isWorking_ = false;
 
-    // Whoever works.
+    // Background thread only.
     std::pair<std::size_t, std::size_t> lastFingerprint_; ///< of base64: its size and hash
     std::optional<Image> lastArtwork_;
 };

@@ -26,9 +26,9 @@ struct TrackPayload {
     std::optional<Image> artwork;
 };
 
-/// Turns the bytes that the helper writes into payloads: lines are cut here, but JSON and pictures
-/// are read in the background, one line after the other. Main thread. Memory is bounded: a line of
-/// more than 16 MiB is dropped, and so are the oldest lines when more than 32 MiB wait.
+/// Turns the helper's output into payloads. Splits lines on the main thread; parses JSON and
+/// pictures in the background, one line after the other. Main thread. Memory is bounded: drops a
+/// line of more than 16 MiB, and the oldest lines when more than 32 MiB are queued.
 class HelperReader {
   public:
     /// `onPayload` runs on the main thread, in the order of the lines.
@@ -36,8 +36,8 @@ class HelperReader {
                  std::function<void(const TrackPayload&)> onPayload);
     ~HelperReader();
 
-    /// Takes bytes that may be cut anywhere; a line may even begin in one helper and end in the
-    /// next.
+    /// Takes bytes that may be split anywhere; a line may even begin in one helper process and end
+    /// in the next.
     void processIncomingData(const std::string& bytes);
 
   private:
@@ -48,7 +48,7 @@ class HelperReader {
     std::function<void(const TrackPayload&)> onPayload_;
     LineFramer framer_;
     Lifetime lifetime_;
-    std::shared_ptr<Worker> worker_; ///< the background's part; outlives this while it works
+    std::shared_ptr<Worker> worker_; ///< background part; outlives this while it works
 };
 
 } // namespace halvo

@@ -16,7 +16,7 @@ namespace {
 
 constexpr std::chrono::milliseconds kTimeout = 5s;
 constexpr MainQueue::Duration kBetweenRequests = 1s;
-/// Many times the longest answer, and parsed well within a frame.
+/// Many times the longest answer, yet parsed in less than a frame.
 constexpr std::size_t kLongestAnswer = 256UL * 1024;
 constexpr std::size_t kTagsInLog = 8;
 

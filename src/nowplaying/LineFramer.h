@@ -7,10 +7,10 @@
 
 namespace halvo {
 
-/// Cuts a stream of bytes into lines, in bounded memory. Any one thread.
+/// Splits a byte stream into lines, in bounded memory. One thread.
 class LineFramer {
   public:
-    /// A line of more than `limit` bytes is dropped, up to its line feed.
+    /// Drops a line of more than `limit` bytes, up to its line feed.
     explicit LineFramer(std::size_t limit) : limit_(limit) {}
 
     /// Calls `onLine` with each line that ends in these bytes, without its line feed, and
@@ -23,7 +23,7 @@ class LineFramer {
     bool keep(std::string_view piece);
 
     std::size_t limit_;
-    std::string dataBuffer_; ///< what does not yet end in a line feed
+    std::string dataBuffer_; ///< the incomplete line
     bool isDropping_ = false;
 };
 

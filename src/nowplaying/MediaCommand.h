@@ -2,7 +2,7 @@
 
 namespace halvo {
 
-/// What a player can be asked to do.
+/// A command for a player.
 enum class MediaCommand { play, pause, togglePlayPause, nextTrack, previousTrack };
 
 } // namespace halvo

@@ -33,7 +33,7 @@ void NowPlayingMonitor::send(MediaCommand command) {
     const auto call = services_.mediaHelper.command(*scriptPath_, *dylibPath_, helperWord(command));
     services_.backgroundQueue.async([services = services_, call, command] {
         const auto status = services.childProcesses.run(call);
-        if (status) return; // by design whatever it answers
+        if (status) return; // by design whatever its exit status
         services.systemLog.write("Halvo: Failed to send command via helper: " + status.error());
         (void)runAppleScript(services.scriptRunner, services.systemLog, commandScript(command));
     });

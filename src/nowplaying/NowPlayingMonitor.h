@@ -26,7 +26,7 @@ class MediaHelper;
 class ScriptRunner;
 class SystemLog;
 
-/// What the monitor asks of the machine.
+/// The monitor's services.
 struct NowPlayingServices {
     MainQueue& mainQueue;
     BackgroundQueue& backgroundQueue;
@@ -39,9 +39,9 @@ struct NowPlayingServices {
     SystemLog& systemLog;
 };
 
-/// Follows which track is playing and passes commands to the player. It listens to a helper
-/// program, which it starts again whenever that ends; where there is none, it asks two players by
-/// script every three seconds. Main thread only.
+/// Follows which track is playing and passes commands to the player. It reads the output of a
+/// helper program and restarts it whenever it ends. Without a helper it asks two players by script
+/// every three seconds. Main thread only.
 class NowPlayingMonitor {
   public:
     /// Starts nothing.
@@ -52,21 +52,20 @@ class NowPlayingMonitor {
     Published<bool> isPlaying{false};
     Published<std::optional<Image>> artworkImage; ///< the current track's cover
 
-    /// Finds the helper's files; both paths stay absent where one is missing.
+    /// Finds the helper's files; both paths stay absent if one is missing.
     void locateHelperFiles();
     const std::optional<std::string>& dylibPath() const { return dylibPath_; }
     const std::optional<std::string>& scriptPath() const { return scriptPath_; }
 
-    /// Launches the helper; without its files nothing happens, and when it cannot be launched the
-    /// players are polled from then on.
+    /// Launches the helper, if its files exist. If that fails, the players are polled from then on.
     void startHelperProcess();
-    /// Ends the helper, and with it all further attempts.
+    /// Ends the helper and cancels restarts.
     void stopHelperProcess();
 
     void startAppleScriptPolling();
     void stopAppleScriptPolling();
 
-    /// Asks the player to do something; returns at once. Failures are logged.
+    /// Sends a command to the player; returns at once. Failures are logged.
     void send(MediaCommand command);
 
   private:
@@ -103,7 +102,7 @@ class NowPlayingMonitor {
     Generation helper_ = 0; ///< counts the helpers that were launched
     /// Helpers that closed their output but have not ended yet.
     std::map<Generation, std::unique_ptr<ChildProcess>> leavingHelpers_;
-    Generation restarts_ = 0; ///< another number: the restarts that are due are off
+    Generation restarts_ = 0; ///< a changed number cancels pending restarts
 
     bool isAppleScriptRunning_ = false;
     std::optional<std::string> lastArtworkURL_;

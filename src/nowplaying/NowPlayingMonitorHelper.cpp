@@ -64,7 +64,7 @@ void NowPlayingMonitor::stopHelperProcess() {
     services_.systemLog.write("Halvo: Helper process terminated");
 }
 
-/// The handlers fall silent with their process, which is dropped before the monitor goes.
+/// The handlers end with their process, which is destroyed before the monitor.
 ChildProcessHandlers NowPlayingMonitor::helperHandlers() {
     return {.onOutput = [this](const std::string& bytes) { reader_.processIncomingData(bytes); },
             .onEndOfOutput = [this, helper = helper_] { helperClosedOutput(helper); },
@@ -73,7 +73,7 @@ ChildProcessHandlers NowPlayingMonitor::helperHandlers() {
 
 void NowPlayingMonitor::helperClosedOutput(Generation helper) {
     if (helper == helper_ && helperProcess_) {
-        leavingHelpers_.insert_or_assign(helper, std::move(helperProcess_)); // its end is to come
+        leavingHelpers_.insert_or_assign(helper, std::move(helperProcess_)); // still to end
     }
     handleHelperTermination(helper);
 }
@@ -86,13 +86,13 @@ void NowPlayingMonitor::helperExited(Generation helper, int status) {
 }
 
 void NowPlayingMonitor::handleHelperTermination(Generation helper) {
-    // One that outlived its output must not take its successor along.
+    // A helper that outlives its output must not end its successor.
     if (helper == helper_) helperProcess_.reset();
     scheduleRestart();
 }
 
-/// The end of the output and that of the process both lead here; whichever is second finds the
-/// helper running again.
+/// Called at the end of the output and at the end of the process; the second call finds the helper
+/// restarted.
 void NowPlayingMonitor::scheduleRestart() {
     services_.mainQueue.after(kRestartDelay,
                               [this, alive = lifetime_.watch(), restart = restarts_] {
@@ -106,7 +106,7 @@ void NowPlayingMonitor::scheduleRestart() {
 void NowPlayingMonitor::handleTrackPayload(const TrackPayload& payload) {
     if (!payload.track) return clearTrack();
     isPlaying.set(payload.isPlaying);
-    if (payload.track == currentTrack.get()) return; // by design the artwork is not looked at
+    if (payload.track == currentTrack.get()) return; // by design artwork is not compared
     announce("Now Playing", *payload.track);
     currentTrack.set(payload.track);
     artworkImage.set(payload.artwork);

@@ -20,7 +20,7 @@ constexpr MainQueue::Duration kPollPeriod = 3s;
 constexpr std::chrono::seconds kArtworkTimeout{60};
 constexpr std::size_t kLargestArtwork = 16UL * 1024 * 1024;
 
-/// Whether a text can be an address at all: characters that an address may hold, and at least one.
+/// Whether a text can be a URL: not empty, with valid characters only.
 bool isAddress(const std::string& text) {
     const auto isAllowed = [](char byte) {
         return byte > ' ' && byte < '\x7F' && !std::string_view("\"<>\\^`{|}").contains(byte);
@@ -39,8 +39,8 @@ void NowPlayingMonitor::stopAppleScriptPolling() {
     pollTimer_.cancel();
 }
 
-/// One delay after the other rather than periodic work, which rests while no sound flows: a player
-/// that pauses is to be seen to pause.
+/// Repeated delays, not periodic work, which pauses without sound: the poll must still see a player
+/// pause.
 void NowPlayingMonitor::schedulePoll() {
     pollTimer_ = services_.mainQueue.afterCancellable(kPollPeriod, [this] {
         schedulePoll();
@@ -54,7 +54,7 @@ void NowPlayingMonitor::fetchViaAppleScript() {
                                      &scripts = services_.scriptRunner,
                                      &log = services_.systemLog] {
         auto answer = querySpotify(scripts, log);
-        if (!answer) answer = queryAppleMusic(scripts, log); // by design even if that one plays
+        if (!answer) answer = queryAppleMusic(scripts, log); // by design even if Music plays
         queue.async([this, alive, answer = std::move(answer)] {
             if (!alive.expired()) applyPoll(answer);
         });
@@ -97,7 +97,7 @@ void NowPlayingMonitor::publishArtwork(const std::string& bytes, const std::stri
         auto image = images.read(bytes, kLongestArtworkSide);
         if (!image) return;
         queue.async([this, alive, url, image = std::move(image)] {
-            // An answer that was overtaken is some other track's.
+            // A late answer belongs to another track.
             if (!alive.expired() && url == lastArtworkURL_) artworkImage.set(image);
         });
     });

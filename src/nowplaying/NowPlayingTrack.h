@@ -5,7 +5,7 @@
 
 namespace halvo {
 
-/// What a player says about the track that it plays. Texts are UTF-8.
+/// The current track, as its player reports it. Texts are UTF-8.
 struct NowPlayingTrack {
     std::string title;
     std::string artist; ///< empty when the source gives none

@@ -27,7 +27,7 @@ std::vector<std::string> split(const std::string& text, const std::string& separ
     return parts;
 }
 
-/// The number that the whole text stands for, with a point in every locale.
+/// Parses the whole text as a number with a decimal point, in any locale.
 std::optional<double> numberOf(const std::string& text) {
     std::istringstream stream(text);
     stream.imbue(std::locale::classic());
@@ -73,7 +73,7 @@ std::optional<PlayerAnswer> querySpotify(ScriptRunner& scripts, SystemLog& log) 
 
 std::optional<PlayerAnswer> queryAppleMusic(ScriptRunner& scripts, SystemLog& log) {
     auto answer = answerOf(runAppleScript(scripts, log, kMusicScript), "com.apple.Music");
-    if (answer) answer->artworkURL.reset(); // only the other one is asked for it
+    if (answer) answer->artworkURL.reset(); // only Spotify's script returns it
     return answer;
 }
 

@@ -10,19 +10,19 @@ namespace halvo {
 class ScriptRunner;
 class SystemLog;
 
-/// What a player answered to its script.
+/// A player's answer to its script.
 struct PlayerAnswer {
     NowPlayingTrack track;
     bool isPlaying = false;
     std::optional<std::string> artworkURL;
 };
 
-/// Runs a script and gives its text. A player that is not there or has no track is no error; any
-/// other failure is logged. Blocks: background threads only, like the two below.
+/// Runs a script and returns its text. A player that does not run or has no track is not an error;
+/// any other failure is logged. Blocks: background threads only, like the two below.
 std::optional<std::string> runAppleScript(ScriptRunner& scripts, SystemLog& log,
                                           const std::string& source);
 
-/// Nothing when the player does not run, is stopped or did not answer as it should.
+/// Nothing when the player does not run, is stopped or gave an unexpected answer.
 std::optional<PlayerAnswer> querySpotify(ScriptRunner& scripts, SystemLog& log);
 std::optional<PlayerAnswer> queryAppleMusic(ScriptRunner& scripts, SystemLog& log);
 

@@ -11,10 +11,10 @@ namespace halvo {
 extern const std::string kSpotifyScript;
 extern const std::string kMusicScript;
 
-/// The script that hands a command to the first player that runs.
+/// The script that sends a command to the first running player.
 std::string commandScript(MediaCommand command);
 
-/// The word by which the helper knows a command.
+/// The helper's word for a command.
 std::string helperWord(MediaCommand command);
 
 } // namespace halvo

@@ -17,14 +17,14 @@ namespace halvo {
 class SystemLog;
 class UserDefaults;
 
-/// What a look-up of a track gives.
+/// The result of a track lookup.
 struct SpotifyTrackInfo {
     std::string trackID;
     std::vector<std::string> genres;
 };
 
 /// The user's account with the streaming service: the tokens of an earlier sign-in, read once.
-/// Nothing signs in, refreshes or looks up yet. Main thread only.
+/// Sign-in, refresh and lookup are not implemented yet. Main thread only.
 class SpotifyClient {
   public:
     using Date = std::chrono::sys_time<std::chrono::duration<double>>;
@@ -39,7 +39,7 @@ class SpotifyClient {
     std::optional<Date> tokenExpiry() const { return tokenExpiry_; }
 
   private:
-    /// Hears the browser's way back from a sign-in.
+    /// Receives the browser's redirect after sign-in.
     struct CallbackServer {
         std::uint16_t port = 0;
         std::function<void(std::expected<std::string, std::string>)> completion;
@@ -51,7 +51,7 @@ class SpotifyClient {
     std::optional<std::string> refreshToken_;
     std::optional<Date> tokenExpiry_;
     std::map<std::string, SpotifyTrackInfo> cache_;
-    std::unique_ptr<CallbackServer> callbackServer_; ///< while somebody signs in
+    std::unique_ptr<CallbackServer> callbackServer_; ///< during a sign-in
 };
 
 } // namespace halvo

@@ -6,17 +6,17 @@
 
 namespace halvo {
 
-/// The tag service's address for an artist's top tags; the artist stays one value of the query.
+/// The tag service's URL for an artist's top tags; the artist is percent-encoded.
 std::string tagServiceAddress(const std::string& artist);
 
-/// Whether this build was given a key to the service.
+/// Whether this build has an API key.
 bool hasTagServiceKey();
 
-/// How Halvo introduces itself to other people's servers.
+/// The User-Agent of Halvo's requests.
 std::string userAgent();
 
-/// The names of the tags with a count above 29 in the service's answer, in its order; nothing when
-/// the answer has another shape.
+/// The names of the tags with a count of at least 30 in the service's answer, in its order; nothing
+/// for an unexpected answer.
 std::optional<std::vector<std::string>> parseTags(const std::string& body);
 
 } // namespace halvo

@@ -8,7 +8,7 @@ namespace halvo {
 
 enum class AlertStyle { informational, critical };
 
-/// Modal messages. Main thread only; a call returns when the person has answered.
+/// Modal messages. Main thread only; a call returns when the user has answered.
 class Alert {
   public:
     virtual ~Alert() = default;

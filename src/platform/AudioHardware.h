@@ -15,8 +15,8 @@ enum class VolumeElement : std::uint8_t { main = 0, left = 1, right = 2 };
 
 /// The audio server's devices and its routing. Main thread only, unless a back end says otherwise.
 ///
-/// Reads answer nothing, and writes false, when the server refuses or is not there. A write that
-/// answered true is seen by the next read. Volumes are linear amplitudes from 0 to 1.
+/// Reads return nothing, and writes false, when the server refuses or is not running. The next read
+/// sees a write that returned true. Volumes are linear amplitudes from 0 to 1.
 class AudioHardware {
   public:
     /// Called on the main thread, never inside one of the calls below.
@@ -34,8 +34,8 @@ class AudioHardware {
 
     virtual std::optional<AudioDeviceID> defaultOutput() = 0;
     virtual bool setDefaultOutput(AudioDeviceID device) = 0;
-    /// The device for alert sounds. Where a server has no such thing, setting it succeeds if the
-    /// device exists.
+    /// The device for alert sounds. On a server without one, setting it succeeds if the device
+    /// exists.
     virtual bool setDefaultSystemOutput(AudioDeviceID device) = 0;
 
     virtual std::optional<float> volume(AudioDeviceID device, VolumeElement element) = 0;
@@ -49,8 +49,8 @@ class AudioHardware {
     virtual bool listenToVolume(AudioDeviceID device, VolumeElement element, Listener listener) = 0;
     virtual bool listenToMute(AudioDeviceID device, Listener listener) = 0;
 
-    /// Once this returns no listener runs again. Called before the system is given back its own
-    /// routing, so that nothing answers the changes that this makes. Any thread.
+    /// Once this returns, no listener runs again. Called before the system's own routing is
+    /// restored, so that nothing reacts to those changes. Any thread.
     virtual void silenceListeners() = 0;
 };
 

@@ -9,8 +9,8 @@ class BackgroundQueue {
   public:
     virtual ~BackgroundQueue() = default;
 
-    /// Runs `work` soon and beside other work: what blocks holds up nothing else, and no order is
-    /// promised. Any thread.
+    /// Runs `work` soon, in parallel with other work and in no particular order: blocking work
+    /// delays nothing else. Any thread.
     virtual void async(std::function<void()> work) = 0;
 };
 

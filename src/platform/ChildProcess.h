@@ -9,7 +9,7 @@
 
 namespace halvo {
 
-/// A program and what it is started with.
+/// A program with its arguments and environment.
 struct Command {
     std::string program;
     std::vector<std::string> arguments;
@@ -17,9 +17,9 @@ struct Command {
     bool operator==(const Command&) const = default;
 };
 
-/// A helper program that was launched. Main thread. Dropping it neither ends the program nor waits:
-/// its handlers fall silent, and the launcher takes up its end, so that no zombie stays. It may be
-/// dropped by one of its own handlers.
+/// A running helper program. Main thread. Destroying it neither ends the program nor waits for it:
+/// the handlers are no longer called, and the launcher reaps the process later. One of its own
+/// handlers may destroy it.
 class ChildProcess {
   public:
     virtual ~ChildProcess() = default;
@@ -29,9 +29,9 @@ class ChildProcess {
     virtual void terminate() = 0;
 };
 
-/// What a helper does, as it is heard on the main thread. May be empty.
+/// Events of a helper, on the main thread. May be empty.
 struct ChildProcessHandlers {
-    /// Some bytes of the program's standard output, cut anywhere.
+    /// Bytes of the program's standard output, split anywhere.
     std::function<void(const std::string& bytes)> onOutput;
     /// The program has closed its standard output; once, after its last bytes.
     std::function<void()> onEndOfOutput;
@@ -44,8 +44,8 @@ class ChildProcessLauncher {
     virtual ~ChildProcessLauncher() = default;
 
     /// Starts a program with its standard output on a pipe and its standard error discarded; an
-    /// error's description when it cannot be launched. The child inherits no blocked signal and no
-    /// descriptor. Main thread.
+    /// error's description when it cannot be launched. The child inherits no blocked signals and no
+    /// descriptors. Main thread.
     virtual std::expected<std::unique_ptr<ChildProcess>, std::string>
     launch(const Command& command, ChildProcessHandlers handlers) = 0;
 

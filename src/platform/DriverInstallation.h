@@ -8,14 +8,14 @@
 
 namespace halvo {
 
-/// How a copy with an administrator's rights ended.
+/// The result of copying with administrator rights.
 struct DriverCopyResult {
     int status = 0;            ///< 0: the driver is in place
-    std::string output;        ///< what the tool said, UTF-8; empty when that was none
-    bool wasDismissed = false; ///< the person did not want to give a password
+    std::string output;        ///< the tool's output, UTF-8; empty when it was not
+    bool wasDismissed = false; ///< the user cancelled the password prompt
 };
 
-/// Where the virtual device's driver lives on this system, and how it gets there. Main thread only.
+/// Where this system keeps the virtual device's driver, and how to install it. Main thread only.
 class DriverInstallation {
   public:
     virtual ~DriverInstallation() = default;
@@ -31,16 +31,15 @@ class DriverInstallation {
 
     /// The name of the tool that asks for the password, for messages.
     virtual std::string copyTool() = 0;
-    /// Asks for an administrator's password and replaces the installed driver by `source`. Waits
-    /// for the person, however long that takes. An error's description when the tool cannot be
-    /// started.
+    /// Asks for an administrator's password and replaces the installed driver with `source`. Waits
+    /// for the user without a limit. An error's description when the tool cannot be started.
     virtual std::expected<DriverCopyResult, std::string>
     copyWithPrivileges(const std::filesystem::path& source) = 0;
-    /// Makes the sound system take the driver that was just copied, where copying did not.
+    /// Makes the sound system load the copied driver, where copying alone does not.
     virtual void takeUp() = 0;
     /// Starts the installed driver for this session where the sound system has not.
     virtual void ensureRunning() = 0;
-    /// Blocks for that long.
+    /// Blocks for `duration`.
     virtual void pause(std::chrono::milliseconds duration) = 0;
 };
 

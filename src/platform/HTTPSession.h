@@ -11,7 +11,7 @@ namespace halvo {
 struct HTTPRequest {
     std::string url;
     std::string userAgent;
-    /// The whole exchange must be over by then, however lively it is.
+    /// Limit for the whole exchange, even while data still arrives.
     std::chrono::milliseconds timeout{0};
     std::size_t maximumBytes = 0; ///< a longer body counts as a failure
 };
@@ -24,7 +24,7 @@ struct HTTPResponse {
 /// Requests over the network. Main thread only; never blocks.
 class HTTPSession {
   public:
-    /// Nothing when there was no answer: refused, timed out, too large, no trust.
+    /// Nothing on failure: refused, timed out, too large, not trusted.
     using Completion = std::function<void(std::optional<HTTPResponse>)>;
 
     virtual ~HTTPSession() = default;

@@ -22,8 +22,8 @@ class ImageReader {
   public:
     virtual ~ImageReader() = default;
 
-    /// The picture in `bytes`, scaled down to at most `longestSide` pixels; nothing when it is no
-    /// picture that this machine can read, or one whose own size is beyond reason.
+    /// The picture in `bytes`, scaled down to at most `longestSide` pixels; nothing when it is not
+    /// a readable picture or its original size is unreasonably large.
     virtual std::optional<Image> read(const std::string& bytes, int longestSide) = 0;
 };
 

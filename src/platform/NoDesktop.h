@@ -6,7 +6,7 @@
 
 namespace halvo {
 
-/// The status item of a session without a screen: there is none.
+/// The status item of a session without a screen: does nothing.
 class NoStatusItem final : public StatusItem {
   public:
     void show(double /*length*/, Draw /*draw*/, std::function<void()> /*action*/) override {}
@@ -15,7 +15,7 @@ class NoStatusItem final : public StatusItem {
     void setNeedsDisplay() override {}
 };
 
-/// The panel of a session without a screen: nobody can open it.
+/// The panel of a session without a screen: never opens.
 class NoPanelWindow final : public PanelWindow {
   public:
     void setContent(const PopoverServices& /*services*/, PanelEvents /*events*/) override {}
@@ -33,7 +33,7 @@ class NoPanelWindow final : public PanelWindow {
     }
 };
 
-/// Where no other program asks.
+/// For systems on which no other program can ask.
 class NoStatusPublisher final : public StatusPublisher {
   public:
     void setActivePreset(const std::string& /*name*/) override {}

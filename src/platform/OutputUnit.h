@@ -64,7 +64,7 @@ class OutputUnitFactory {
   public:
     virtual ~OutputUnitFactory() = default;
 
-    /// A new, stopped unit, or null when the system has none to give. Main thread.
+    /// A new, stopped unit, or null when the system has none. Main thread.
     virtual std::unique_ptr<OutputUnit> makeOutputUnit() = 0;
 };
 

@@ -16,10 +16,10 @@ class PresetManager;
 class SpectrumData;
 
 enum class PanelMove { immediate, animated };
-/// Hanging from the status item, or a window of its own on a desktop without items.
+/// Attached to the status item, or a separate window on a desktop without a tray.
 enum class PanelStyle { hanging, window };
 
-/// What the popover shows and changes. All of it outlives the content.
+/// The services behind the popover. All of them outlive it.
 struct PopoverServices {
     DeviceManager& deviceManager;
     PresetManager& presetManager;
@@ -54,15 +54,15 @@ class PanelWindow {
     virtual void orderFront(PanelStyle style) = 0;
     virtual void orderOut() = 0;
     virtual ScreenRect frame() const = 0;
-    /// As `window` the place is the desktop's business, and only the size counts.
+    /// As a `window`, only the size counts: the desktop chooses the place.
     virtual void setFrame(const ScreenRect& frame, PanelMove move) = 0;
-    /// Calls `pressed` with the place of every left or right press but those in the window's own
-    /// menus, whoever gets it, or without a place when the window lost the keyboard to another
-    /// program. The press is not taken from its receiver.
+    /// Calls `pressed` with the place of every left or right press on the screen, except in the
+    /// window's own menus, or without a place when the window lost the keyboard focus to another
+    /// program. Other programs still receive the press.
     virtual Subscription
     monitorOutsidePresses(std::function<void(std::optional<ScreenPoint> place)> pressed) = 0;
-    /// Whether the last press that a monitor heard goes on, or ended so lately that a desktop may
-    /// still report it as a click. False where ends of presses are not heard.
+    /// Whether the last press seen by a monitor is still down, or was released so recently that a
+    /// desktop may still report it as a click. False where releases are not seen.
     virtual bool isPressUnderWay() const { return false; }
 };
 

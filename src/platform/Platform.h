@@ -27,8 +27,8 @@ class UnicodeText;
 class StatusItem;
 class PanelWindow;
 
-/// Everything that the system asks of the machine, in one bundle. Each service lives as long as
-/// the bundle's owner and outlives the application delegate.
+/// All services that Halvo needs from the system. They live as long as the bundle's owner and
+/// outlive the application delegate.
 struct Platform {
     AudioHardware& audioHardware;
     OutputUnitFactory& outputUnits;

@@ -4,19 +4,19 @@
 
 namespace halvo {
 
-/// The machine that the program runs on: owns every service of the bundle and the main loop.
-/// Main thread only.
+/// The system that the program runs on: owns the services of the bundle and the main loop. Main
+/// thread only.
 class PlatformHost {
   public:
     virtual ~PlatformHost() = default;
     virtual Platform platform() = 0;
-    /// Runs the main loop until somebody asks the program to end; returns the exit status.
+    /// Runs the main loop until the program is asked to quit; returns the exit status.
     virtual int run() = 0;
 };
 
-/// Why a system cannot host the program.
+/// Why the program cannot run.
 enum class PlatformRefusal {
-    alreadyRunning, ///< another instance runs and was asked to show itself
+    alreadyRunning, ///< another instance runs and was asked to open its panel
     noSoundSystem,  ///< the sound system's own library cannot be used
 };
 

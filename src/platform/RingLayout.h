@@ -5,11 +5,11 @@
 
 namespace halvo {
 
-/// The name of the shared-memory object through which the virtual device hands over its sound.
+/// The name of the shared-memory object with the virtual device's sound.
 constexpr const char* kRingName = "/halvo_audio_ring";
 
-/// The start of the shared object, little-endian; interleaved 32-bit float samples follow it.
-/// Frame f stands at float index (f mod capacity) × channels. Both indices only ever grow.
+/// The start of the shared object, little-endian; interleaved 32-bit float samples follow it. Frame
+/// f stands at float index (f mod capacity) × channels. Both indices only grow.
 struct RingHeader {
     std::uint64_t writeIndex;    ///< frames ever written; the driver's
     std::uint64_t readIndex;     ///< frames ever consumed; the reader's
@@ -31,9 +31,9 @@ static_assert(offsetof(RingHeader, driverReserve) == 32);
 
 constexpr std::size_t kRingHeaderSize = sizeof(RingHeader);
 
-/// A word of the header that two processes share. The compiler's atomics, because the words lie in
-/// a fixed binary layout: acquire pairs with release so that samples arrive before their index.
-/// Any thread, real-time safe.
+/// A word of the header that two processes share. Compiler atomics, because the binary layout is
+/// fixed; acquire pairs with release, so the samples are visible before their index. Any thread,
+/// real-time safe.
 template <typename Word> Word loadShared(const Word& word) noexcept {
     static_assert(__atomic_always_lock_free(sizeof(Word), nullptr));
     return __atomic_load_n(&word, __ATOMIC_ACQUIRE);

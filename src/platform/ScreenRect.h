@@ -30,7 +30,7 @@ struct ScreenRect {
     bool operator==(const ScreenRect&) const = default;
 };
 
-/// A screen, and the part of it that docks and bars leave free.
+/// A screen, and the part of it outside docks and bars.
 struct ScreenArea {
     ScreenRect whole;
     ScreenRect work;

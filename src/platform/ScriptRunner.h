@@ -17,8 +17,7 @@ class ScriptRunner {
   public:
     virtual ~ScriptRunner() = default;
 
-    /// The script's result as text, nothing when it has none. A script that cannot be understood
-    /// at all has no result either.
+    /// The script's result as text; nothing when it has none or cannot be parsed.
     virtual std::expected<std::optional<std::string>, ScriptError>
     run(const std::string& source) = 0;
 };

@@ -23,11 +23,11 @@ class SharedMemory {
     virtual void unmap(void* memory, std::int64_t size) = 0;
     virtual void close(std::int32_t descriptor) = 0;
 
-    /// Whether `descriptor`, mapped with `size` bytes at `memory`, is still the object that the
-    /// name stands for, at that size, and was not lost by shrinking.
+    /// Whether `descriptor`, mapped with `size` bytes at `memory`, is still the object of that
+    /// name, at that size, and has not shrunk.
     virtual bool isCurrent(const char* name, std::int32_t descriptor, const void* memory,
                            std::int64_t size) = 0;
-    /// Calls `changed` on the main thread whenever the object of that name appears, goes, is
+    /// Calls `changed` on the main thread whenever the object of that name appears, disappears, is
     /// resized or is marked as changed by its owner.
     virtual Subscription watch(const char* name, std::function<void()> changed) = 0;
 };

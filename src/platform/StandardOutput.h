@@ -4,7 +4,7 @@
 
 namespace halvo {
 
-/// The process's standard output; each line is out when the call returns. Main thread.
+/// The process's standard output; each line is flushed when the call returns. Main thread.
 class StandardOutput {
   public:
     virtual ~StandardOutput() = default;

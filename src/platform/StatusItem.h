@@ -11,20 +11,20 @@ namespace halvo {
 /// The program's item in the menu bar or tray. Main thread only.
 class StatusItem {
   public:
-    /// Answers the picture for an item of that size.
+    /// Returns the picture for an item of that size.
     using Draw = std::function<StatusPicture(ScreenSize size)>;
 
     virtual ~StatusItem() = default;
 
-    /// Shows the item, `length` points wide. `draw` is asked when somebody can see the item and it
-    /// needs display; `action` runs when it is clicked, and once by itself on a desktop that has no
-    /// place for items.
+    /// Shows the item, `length` points wide. `draw` is called when the item is visible and needs
+    /// display; `action` runs when it is clicked, and once without a click on a desktop that has no
+    /// tray.
     virtual void show(double length, Draw draw, std::function<void()> action) = 0;
-    /// Takes the item away; neither function is called any more.
+    /// Removes the item; neither function is called any more.
     virtual void hide() = 0;
-    /// Where the item is, as far as the desktop tells; nothing where there is no item.
+    /// Where the item is, as far as the desktop reports it; nothing without an item.
     virtual std::optional<ScreenRect> frame() const = 0;
-    /// Asks for the picture to be drawn again, in a later turn of the main loop.
+    /// Requests a redraw in a later iteration of the main loop.
     virtual void setNeedsDisplay() = 0;
 };
 

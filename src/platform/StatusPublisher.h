@@ -5,8 +5,8 @@
 
 namespace halvo {
 
-/// What other programs may ask about the running one, where the system has a place for it.
-/// Main thread only.
+/// The status that other programs can query, on systems that have an interface for it. Main thread
+/// only.
 class StatusPublisher {
   public:
     virtual ~StatusPublisher() = default;

@@ -4,7 +4,7 @@
 
 namespace halvo {
 
-/// The system's log. The text is an argument, never a format. Any thread but the render thread.
+/// The system's log. The text is never interpreted as a format. Any thread but the render thread.
 class SystemLog {
   public:
     virtual ~SystemLog() = default;

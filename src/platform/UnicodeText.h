@@ -4,14 +4,14 @@
 
 namespace halvo {
 
-/// What only the system's tables know about text. All texts are UTF-8. Any thread.
+/// Text functions that need Unicode tables. All texts are UTF-8. Any thread.
 class UnicodeText {
   public:
     virtual ~UnicodeText() = default;
 
     /// The text in lower case by the full mapping, whatever the locale; not composed.
     virtual std::string lowerCased(const std::string& text) const = 0;
-    /// The composed canonical form: texts that are equal to a reader become equal bytes.
+    /// Normalization form C: canonically equivalent texts become equal bytes.
     virtual std::string composed(const std::string& text) const = 0;
 };
 

@@ -2,7 +2,7 @@
 
 namespace halvo {
 
-/// How the virtual output device is known to the sound system, whoever makes it or looks for it.
+/// The virtual output device's identity in the sound system, shared by driver and application.
 constexpr const char* kVirtualDeviceUID = "HalvoVirtualOutput_UID";
 constexpr const char* kVirtualDeviceName = "Halvo Virtual Output";
 

@@ -11,7 +11,7 @@ struct FactoryPreset {
     std::array<float, 10> bands; // dB, lowest band first
 };
 
-// The uneven values are the intended curves. The names are what genres map to.
+// The uneven values are intended. Genres map to these names.
 constexpr std::array<FactoryPreset, 23> kFactoryPresets = {{
     {"R&B", {5.24F, 13.84F, 11.3F, 2.66F, -4.38F, -3, 4.64F, 5.3F, 6, 7.5F}},
     {"Hip-Hop", {10, 8.5F, 3, 6, -2, -2, 3, -1, 4, 6}},

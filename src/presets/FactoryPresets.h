@@ -6,7 +6,7 @@
 
 namespace halvo {
 
-/// The 23 curves that Halvo comes with, in their order, each time with new ids.
+/// Halvo's 23 factory presets in their order, with new ids on each call.
 std::vector<EQPreset> defaultPresets();
 
 } // namespace halvo

@@ -22,7 +22,7 @@ constexpr const char* kOutputVolumeKey = "halvo_outputVolume";
 PresetManager::PresetManager(FileSystem& files, UserDefaults& defaults, SystemLog& log)
     : files_(files), defaults_(defaults), log_(log) {
     const auto support = files_.applicationSupportDirectory();
-    if (!support) std::abort(); // there is no other place for what people make
+    if (!support) std::abort(); // no other place for the user's presets
     const auto folder = *support / "Halvo";
     (void)files_.createDirectory(folder); // later writes then fail silently, by design
     storageURL_ = folder / "presets.json";
@@ -74,7 +74,7 @@ void PresetManager::setOutputVolume(float volume) {
 }
 
 void PresetManager::activate(const EQPreset& preset) {
-    // The id first: a new preamp is written into the preset that is active.
+    // The id first: subscribers write a new preamp into the active preset.
     const float presetPreamp = preset.preamp;
     activePresetID.set(preset.id);
     preamp.set(presetPreamp);
@@ -119,7 +119,7 @@ EQPreset PresetManager::duplicatePreset(const EQPreset& preset) {
 
 void PresetManager::deletePreset(const EQPreset& preset) {
     if (preset.isFactory) return;
-    const UUID id = preset.id; // the argument may lie in the list
+    const UUID id = preset.id; // the argument may be an element of the list
     presets.modify([&](auto& list) { std::erase_if(list, [&](auto& p) { return p.id == id; }); });
     if (activePresetID.get() == id) {
         const auto& list = presets.get();

@@ -18,8 +18,8 @@ class UserDefaults;
 
 /// The list of presets and the live state of the equalizer. Main thread only.
 ///
-/// The list is kept in "presets.json"; of the rest only the output volume survives the process.
-/// Names are taken as they are: they may be empty and need not be unique.
+/// The list is saved in "presets.json"; of the rest only the output volume is saved. Names may be
+/// empty and need not be unique.
 class PresetManager {
   public:
     /// Loads the list. An absent or unreadable file gives the factory presets; one that cannot be
@@ -34,7 +34,7 @@ class PresetManager {
     Published<bool> eqEnabled{true};
     Published<std::map<std::string, UUID>> deviceBindings; ///< device UID to preset
 
-    /// Publishes the volume and keeps it for the next start. Not clamped.
+    /// Publishes the volume and saves it for the next start. Not clamped.
     void setOutputVolume(float volume);
 
     /// Appends the factory presets whose names are missing, and saves if there were any.
@@ -48,19 +48,19 @@ class PresetManager {
     std::optional<EQPreset> activePreset() const;
 
     void renamePreset(const EQPreset& preset, const std::string& name);
-    /// Inserts a custom copy behind its source (at the end if that is gone) and returns it.
+    /// Inserts a custom copy after its source (at the end if that no longer exists) and returns it.
     EQPreset duplicatePreset(const EQPreset& preset);
     /// Removes a preset and its bindings. Factory presets stay. If it was active, the first of the
     /// remaining ones becomes active.
     void deletePreset(const EQPreset& preset);
     /// Appends a flat preset and returns it.
     EQPreset createCustomPreset(const std::string& name);
-    /// Takes the preset out and puts it back at index `to` of the shortened list.
+    /// Moves the preset; `to` is its index in the list without it.
     void movePreset(std::size_t from, std::size_t to);
 
     /// The active preset's gain of a band in dB; 0 where there is none.
     float bandGain(std::size_t band) const;
-    /// Changes the active preset's gain of a band. By design not saved until the list is.
+    /// Changes the active preset's gain of a band. By design saved only with the list.
     void setBandGain(std::size_t band, float gain);
     /// Binds the active preset to the device, or unbinds it if it is bound already.
     void toggleBinding(const std::string& deviceUID);

@@ -87,7 +87,7 @@ void AppSettings::setAccentColorHex(const std::string& hex) {
 }
 
 std::optional<Color> AppSettings::accentColor() const {
-    // "native" is no colour text, so it gives nothing too.
+    // "native" does not parse as a colour, so it gives nothing too.
     return Color::parse(accentColorHex.get());
 }
 
@@ -97,7 +97,7 @@ void AppSettings::addCustomColor(const std::string& hex, const std::string& name
 }
 
 void AppSettings::removeCustomColor(const UUID& id) {
-    const UUID removed = id; // the argument may lie in the list
+    const UUID removed = id; // the argument may be an element of the list
     customColors.modify([&](auto& colors) {
         std::erase_if(colors, [&](const auto& color) { return color.id == removed; });
     });
@@ -121,7 +121,7 @@ void AppSettings::saveCustomColors() {
 }
 
 bool AppSettings::isKnownAccent(const std::string& hex) const {
-    // The stored text decides: the same colour in other digits is another one.
+    // Compares texts: the same colour written differently counts as another one.
     return std::ranges::any_of(factoryColors,
                                [&](const auto& color) { return hex == color.hex; }) ||
            std::ranges::any_of(customColors.get(),

@@ -14,11 +14,10 @@ namespace halvo {
 
 class UserDefaults;
 
-/// How Halvo looks: kept in the user defaults and written back the moment it changes.
-/// Main thread only.
+/// Display settings, loaded from the user defaults and saved on each change. Main thread only.
 class AppSettings {
   public:
-    /// The accent text that stands for the system's own accent colour.
+    /// The accent value that means the system's accent colour.
     static constexpr const char* kNativeAccent = "native";
 
     struct FactoryColor {
@@ -35,31 +34,32 @@ class AppSettings {
         {"Teal", "#5AC8FA"},
     }};
 
-    /// Loads everything; what is missing or cannot be read has its default.
+    /// Loads all settings; missing or unreadable ones keep their defaults.
     explicit AppSettings(UserDefaults& defaults);
 
     Published<bool> showNowPlaying{true};
     Published<std::string> accentColorHex{kNativeAccent};
     Published<bool> showMenubarWaveform{true};
     Published<std::vector<SavedColor>> customColors;
-    /// Whether somebody has read that artists' names go to the tag service.
+    /// Whether the user has read the notice that artists' names are sent to the tag service.
     Published<bool> tagNoticeRead{false};
 
-    // Each publishes and then writes.
+    // Each publishes and then saves.
     void setShowNowPlaying(bool show);
     void setShowMenubarWaveform(bool show);
     void setTagNoticeRead(bool read);
-    /// Any text is stored; one that is no colour draws in the system's accent colour.
+    /// Stores any text; one that is not a colour stands for the system's accent colour.
     void setAccentColorHex(const std::string& hex);
 
-    /// The accent to draw with; nothing stands for the system's accent colour.
+    /// The accent to draw with; nothing means the system's accent colour.
     std::optional<Color> accentColor() const;
 
-    /// Appends a colour as it is; the accent stays.
+    /// Appends a colour; the accent does not change.
     void addCustomColor(const std::string& hex, const std::string& name);
-    /// Removes a colour; an accent that no colour carries any more becomes the system's.
+    /// Removes a colour; if no remaining colour has the accent's text, the accent becomes the
+    /// system's.
     void removeCustomColor(const UUID& id);
-    /// Takes the colour out and puts it back at index `to` of the shortened list.
+    /// Moves the colour; `to` is its index in the list without it.
     void moveCustomColor(std::size_t from, std::size_t to);
 
   private:

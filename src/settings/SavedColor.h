@@ -6,7 +6,7 @@
 
 namespace halvo {
 
-/// A colour that somebody added.
+/// A custom accent colour.
 struct SavedColor {
     UUID id = UUID::random();
     std::string hex; ///< as entered, normally "#" and six hexadecimal digits

@@ -33,7 +33,7 @@ QBrush Artwork::ground(QSize pixels) const {
     }
     const QImage scaled =
         image_.scaled(pixels, Qt::KeepAspectRatioByExpanding, Qt::SmoothTransformation);
-    // Set off by half of what hangs over: the middle of the cover is shown.
+    // Centred: the middle of the cover is shown.
     QBrush cover(scaled);
     cover.setTransform(QTransform::fromTranslate((pixels.width() - scaled.width()) / 2.0,
                                                  (pixels.height() - scaled.height()) / 2.0));

@@ -10,7 +10,7 @@
 
 namespace halvo {
 
-/// A cover: fills its square, with rounded corners. Without an image it is a ground in the accent
+/// A cover: fills its square, with rounded corners. Without an image it is filled with the accent
 /// colour.
 class Artwork : public halvo::ImageItem { // in full: Qt 6.4 reads the text
     Q_OBJECT

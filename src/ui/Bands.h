@@ -21,8 +21,8 @@ struct BandRow {
     bool operator==(const BandRow&) const = default;
 };
 
-/// The ten bands: caption, gain in the active preset, and the level that is heard now. Levels are
-/// followed only while somebody sees them.
+/// The ten bands: caption, gain in the active preset, and current level. Levels are updated only
+/// while they are visible.
 class Bands : public RowsModel<BandRow> {
     Q_OBJECT
     QML_ELEMENT

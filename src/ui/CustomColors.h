@@ -11,7 +11,7 @@ namespace halvo {
 
 class AppSettings;
 
-/// The colours that the person added, in their order, named by the text of their UUID.
+/// The custom colours in their order, identified by the text of their UUID.
 class CustomColors : public RowsModel<SavedColor> {
     Q_OBJECT
     QML_ELEMENT
@@ -24,7 +24,7 @@ class CustomColors : public RowsModel<SavedColor> {
     QHash<int, QByteArray> roleNames() const override;
 
     Q_INVOKABLE void remove(const QString& id);
-    /// Puts the dragged colour where the target stands now.
+    /// Moves the dragged colour to the target's place.
     Q_INVOKABLE void moveOnto(const QString& draggedID, const QString& targetID);
 
   private:

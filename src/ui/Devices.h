@@ -12,7 +12,7 @@ namespace halvo {
 
 class DeviceManager;
 
-/// The outputs that the picker offers, and which of them is chosen.
+/// The outputs in the picker, and the selected one.
 struct DeviceRow {
     std::string id; ///< the UID
     std::string name;

@@ -9,7 +9,7 @@ class QQuickItem;
 
 namespace halvo {
 
-/// The display rules for the views: stateless.
+/// The display rules, for QML. Stateless.
 class Display : public QObject {
     Q_OBJECT
     QML_ELEMENT
@@ -19,11 +19,11 @@ class Display : public QObject {
     using QObject::QObject;
 
     Q_INVOKABLE static bool isLight(const QColor& color);
-    /// Six digits; empty for a colour that is none.
+    /// Six digits; empty for an invalid colour.
     Q_INVOKABLE static QString hexDigits(const QColor& color);
     Q_INVOKABLE static QString gainText(float gain);
     Q_INVOKABLE static float gainAt(float y, float height, float maxGain);
-    /// Tells screen readers that the item is the one in hand, where the keyboard stays elsewhere.
+    /// Tells screen readers that the item is current, although the keyboard focus is elsewhere.
     Q_INVOKABLE static void announceFocus(QQuickItem* item);
 };
 

@@ -28,7 +28,7 @@ std::string hexFromTypedText(const std::string& text) {
 
 std::string gainText(float gain) {
     if (!std::isfinite(gain)) return "+0.0";
-    // Ten times a float is exact as a double; halves go to the even tenth.
+    // Ten times a float is exact as a double; ties round to even.
     const double tenths = std::nearbyint(static_cast<double>(std::clamp(gain, -1e6F, 1e6F)) * 10.0);
     const auto magnitude = static_cast<long>(std::fabs(tenths));
     return (std::signbit(gain) ? "-" : "+") + std::to_string(magnitude / 10) + "." +

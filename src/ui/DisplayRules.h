@@ -14,7 +14,7 @@ bool isLight(const Color& color);
 /// Six digits in upper case without "#"; each component is truncated.
 std::string hexDigits(const Color& color);
 
-/// The typed text with exactly one "#", in front, wherever there were any; digits keep their case.
+/// The typed text with exactly one "#", at the front; digits keep their case.
 std::string hexFromTypedText(const std::string& text);
 
 /// Decibels with sign and one decimal: "+0.0", "-3.5".

@@ -17,9 +17,9 @@ class ImageItem : public QQuickItem {
   protected:
     /// The picture for a place of this many pixels; null shows nothing.
     virtual QImage picture(QSize pixels, qreal pixelRatio) = 0;
-    /// Where in the item it stands, in points.
+    /// Its place in the item, in points.
     virtual QRectF place(qreal pixelRatio) const;
-    /// What the picture shows has changed.
+    /// Call when the picture's content has changed.
     void redraw();
 
     QSGNode* updatePaintNode(QSGNode* old, UpdatePaintNodeData* data) override;

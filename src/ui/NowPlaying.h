@@ -45,7 +45,8 @@ class NowPlaying : public QObject {
 
     bool automatic() const;
     void setAutomatic(bool automatic);
-    /// Whether to say where artists' names go: the automatic mode is on and nobody has read it yet.
+    /// Whether to show the notice that artists' names are sent: automatic mode is on and the notice
+    /// is unread.
     bool noticeDue() const;
     Q_INVOKABLE void dismissNotice();
     bool lookingUp() const;

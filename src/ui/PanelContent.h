@@ -19,19 +19,19 @@ namespace halvo {
 
 class MainQueue;
 
-/// What the content needs of the desktop that shows it. The queue outlives the content.
+/// What the content needs from the desktop. The queue outlives the content.
 struct PanelHost {
     MainQueue& mainQueue;
     VolumeTaper volumeTaper = VolumeTaper::identity;
     std::function<void()> quit; ///< the application's own shutdown path
 };
 
-/// The popover's content: view models over the services and the views in a window of the caller's.
-/// Main thread only.
+/// The popover's content: view models over the services, and the views in the caller's window. Main
+/// thread only.
 ///
 /// The views fill the window from its top left corner, 320 points wide, with rounded corners of 10
-/// points on a clear background: the window is to be transparent where the desktop can do that.
-/// Menus and the list of outputs are windows of their own (`Qt::Popup`), children of that window.
+/// points on a clear background; the window should be transparent where the desktop supports it.
+/// Menus and the list of outputs are popup windows (`Qt::Popup`), children of that window.
 class PanelContent final : public QObject {
     Q_OBJECT
 
@@ -39,13 +39,13 @@ class PanelContent final : public QObject {
     PanelContent(const PopoverServices& services, PanelHost host);
     ~PanelContent() override;
 
-    /// Settles the software renderer; before the first window of the process.
+    /// Selects the software renderer; call before the process's first window.
     static void prepareRenderer();
 
-    /// Makes the views inside `window`, which outlives them. Once.
+    /// Creates the views inside `window`, which outlives them. Once.
     void attach(QQuickWindow& window);
 
-    /// The size of the content now, laid out anew if that is due; also before `attach`.
+    /// The content's current size, after a pending layout; also before `attach`.
     QSize fittingSize() const;
 
     /// Whether the fitting size is on its way to another by itself, step by step.
@@ -56,12 +56,12 @@ class PanelContent final : public QObject {
     /// Tells whether anybody can see the panel: while nobody can, the spectrum is not followed.
     void setShown(bool shown);
 
-    /// Square corners and no border of its own, for a window in a frame of the desktop's.
+    /// Square corners and no border, for a window with a frame of the desktop's.
     void setFramed(bool framed);
 
     void setSystemAppearance(const SystemAppearance& appearance);
 
-    /// Whether a place on the screen lies in an open menu: a press there is none outside the panel.
+    /// Whether a place on the screen is in an open menu, which does not count as outside the panel.
     bool menuContains(QPoint globalPosition) const;
     /// Closes open menus; true when there were any.
     bool closeMenus();
@@ -70,11 +70,11 @@ class PanelContent final : public QObject {
     QQmlEngine& engine();
 
   Q_SIGNALS:
-    /// `fittingSize` has changed; comes at the next turn of the main queue, before the next frame.
+    /// `fittingSize` has changed; called later on the main queue, before the next frame.
     void sizeChanged();
-    /// The person pressed Escape with no menu open.
+    /// Escape was pressed with no menu open.
     void closeRequested();
-    /// The person asked for the settings window (Ctrl+,).
+    /// The settings window was requested (Ctrl+,).
     void settingsWindowRequested();
 
   private Q_SLOTS:

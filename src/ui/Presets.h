@@ -24,8 +24,8 @@ struct PresetRow {
     bool operator==(const PresetRow&) const = default;
 };
 
-/// The presets in list order, what can be done with each, and whether the active one is bound to
-/// the selected output. Presets are named by the text of their UUID.
+/// The presets in list order, their operations, and whether the active one is bound to the selected
+/// output. Presets are identified by the text of their UUID.
 class Presets : public RowsModel<PresetRow> {
     Q_OBJECT
     QML_ELEMENT
@@ -42,13 +42,13 @@ class Presets : public RowsModel<PresetRow> {
     bool bound() const;
     Q_INVOKABLE void toggleBinding();
 
-    /// A choice by hand: ends the automatic mode.
+    /// A choice by the user: ends automatic mode.
     Q_INVOKABLE void activate(const QString& id);
     Q_INVOKABLE void duplicate(const QString& id);
     Q_INVOKABLE void rename(const QString& id, const QString& name);
     Q_INVOKABLE void remove(const QString& id);
     Q_INVOKABLE void create();
-    /// Puts the dragged preset where the target stands now.
+    /// Moves the dragged preset to the target's place.
     Q_INVOKABLE void moveOnto(const QString& draggedID, const QString& targetID);
 
   Q_SIGNALS:

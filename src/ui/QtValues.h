@@ -11,7 +11,7 @@
 
 namespace halvo {
 
-// Between the core's values and the toolkit's.
+// Conversions between the core's values and Qt's.
 
 inline QString toQt(const std::string& text) {
     return QString::fromStdString(text);
@@ -30,7 +30,7 @@ inline std::optional<UUID> toUUID(const QString& text) {
     return UUID::parse(text.toStdString());
 }
 
-/// In sRGB, without a loss: the toolkit keeps 16 bits a component. Nothing for an invalid colour.
+/// In sRGB; lossless, because Qt keeps 16 bits per component. Nothing for an invalid colour.
 inline std::optional<Color> fromQt(const QColor& color) {
     if (!color.isValid()) return std::nullopt;
     const QRgba64 parts = color.toRgb().rgba64();

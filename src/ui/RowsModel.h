@@ -9,9 +9,9 @@
 
 namespace halvo {
 
-/// A list for views that is told whole lists and passes on only what changed: rows that came, went,
-/// moved or look different. So the views' delegates live through a reordering. `Row` has an `id`
-/// and an equality. Main thread only.
+/// A list model that is given whole lists and notifies only the differences: rows inserted,
+/// removed, moved or changed. So delegates survive a reordering. `Row` has an `id` and an equality.
+/// Main thread only.
 template <typename Row> class RowsModel : public QAbstractListModel {
   public:
     using QAbstractListModel::QAbstractListModel;
@@ -42,7 +42,7 @@ template <typename Row> class RowsModel : public QAbstractListModel {
         }
     }
 
-    /// Brings the row to its place; what stands before it is settled already.
+    /// Moves the row to its place; the rows before it are final.
     void settle(std::size_t place, const Row& wanted) {
         const auto found = find(rows_, wanted, place);
         const int target = static_cast<int>(place);

@@ -8,7 +8,7 @@ namespace halvo {
 
 namespace {
 
-/// Where the desktop has no accent of its own.
+/// For desktops without an accent colour.
 constexpr Color kLightBlue{0x00 / 255.0, 0x7A / 255.0, 0xFF / 255.0};
 constexpr Color kDarkBlue{0x0A / 255.0, 0x84 / 255.0, 0xFF / 255.0};
 

@@ -16,7 +16,7 @@ namespace halvo {
 
 class AppSettings;
 
-/// How the panel looks, and what the settings panel changes about it.
+/// The display settings, for the panel.
 class Settings : public QObject {
     Q_OBJECT
     QML_ELEMENT
@@ -44,15 +44,15 @@ class Settings : public QObject {
     /// The colour to draw with.
     QColor accent() const;
     bool dark() const { return appearance_.dark; }
-    /// Whether the desktop itself fills the panel.
+    /// Whether the desktop draws the panel's background.
     bool hasPanelMaterial() const { return appearance_.hasPanelMaterial; }
-    /// The factory colours but the system's own, each with `name` and `hex`.
+    /// The factory colours except the system's own, each with `name` and `hex`.
     static QVariantList palette();
     CustomColors* customColors() { return &customColors_; }
 
     void setSystemAppearance(const SystemAppearance& appearance);
 
-    /// Adds the typed colour and makes it the accent; false when it is none.
+    /// Adds the typed colour and makes it the accent; false when it is invalid.
     Q_INVOKABLE bool addColor(const QString& typed);
 
   Q_SIGNALS:

@@ -9,19 +9,19 @@ class QQuickView;
 
 namespace halvo {
 
-/// The window with the four tabs, 480 by 360 points. Made when it is first shown; closing it does
-/// not end the program. Main thread only.
+/// The settings window with four tabs, 480 by 360 points. Created when first shown; closing it does
+/// not quit the program. Main thread only.
 class SettingsWindow final : public QObject {
     Q_OBJECT
 
   public:
-    /// The engine is the panel's own; it outlives this.
+    /// Shares the panel's engine, which outlives this.
     explicit SettingsWindow(QQmlEngine& engine);
     ~SettingsWindow() override;
 
     /// Opens the window on the first tab, or brings an open one to the front.
     void show();
-    /// The window once it was shown, for pictures and tests; null before.
+    /// For pictures and tests; null until first shown.
     QQuickView* window() const { return window_.get(); }
 
   private Q_SLOTS:

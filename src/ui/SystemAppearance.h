@@ -6,11 +6,11 @@
 
 namespace halvo {
 
-/// What the desktop says about the look of programs.
+/// The desktop's appearance settings.
 struct SystemAppearance {
     bool dark = false;
-    bool hasPanelMaterial = false; ///< the desktop fills the panel's window; Halvo leaves it clear
-    std::optional<Color> accent;   ///< nothing: the desktop has none, Halvo's blue is used
+    bool hasPanelMaterial = false; ///< the desktop draws the panel's background
+    std::optional<Color> accent;   ///< nothing: no accent; Halvo uses its own blue
 };
 
 } // namespace halvo

@@ -11,8 +11,8 @@ float clamped(float value) {
     return std::isnan(value) ? 0.0F : std::clamp(value, 0.0F, 1.0F);
 }
 
-/// Rounded to four decimals, and never below them in the hundredfold either: a position that was
-/// set as a whole percentage would read one lower.
+/// Rounded to four decimals, and up where the truncated percentage would otherwise be one lower
+/// than the one that was set.
 float cubeRootPosition(float volume) {
     const float steps = std::round(std::cbrt(clamped(volume)) * 10000.0F);
     const float position = steps / 10000.0F;

@@ -2,7 +2,7 @@ pragma ComponentBehavior: Bound
 import QtQuick
 import Halvo
 
-// The system's own accent, the palette and the person's colours; as many lines as they need.
+// The system's accent, the palette and the custom colours, in as many rows as needed.
 Flow {
     id: root
 

@@ -1,7 +1,7 @@
 import QtQuick
 import Halvo
 
-// Shows the genre that the automatic mode found; nothing to press.
+// Shows the genre that automatic mode chose; not a button.
 PillBody {
     Accessible.name: qsTr("%1, chosen by genre").arg(name)
     Accessible.role: Accessible.StaticText

@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Templates as T
 import Halvo
 
-// One band: its gain on a vertical track over the level that is heard there.
+// One band: its gain on a vertical track, over its current level.
 T.Slider {
     id: root
 
@@ -40,7 +40,7 @@ T.Slider {
         root.gainRequested(0);
     }
     Keys.onRightPressed: root.increase()
-    // By keys or by a screen reader; the pointer sets the gain itself. Without a preset it stays.
+    // Moved by key or screen reader; the pointer sets the gain directly. No effect without a preset.
     onValueChanged: {
         if (Math.abs(value - Math.max(from, Math.min(gain, to))) < 1e-6)
             return;

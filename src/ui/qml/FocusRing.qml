@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Templates as T
 import Halvo
 
-// Shows which control has the keyboard.
+// Marks the control with the keyboard focus.
 Rectangle {
     required property T.Control control
     property int gap: 2

@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Templates as T
 import Halvo
 
-// Folds the bands and the settings, and binds the preset to the output.
+// Shows and hides the bands and the settings, and binds the preset to the output.
 Item {
     id: root
 

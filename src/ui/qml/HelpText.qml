@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Templates as T
 import Halvo
 
-// The line that explains a control while the pointer rests on it.
+// The tooltip of a control.
 T.ToolTip {
     id: root
     closePolicy: T.Popup.CloseOnEscape | T.Popup.CloseOnPressOutsideParent

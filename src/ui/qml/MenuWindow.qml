@@ -3,8 +3,8 @@ import QtQuick
 import QtQuick.Window
 import Halvo
 
-// A menu in a window of its own, so that it may be larger than the panel. Where the keyboard stays
-// with the panel, the owner passes its keys on while the menu is visible.
+// A menu in its own window, so that it can be larger than the panel. Where the panel keeps the keyboard focus,
+// the owner forwards its keys while the menu is visible.
 Window {
     id: root
 
@@ -19,7 +19,7 @@ Window {
 
     function choose(index: int): void {
         root.visible = false;
-        owner.Window.window.requestActivate(); // where popups take the keyboard
+        owner.Window.window.requestActivate(); // where popups get the keyboard focus
         root.triggered(index);
     }
     function handleKey(event: KeyEvent): void {
@@ -41,7 +41,7 @@ Window {
             root.visible = false;
         }
     }
-    // With the keyboard: the entry comes into sight, and screen readers hear of it.
+    // By keyboard: scrolls to the entry and notifies screen readers.
     function mark(index: int): void {
         root.current = index;
         const entry = entries.itemAt(index);
@@ -52,7 +52,7 @@ Window {
     }
     function openAt(x: real, y: real): void {
         const screen = owner.Screen;
-        // Asked for one by one: the column itself is laid out later.
+        // Measured one by one, because the column is laid out later.
         let width = root.minimumContentWidth;
         for (let index = 0; index < entries.count; ++index)
             width = Math.max(width, entries.itemAt(index).implicitWidth + 10);
@@ -63,7 +63,7 @@ Window {
         root.visible = true;
     }
 
-    // At a place of the item; with the keyboard an entry is marked from the start.
+    // At a place in the item; when opened by keyboard an entry is highlighted.
     function openAtItem(item: Item, x: real, y: real, index: int): void {
         const place = item.mapToGlobal(x, y);
         root.openAt(place.x, place.y);

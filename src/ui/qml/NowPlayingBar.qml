@@ -181,7 +181,7 @@ Item {
         }
     }
 
-    // Text that a screen reader is to find.
+    // Text that is exposed to screen readers.
     component ReadLabel: TextLabel {
         Accessible.name: text
         Accessible.role: Accessible.StaticText

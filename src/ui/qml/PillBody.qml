@@ -1,7 +1,7 @@
 import QtQuick
 import Halvo
 
-// How every pill of the strip looks: a symbol, if any, and a name.
+// The look of a pill: an optional symbol and a name.
 Rectangle {
     id: root
 
@@ -9,7 +9,7 @@ Rectangle {
     property bool hovered: false
     readonly property color ink: isActive ? Theme.textOn(accent) : Theme.primary
     property bool isActive: false
-    property bool isLifted: false // carried over others
+    property bool isLifted: false // being dragged
     property string name
     property string symbol: ""
     property int symbolSize: 9

@@ -11,7 +11,7 @@ FocusScope {
     required property Devices devices
     required property Equalizer equalizer
 
-    // Whether the desktop draws a frame around the window, whose corners are square then.
+    // Whether the desktop draws a frame around the window; its corners are square then.
     property bool framed: false
     readonly property bool moving: settingsPanel.unfolded > 0 && settingsPanel.unfolded < 1
     required property NowPlaying nowPlaying
@@ -20,7 +20,7 @@ FocusScope {
     property bool showAdvanced: false
     property bool showSettings: false
 
-    // Whether anybody can see the panel.
+    // Whether the panel is visible.
     property bool shown: true
 
     signal closeRequested
@@ -80,7 +80,7 @@ FocusScope {
         radius: root.framed ? 0 : Theme.panelRadius
         width: root.width
 
-        // A press beside the controls ends what is being typed.
+        // A press outside the controls ends editing.
         TapHandler {
             onPressedChanged: {
                 if (pressed)

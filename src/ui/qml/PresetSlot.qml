@@ -2,8 +2,8 @@ pragma ComponentBehavior: Bound
 import QtQuick
 import Halvo
 
-// The place of one preset in the strip: it jumps to where it belongs, and its pill follows. So a
-// drag meets the places as they are, not on their way.
+// The place of one preset in the strip. It moves at once and its pill follows with an animation, so a drag
+// never hits a moving place.
 Item {
     id: root
 
@@ -14,7 +14,7 @@ Item {
     required property bool isCustom
     required property MenuWindow menu
     required property string name
-    property bool placed: false // in the row, and not on its way there
+    property bool placed: false // in the row, not moving
     required property string presetID
     required property Presets presets
     property real previousX: 0
@@ -113,7 +113,7 @@ Item {
             anchors.fill: parent
             source: "RenameField.qml"
 
-            // Leaving the field commits; the window's losing the keyboard, to a menu, does not.
+            // Leaving the field commits; losing the window's focus to a menu does not.
             onFocusChanged: {
                 if (!focus && item)
                     (item as RenameField).end(true);

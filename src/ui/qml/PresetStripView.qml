@@ -34,7 +34,7 @@ Item {
         root.draggingPresetID = "";
     }
 
-    // Scrolls as little as shows the whole item.
+    // Scrolls just far enough to show the whole item.
     function reveal(item: Item) {
         const left = item.mapToItem(row, 0, 0).x;
         const least = left + item.width + 2 * Theme.margin - strip.width;
@@ -148,7 +148,7 @@ Item {
             }
         }
     }
-    // More lies beyond an end.
+    // Hints at more presets beyond an end.
     EndFade {
         anchors.left: strip.left
         opacity: Math.min(strip.contentX / width, 1)
@@ -184,7 +184,7 @@ Item {
         }
     }
 
-    // What the pointer carries. It is taken by the slots' drop areas.
+    // The dragged item, which the slots' drop areas accept.
     PillBody {
         id: ghost
 
@@ -208,7 +208,7 @@ Item {
         z: 1
     }
 
-    // When the new pill has its place.
+    // After the new pill is laid out.
     Timer {
         id: end
         interval: 0
@@ -216,7 +216,7 @@ Item {
         onTriggered: strip.glideTo(strip.contentWidth)
     }
 
-    // Held near an end the strip goes on by itself.
+    // Scrolls by itself while a pill is held near an end.
     Timer {
         id: edge
 
@@ -228,7 +228,7 @@ Item {
 
         onTriggered: {
             strip.scrollTo(strip.contentX + 5 * pull);
-            ghost.Drag.hotSpot.x += 0.01 * pull; // so that the drop areas look again
+            ghost.Drag.hotSpot.x += 0.01 * pull; // makes the drop areas update
         }
     }
     MenuWindow {

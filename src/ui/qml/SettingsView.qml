@@ -2,7 +2,7 @@ pragma ComponentBehavior: Bound
 import QtQuick
 import Halvo
 
-// The settings window: four tabs that name the areas it is meant to hold.
+// The settings window: four tabs, each with a placeholder.
 Rectangle {
     id: root
 

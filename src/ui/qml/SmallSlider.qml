@@ -14,7 +14,7 @@ T.Slider {
     property real origin: from
     readonly property real originPosition: (origin - from) / (to - from)
 
-    // What is set; the slider itself runs ahead of it while it is dragged.
+    // The value in the model; the slider can be ahead of it while it is dragged.
     property real setting: 0
 
     signal requested(real value)
@@ -66,7 +66,7 @@ T.Slider {
         event.accepted = true;
         root.reset();
     }
-    // Whoever moved it: pointer, key, wheel or screen reader.
+    // Moved by pointer, key, wheel or screen reader.
     onValueChanged: {
         const shown = Math.max(from, Math.min(setting, to));
         if (Math.abs(value - shown) > 1e-6)

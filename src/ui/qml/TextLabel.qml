@@ -1,7 +1,7 @@
 import QtQuick
 import Halvo
 
-// A line of text from anywhere: never read as markup, cut at its end.
+// A line of plain text, elided at the end.
 Text {
     color: Theme.primary
     elide: Text.ElideRight

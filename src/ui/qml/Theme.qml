@@ -2,7 +2,7 @@ pragma Singleton
 import QtQuick
 import Halvo
 
-// The panel's colours, sizes and fonts. `dark` and `accent` are set by whoever shows the views.
+// The panel's colours, sizes and fonts. The owner of the views sets `dark` and `accent`.
 QtObject {
     property color accent: "#007AFF"
 
@@ -36,18 +36,18 @@ QtObject {
     function brightness(fill: color): real {
         return 0.2126 * fill.r + 0.7152 * fill.g + 0.0722 * fill.b;
     }
-    // The outline of a coloured shape: seen only where the shape would be lost on the panel.
+    // The outline of a coloured shape, visible only where the shape has too little contrast with the panel.
     function edgeOf(fill: color): color {
         return fades(fill) ? Qt.tint(fill, Qt.alpha(primary, 0.35)) : fill;
     }
     function fades(fill: color): bool {
         return dark ? brightness(fill) < 0.25 : brightness(fill) > 0.75;
     }
-    // For text and lines in a colour: a plain one where they would be lost.
+    // For text and lines in a colour: the plain text colour where the contrast is too low.
     function lineOf(fill: color): color {
         return fades(fill) ? primary : fill;
     }
-    // What can be read on a colour.
+    // The text colour that is readable on a colour.
     function textOn(fill: color): color {
         return Display.isLight(fill) ? "#000000" : "#FFFFFF";
     }

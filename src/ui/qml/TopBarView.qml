@@ -1,7 +1,7 @@
 import QtQuick
 import Halvo
 
-// Where the sound goes, and the equalizer's own switch.
+// The output picker and the equalizer's switch.
 Item {
     id: root
 
