@@ -71,8 +71,8 @@ class LinuxPlatform final : public PlatformHost {
     LinuxPlatform(std::unique_ptr<Desktop> desktop, Connection connection,
                   Connection signalConnection);
 
-    SignalRelease
-        signalRelease_; // first: SIGTERM stays blocked until everything below is destroyed
+    // First: SIGTERM stays blocked until everything below is destroyed.
+    SignalRelease signalRelease_;
     std::unique_ptr<Desktop> desktop_;
     QtMainQueue mainQueue_;
     SyslogSystemLog systemLog_;

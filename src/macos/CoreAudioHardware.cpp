@@ -83,8 +83,7 @@ std::optional<std::vector<AudioDeviceID>> CoreAudioHardware::deviceIDs() {
                                    devices.data()) != kAudioHardwareNoError) {
         return std::nullopt;
     }
-    devices.resize(taken /
-                   sizeof(AudioDeviceID)); // some devices may have disappeared between the calls
+    devices.resize(taken / sizeof(AudioDeviceID)); // may be fewer than at the first call
     return devices;
 }
 

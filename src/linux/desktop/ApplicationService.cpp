@@ -32,14 +32,14 @@ const QString kObjectPath = QStringLiteral("/org/halvo/Halvo");
 const QString kInterface = QStringLiteral("org.freedesktop.Application");
 constexpr int kActivationTimeout = 2000; // milliseconds
 
-/// Without this look, the bus library would start a bus of its own where none is running.
+/// Without this check, the bus library would start a bus if none is running.
 bool hasSessionBus() {
     if (qEnvironmentVariableIsSet("DBUS_SESSION_BUS_ADDRESS")) return true;
     std::error_code error;
     return std::filesystem::exists(runtimeDirectory() / "bus", error);
 }
 
-/// Null where there is no session bus, or none that answers.
+/// Null without a session bus that answers.
 QDBusConnectionInterface* busNames() {
     if (!hasSessionBus() || !QDBusConnection::sessionBus().isConnected()) return nullptr;
     return QDBusConnection::sessionBus().interface();
@@ -49,7 +49,7 @@ void activateOther(const QDBusConnection& bus) {
     auto call = QDBusMessage::createMethodCall(kBusName, kObjectPath, kInterface,
                                                QStringLiteral("Activate"));
     call.setArguments({QVariantMap()});
-    (void)bus.call(call, QDBus::Block, kActivationTimeout); // a busy instance answers later
+    (void)bus.call(call, QDBus::Block, kActivationTimeout); // a busy instance reacts later
 }
 
 std::filesystem::path lockPath() {
@@ -66,7 +66,7 @@ bool hasEnded(const FileDescriptor& process, std::chrono::milliseconds longest) 
     return ::poll(&waiting, 1, static_cast<int>(longest.count())) > 0;
 }
 
-/// Who holds the lock, by the number that it wrote there; 0 when nobody does.
+/// The PID that the lock's holder wrote into the file; 0 without a holder.
 uint lockHolder() {
     const auto path = lockPath();
     const FileDescriptor lock(path.empty() ? -1 : ::open(path.c_str(), O_RDONLY | O_CLOEXEC));
@@ -76,7 +76,7 @@ uint lockHolder() {
     return static_cast<uint>(std::strtoul(text.c_str(), nullptr, 10));
 }
 
-/// Asks the instance that the bus knows; its process, or none.
+/// Asks the instance on the bus to quit; its process, if there is one.
 FileDescriptor askOnBus() {
     auto* names = busNames();
     if (names == nullptr) return {};
@@ -86,7 +86,7 @@ FileDescriptor askOnBus() {
     auto call = QDBusMessage::createMethodCall(kBusName, kObjectPath, kInterface,
                                                QStringLiteral("ActivateAction"));
     call.setArguments({QStringLiteral("quit"), QVariantList(), QVariantMap()});
-    // Its end is what counts, not its answer.
+    // Only its end counts, not its reply.
     (void)QDBusConnection::sessionBus().call(call, QDBus::Block, kActivationTimeout);
     return process;
 }
@@ -100,7 +100,7 @@ ApplicationService::Departure ApplicationService::quitOther(std::chrono::millise
     const auto holder = lockHolder();
     if (holder == 0) return Departure::nobody;
     const auto process = openProcess(holder);
-    // Asked again: until it was opened the number could become another process's.
+    // Checked again, because the PID may have been reused before the process was opened.
     if (!process || lockHolder() != holder) return Departure::nobody;
     (void)::syscall(SYS_pidfd_send_signal, process.get(), SIGTERM, nullptr, 0U);
     return hasEnded(process, longest) ? Departure::gone : Departure::stays;
@@ -113,7 +113,7 @@ ApplicationService::Claim ApplicationService::claim() {
         return claimLock();
     }
     auto bus = QDBusConnection::sessionBus();
-    // The object first: who finds the name expects it.
+    // The object first: clients that see the name expect it.
     bus.registerObject(kObjectPath, this, QDBusConnection::ExportScriptableSlots);
     const auto reply = names->registerService(kBusName);
     if (reply.isValid() && reply.value() == QDBusConnectionInterface::ServiceNotRegistered) {

@@ -13,9 +13,9 @@ namespace halvo {
 
 class Application;
 
-/// The program on the session bus, as org.freedesktop.Application under the name org.halvo.Halvo.
-/// The name, and a lock in the user's runtime directory that also works without a bus, keep a
-/// second instance from starting. Main thread only.
+/// The program's org.freedesktop.Application interface, under the bus name org.halvo.Halvo. The bus
+/// name, and a lock file in the runtime directory that also works without a bus, prevent a second
+/// instance. Main thread only.
 class ApplicationService final : public QObject {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Application")
@@ -25,24 +25,24 @@ class ApplicationService final : public QObject {
 
     explicit ApplicationService(Application& application) : application_(application) {}
 
-    /// Makes this process the session's instance. When there is one already, asks that one to show
-    /// itself. Without bus and runtime directory every process counts as the first.
+    /// Makes this process the session's instance. If there is one already, asks it to open its
+    /// panel. Without bus and runtime directory every process counts as the first.
     Claim claim();
 
     enum class Departure { nobody, gone, stays };
-    /// Asks the session's instance to end in the normal way, or with SIGTERM where no bus leads to
-    /// it, and waits for its end at most that long.
+    /// Asks the session's instance to quit, over the bus or else with SIGTERM, and waits for its
+    /// end for at most `longest`.
     static Departure quitOther(std::chrono::milliseconds longest);
 
-    /// `activated` runs, from the main loop, whenever somebody starts or activates the program
-    /// again; at once if that happened before.
+    /// `activated` runs, from the main loop, whenever the program is started or activated again; at
+    /// once if that has happened already.
     void onActivated(std::function<void()> activated);
 
   public Q_SLOTS:
     Q_SCRIPTABLE void Activate(const QVariantMap& platform_data);
-    /// There are no documents: comes to the front like `Activate`.
+    /// Same as `Activate`, because there are no documents.
     Q_SCRIPTABLE void Open(const QStringList& uris, const QVariantMap& platform_data);
-    /// "quit" ends the program in the normal way; others are ignored.
+    /// "quit" quits the program; other actions are ignored.
     Q_SCRIPTABLE void ActivateAction(const QString& action_name, const QVariantList& parameter,
                                      const QVariantMap& platform_data);
 

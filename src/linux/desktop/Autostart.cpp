@@ -60,8 +60,7 @@ bool namesThisDesktop(const std::string& list) {
     return false;
 }
 
-/// A path as the value of Exec, quoted as the desktop files' own rules ask for; a percent sign
-/// stands for a parameter there.
+/// A path as the value of Exec, quoted by the rules of desktop entries; percent signs are escaped.
 std::string quoted(const fs::path& path) {
     std::string text = "\"";
     for (const char c : path.string()) {
@@ -82,7 +81,7 @@ std::string Autostart::ownText() const {
     entry.set("Name", "Halvo");
     entry.set("Comment", "Ten-band equalizer for everything your computer plays");
     entry.set("Exec", quoted(program_));
-    entry.set("TryExec", program_.string()); // one that has been removed starts nothing
+    entry.set("TryExec", program_.string()); // a removed program starts nothing
     entry.set("Icon", "org.halvo.Halvo");
     entry.set(kSessionSwitch, "true");
     return entry.text();
@@ -110,7 +109,8 @@ bool Autostart::starts(const DesktopEntry& entry) const {
 bool Autostart::isEnabled() const {
     auto text = AtomicFile::read(userFile_, kMaximumSize);
     std::error_code error;
-    // One that is there and no file, such as a link to /dev/null, hides those of the system, too.
+    // An existing entry that is not a regular file, such as a link to /dev/null, also hides the
+    // system's.
     if (!text && !fs::is_symlink(userFile_, error)) text = systemText();
     return text && starts(DesktopEntry(*text));
 }
@@ -118,7 +118,7 @@ bool Autostart::isEnabled() const {
 bool Autostart::setEnabled(bool enabled) const {
     if (enabled == isEnabled()) return true;
     std::error_code error;
-    fs::create_directories(userFile_.parent_path(), error); // a failure shows in the write
+    fs::create_directories(userFile_.parent_path(), error); // a failure shows when writing
     return (enabled ? enable() : disable()) && isEnabled() == enabled;
 }
 
@@ -133,7 +133,7 @@ bool Autostart::enable() const {
     entry.remove(kHidden);
     if (entry.value(kSessionSwitch)) entry.set(kSessionSwitch, "true");
     if (starts(entry)) return AtomicFile::write(userFile_, entry.text());
-    // What it would start has gone, or it is for other desktops.
+    // The program it starts does not exist, or it is for other desktops.
     const DesktopEntry own(ownText());
     for (const char* key : {"Type", "Name", "Exec", "TryExec"})
         entry.set(key, *own.value(key));

@@ -8,18 +8,18 @@ namespace halvo {
 
 class DesktopEntry;
 
-/// Whether the desktop starts Halvo when its user logs in, as the Autostart directories say it: the
-/// user's own file stands before those of the system. Nothing is remembered: others change these
-/// files, too. Main thread only.
+/// Whether the desktop starts Halvo at login, according to the Autostart directories; the user's
+/// file overrides the system's. Nothing is cached, because other programs change these files too.
+/// Main thread only.
 class Autostart {
   public:
-    /// `program` is what is to be started, an absolute path.
+    /// `program` is the absolute path of the program to start.
     explicit Autostart(std::filesystem::path program);
 
-    /// What the desktop would do at the next login.
+    /// Whether the desktop will start it at the next login.
     bool isEnabled() const;
-    /// Touches the user's file only, and in it nothing that others wrote. False when it cannot be
-    /// written; `isEnabled` then tells what is true.
+    /// Changes the user's file only, and keeps other programs' entries in it. False when it cannot
+    /// be written; `isEnabled` then returns the actual state.
     bool setEnabled(bool enabled) const;
 
   private:

@@ -22,7 +22,7 @@ const QString kScheme = QStringLiteral("color-scheme");
 const QString kAccent = QStringLiteral("accent-color");
 constexpr uint kPrefersDark = 1;
 
-/// Three parts from 0 to 1; a part outside of them stands for no accent.
+/// Three components from 0 to 1; a component out of range means no accent.
 std::optional<Color> readColor(const QVariant& value) {
     if (!value.canConvert<QDBusArgument>()) return std::nullopt;
     const auto argument = value.value<QDBusArgument>();
@@ -36,7 +36,7 @@ std::optional<Color> readColor(const QVariant& value) {
     return color;
 }
 
-/// The portal wraps what `Read` answers once more than it should.
+/// The portal wraps the result of `Read` in one variant too many.
 QVariant unwrapped(QVariant value) {
     while (value.canConvert<QDBusVariant>())
         value = value.value<QDBusVariant>().variant();

@@ -12,17 +12,17 @@
 
 namespace halvo {
 
-/// Light or dark, and the accent, as the desktop portal tells them (org.freedesktop.appearance);
-/// without a portal as the toolkit's palette does. Main thread only.
+/// Light or dark mode and the accent, from the desktop portal (org.freedesktop.appearance), or from
+/// Qt's palette without a portal. Main thread only.
 class DesktopAppearance final : public QObject {
     Q_OBJECT
 
   public:
-    /// `changed` runs once at the first answer and whenever it differs from then on.
+    /// `changed` runs after the first reply and on every change.
     explicit DesktopAppearance(std::function<void()> changed);
 
     const SystemAppearance& appearance() const { return appearance_; }
-    /// Nothing while the desktop has not said whether it is light or dark.
+    /// Nothing while it is unknown.
     std::optional<bool> isDark() const { return dark_; }
 
   private Q_SLOTS:

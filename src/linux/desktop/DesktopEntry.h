@@ -8,24 +8,24 @@
 
 namespace halvo {
 
-/// The text of a desktop file, of which one group is read and changed; every other line stays as
-/// it is. Any thread.
+/// The text of a desktop file. Reads and changes one group; other lines are kept. Any thread.
 class DesktopEntry {
   public:
     explicit DesktopEntry(std::string_view text);
 
-    /// The value of a key of the group [Desktop Entry], as it stands there; nothing without one.
+    /// The raw value of a key in the group [Desktop Entry]; nothing without one.
     std::optional<std::string> value(std::string_view key) const;
-    /// Whether the key stands there with the value "true" or "1".
+    /// Whether the key's value is "true" or "1".
     bool isTrue(std::string_view key) const;
-    /// Replaces the key's value, or adds the key at the end of its group, which is made if need be.
+    /// Replaces the key's value, or adds the key at the end of the group, creating the group if
+    /// needed.
     void set(std::string_view key, std::string_view value);
     void remove(std::string_view key);
 
     std::string text() const;
 
   private:
-    /// Behind the last line of the group; the lines' number without one.
+    /// The index after the group's last line; the number of lines without a group.
     std::size_t groupEnd() const;
     std::optional<std::size_t> find(std::string_view key) const;
 

@@ -13,7 +13,7 @@ namespace halvo {
 
 namespace {
 
-// On a bar whose own look nobody tells: seen on dark and on light ones.
+// For a bar of unknown colour: visible on dark and light ones.
 constexpr QRgb kToneOnAnyBar = 0xFF8E8E93;
 constexpr QRgb kToneOnDark = 0xFFF2F2F5;
 constexpr QRgb kToneOnLight = 0xFF26262A;
@@ -49,7 +49,7 @@ LinuxDesktop::LinuxDesktop(QtMainQueue& queue, Application& application)
       statusItem_(
           {{QStringLiteral("Settings…"), [this] { panelWindow_.showSettingsWindow(); }},
            {QStringLiteral("Start at Login"),
-            [this] { (void)autostart_.setEnabled(!autostart_.isEnabled()); }, // seen in the mark
+            [this] { (void)autostart_.setEnabled(!autostart_.isEnabled()); }, // the mark shows it
             [this] { return autostart_.isEnabled(); }},
            {QStringLiteral("Quit Halvo"), [&application] { application.terminate(); }}}),
       appearance_([this] { applyAppearance(); }) {

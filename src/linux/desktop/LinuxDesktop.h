@@ -13,20 +13,19 @@ namespace halvo {
 class Application;
 class QtMainQueue;
 
-/// What a Linux session with a screen has: the item, the panel, alerts and the desktop's look.
-/// Main thread only.
+/// The user interface of a Linux session with a screen: item, panel, alerts, appearance. Main
+/// thread only.
 class LinuxDesktop {
   public:
-    /// Nothing in a process without a screen.
+    /// Null in a process without a screen.
     static std::unique_ptr<LinuxDesktop> create(QtMainQueue& queue, Application& application);
 
     LinuxStatusItem& statusItem() { return statusItem_; }
     QtPanelWindow& panelWindow() { return panelWindow_; }
     WindowAlert& alert() { return alert_; }
-    /// Whether the panel or a live icon is in sight; when one comes into sight the queue is
-    /// stirred.
+    /// Whether the panel or a live icon is visible. When one becomes visible, the queue is stirred.
     bool isWatched() const;
-    /// Shows the panel, wherever it is.
+    /// Shows the panel and brings it to the front.
     void bringToFront();
 
   private:

@@ -16,11 +16,12 @@ namespace halvo {
 namespace {
 
 constexpr double kHeight = 22;
-/// Each picture is fetched over the bus, which costs more than drawing it: every second tick's is.
+/// A picture's transfer over the bus costs more than drawing it, so only every second tick sends
+/// one.
 constexpr std::chrono::milliseconds kShortestPicture{50};
-constexpr int kUntilTray = 1000; // milliseconds; a watcher that is there has answered by then
+constexpr int kUntilTray = 1000; // milliseconds; a running watcher has answered by then
 
-/// Where an item is before anybody has clicked it: at the end of the desktop's bar.
+/// A guess until the first click: the end of the desktop's bar.
 ScreenRect likelyFrame(ScreenSize size) {
     const auto* screen = QGuiApplication::primaryScreen();
     if (!screen) return {0, 0, size.width, size.height};
@@ -107,7 +108,7 @@ void LinuxStatusItem::display() {
     if (!wasLive && isLive() && onLive) onLive();
 }
 
-/// The next tick brings another picture of the moving kind; any other is shown at once.
+/// A moving picture can wait for the next tick; any other is shown at once.
 bool LinuxStatusItem::isTooSoon(const StatusPicture& picture) const {
     return isLive() && !tray_ && picture.kind == StatusPicture::Kind::envelope &&
            std::chrono::steady_clock::now() - shownAt_ < kShortestPicture;
@@ -130,7 +131,7 @@ void LinuxStatusItem::click() {
 }
 
 void LinuxStatusItem::takeClick(QPoint place) {
-    // Some desktops do not tell the place.
+    // Some desktops do not report the place.
     clicked_ = place.isNull() ? QCursor::pos() : place;
     click();
 }

@@ -20,9 +20,9 @@ class QSystemTrayIcon;
 
 namespace halvo {
 
-/// Halvo's item where the desktop has a place for it: a StatusNotifierItem, else an XEmbed icon
-/// while no watcher is there, else none. Draws in a later turn of the main loop, only what differs
-/// from what is shown, and only while somebody can see it. Main thread only.
+/// Halvo's tray icon: a StatusNotifierItem, without a watcher an XEmbed icon, without a tray none.
+/// Draws in a later iteration of the main loop, only changes, and only while visible. Main thread
+/// only.
 class LinuxStatusItem final : public QObject, public StatusItem {
     Q_OBJECT
 
@@ -36,13 +36,13 @@ class LinuxStatusItem final : public QObject, public StatusItem {
     std::optional<ScreenRect> frame() const override;
     void setNeedsDisplay() override;
 
-    /// Whether somebody can see a picture that moves with the sound.
+    /// Whether a picture that moves with the sound is visible.
     bool isLive() const;
     /// Called when such a picture is first shown.
     std::function<void()> onLive;
 
     void setTones(const StatusTones& tones);
-    /// As if somebody had clicked the item.
+    /// As if the item had been clicked.
     void click();
 
   private:
@@ -59,14 +59,14 @@ class LinuxStatusItem final : public QObject, public StatusItem {
     std::unique_ptr<StatusNotifierItem> notifier_;
     std::unique_ptr<QMenu> popup_;
     std::unique_ptr<QSystemTrayIcon> tray_;
-    QTimer placeTimer_; ///< until it is clear that there is no watcher
+    QTimer placeTimer_; ///< ends the wait for a watcher
     Draw draw_;
     std::function<void()> action_;
     ScreenSize size_;
     std::optional<QPoint> clicked_; ///< the place of the last click
     StatusTones tones_;
     bool displayPending_ = false;
-    std::optional<StatusPicture> shown_; ///< what the desktop has; nothing: to be drawn anew
+    std::optional<StatusPicture> shown_; ///< what the desktop shows; nothing: must be redrawn
     std::chrono::steady_clock::time_point shownAt_;
     QImage image_;
 };

@@ -30,7 +30,7 @@ bool hasRawEvents(xcb_connection_t* connection) {
     const auto cookie = xcb_input_xi_query_version(connection, 2, 2);
     const Reply<xcb_input_xi_query_version_reply_t> version(
         xcb_input_xi_query_version_reply(connection, cookie, nullptr));
-    // Since 2.1 raw events come also while another program has grabbed the mouse.
+    // Since 2.1, raw events are also sent while another program has grabbed the mouse.
     return version && (version->major_version > 2 ||
                        (version->major_version == 2 && version->minor_version >= 1));
 }
@@ -112,14 +112,14 @@ OutsideClickMonitor::~OutsideClickMonitor() = default;
 void OutsideClickMonitor::read() {
     auto* handle = connection_->handle.get();
     bool isPressed = false;
-    bool isReleased = false; // a click may be over by now
+    bool isReleased = false; // a click may have ended already
     while (const Reply<xcb_generic_event_t> event{xcb_poll_for_event(handle)}) {
         const auto change = changeIn(*event);
         isPressed = isPressed || change == Change::press;
         isReleased = change == Change::none ? isReleased : change == Change::release;
     }
     if (xcb_connection_has_error(handle) != 0) connection_->notifier->setEnabled(false);
-    const auto pressed = connection_->pressed; // either may end this object
+    const auto pressed = connection_->pressed; // either may destroy this object
     const auto released = connection_->released;
     if (isPressed) pressed();
     if (isReleased) released();

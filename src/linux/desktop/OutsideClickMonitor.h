@@ -5,14 +5,14 @@
 
 namespace halvo {
 
-/// Hears every left and right press of a mouse on an X11 screen and its end, whoever gets it, over
-/// a connection of its own, and takes none away. Main thread only.
+/// Reports every left and right mouse press and release on an X11 screen, over its own connection,
+/// without grabbing them. Main thread only.
 class OutsideClickMonitor {
   public:
-    /// Nothing where there is no X server, or one without raw events (XInput before 2.1).
+    /// Null without an X server, or with one without raw events (XInput before 2.1).
     static std::unique_ptr<OutsideClickMonitor> create(std::function<void()> pressed,
                                                        std::function<void()> released);
-    /// Whether windows on the X11 screen can be transparent.
+    /// Whether the X11 screen has a compositor, so that windows can be transparent.
     static bool hasCompositor();
     ~OutsideClickMonitor();
     OutsideClickMonitor(const OutsideClickMonitor&) = delete;

@@ -31,8 +31,8 @@ const QDBusArgument& operator>>(const QDBusArgument& argument, BusMenuItem& item
 QDBusArgument& operator<<(QDBusArgument& argument, const BusMenuProperties& item);
 const QDBusArgument& operator>>(const QDBusArgument& argument, BusMenuProperties& item);
 
-/// The item's context menu for desktops that show it themselves: com.canonical.dbusmenu, one level
-/// of which only the marks change. Main thread only.
+/// The item's context menu for desktops that draw it themselves: com.canonical.dbusmenu, one level,
+/// in which only check marks change. Main thread only.
 class StatusMenu final : public QObject {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "com.canonical.dbusmenu")
@@ -44,7 +44,7 @@ class StatusMenu final : public QObject {
     struct Entry {
         QString label;
         std::function<void()> chosen;
-        std::function<bool()> isMarked = {}; ///< asked at each showing; null: has no mark
+        std::function<bool()> isMarked = {}; ///< asked at each showing; null: no mark
     };
 
     static const QString kPath;
@@ -61,7 +61,7 @@ class StatusMenu final : public QObject {
                                                                     const QStringList& names);
     Q_SCRIPTABLE QDBusVariant GetProperty(int id, const QString& name);
     Q_SCRIPTABLE void Event(int id, const QString& event, const QDBusVariant& data, uint timestamp);
-    /// Whether a mark has changed since the desktop asked for the menu.
+    /// Whether a check mark has changed since the desktop fetched the menu.
     Q_SCRIPTABLE bool AboutToShow(int id);
 
   Q_SIGNALS:
@@ -73,7 +73,7 @@ class StatusMenu final : public QObject {
     void tellOfMarks();
 
     std::vector<Entry> entries_;   ///< the entry with id n is the one before the n-th
-    std::vector<bool> shownMarks_; ///< as the desktop was told
+    std::vector<bool> shownMarks_; ///< as last sent to the desktop
     uint revision_ = 1;
     uint version_ = 3;
     QString status_ = QStringLiteral("normal");

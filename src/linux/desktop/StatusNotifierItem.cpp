@@ -73,7 +73,7 @@ StatusNotifierItem::StatusNotifierItem(const QDBusObjectPath& menu)
     qDBusRegisterMetaType<NotifierPixmaps>();
     qDBusRegisterMetaType<NotifierToolTip>();
     auto bus = QDBusConnection::sessionBus();
-    // The object first: who finds the name expects it.
+    // The object first: clients that see the name expect it.
     bus.registerObject(kItemPath, this, QDBusConnection::ExportScriptableContents);
     bus.registerService(service_);
     watcher_.setConnection(bus);

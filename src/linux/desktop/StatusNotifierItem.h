@@ -12,7 +12,7 @@
 
 namespace halvo {
 
-/// A picture on the bus: straight ARGB in network byte order.
+/// A picture in D-Bus form: straight ARGB in network byte order.
 struct NotifierPixmap {
     int width = 0;
     int height = 0;
@@ -57,14 +57,14 @@ class StatusNotifierItem final : public QObject {
     explicit StatusNotifierItem(const QDBusObjectPath& menu);
     ~StatusNotifierItem() override;
 
-    /// Whether some desktop shows its items: a watcher is there, and a host with it.
+    /// Whether the desktop shows the item: there is a watcher with a host.
     bool isShown() const { return watched_ && hosted_; }
     bool hasWatcher() const { return watched_; }
     /// New pictures, the same in several sizes.
     void setPixmaps(NotifierPixmaps pixmaps);
 
     std::function<void()> onShownChanged;
-    std::function<void(QPoint place)> onActivate; ///< the place of the press on the screen
+    std::function<void(QPoint place)> onActivate; ///< place of the click on the screen
     std::function<void(QPoint place)> onContextMenu;
 
   public Q_SLOTS:

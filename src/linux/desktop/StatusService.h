@@ -11,13 +11,13 @@
 namespace halvo {
 
 /// The program's status on the session bus: interface org.halvo.Status of the application's object.
-/// It answers when it is asked and sends nothing by itself. Main thread only.
+/// Replies to calls only; sends no signals. Main thread only.
 class StatusService final : public QObject, public StatusPublisher {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.halvo.Status")
 
   public:
-    /// Does nothing without a session bus. `asked` is called for each question for the levels.
+    /// Does nothing without a session bus. `asked` is called for each request of the levels.
     explicit StatusService(std::function<void()> asked);
 
     void setActivePreset(const std::string& name) override;
@@ -25,8 +25,8 @@ class StatusService final : public QObject, public StatusPublisher {
 
   public Q_SLOTS:
     Q_SCRIPTABLE QString ActivePreset() const { return activePreset_; }
-    /// Ten levels from 0 to 1, lowest band first. They follow the sound while they are asked for
-    /// again and again; the first answer after a pause may be older.
+    /// Ten levels from 0 to 1, lowest band first. They are updated while clients keep asking; the
+    /// first reply after a pause may be outdated.
     Q_SCRIPTABLE QList<double> BandLevels() const;
 
   private:

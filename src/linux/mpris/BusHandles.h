@@ -6,7 +6,7 @@
 namespace halvo::mpris {
 
 struct BusDeleter {
-    /// Sends nothing any more and waits for nothing.
+    /// Closes without flushing.
     void operator()(sd_bus* bus) const { sd_bus_close_unref(bus); }
 };
 using Bus = std::unique_ptr<sd_bus, BusDeleter>;
@@ -19,10 +19,10 @@ using Message = std::unique_ptr<sd_bus_message, MessageDeleter>;
 struct SlotDeleter {
     void operator()(sd_bus_slot* slot) const { sd_bus_slot_unref(slot); }
 };
-/// A call that waits for its reply, a match or an object; it ends with this.
+/// A pending call, a match or an object; ends when destroyed.
 using Slot = std::unique_ptr<sd_bus_slot, SlotDeleter>;
 
-/// A bus error with its texts.
+/// A bus error; owns its strings.
 class BusError {
   public:
     BusError() = default;

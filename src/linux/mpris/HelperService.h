@@ -2,7 +2,8 @@
 
 namespace halvo::mpris {
 
-// How a helper that sends one command learns which player the resident one shows.
+// Interface of the running helper, from which a helper that sends a command learns the shown
+// player.
 inline constexpr const char* kHelperName = "org.halvo.MediaHelper";
 inline constexpr const char* kHelperPath = "/org/halvo/MediaHelper";
 inline constexpr const char* kHelperInterface = "org.halvo.MediaHelper";

@@ -7,8 +7,8 @@
 namespace halvo {
 
 /// The program halvo-media-helper: beside the application, in its installation, or where the
-/// environment variable HALVO_MEDIA_HELPER says (set but empty: there is none). One program is both
-/// of the files.
+/// environment variable HALVO_MEDIA_HELPER says (set but empty: there is none). Script and library
+/// are this one program.
 class LinuxMediaHelper final : public MediaHelper {
   public:
     explicit LinuxMediaHelper(std::filesystem::path executableDirectory);

@@ -26,7 +26,7 @@ bool isFor(std::string_view application, const SurveyedPlayer& player) {
     return (player.name == "spotify") == (application == kSpotify);
 }
 
-/// The player that an application's name stands for; the survey has the best ones first.
+/// The player for an application's name; the survey is sorted by preference.
 const SurveyedPlayer* find(const std::vector<SurveyedPlayer>& players,
                            std::string_view application) {
     for (const auto& player : players) {
@@ -35,7 +35,7 @@ const SurveyedPlayer* find(const std::vector<SurveyedPlayer>& players,
     return nullptr;
 }
 
-/// Seconds with a point, whatever the locale.
+/// Seconds with a decimal point, in any locale.
 std::string secondsText(std::int64_t micros) {
     const auto fraction = std::to_string(1'000'000 + micros % 1'000'000);
     return std::to_string(micros / 1'000'000) + '.' + fraction.substr(1);
@@ -53,7 +53,7 @@ std::string answer(const SurveyedPlayer* player, std::string_view application) {
     return reply;
 }
 
-/// The verbs of the scripts and what players call them.
+/// The scripts' verbs and their MPRIS methods.
 const char* methodFor(std::string_view verb) {
     constexpr std::array<std::pair<std::string_view, const char*>, 5> kMethods{{
         {"play", "Play"},
@@ -68,7 +68,7 @@ const char* methodFor(std::string_view verb) {
     return nullptr;
 }
 
-/// The verb that a script gives to an application; empty when it gives none.
+/// The verb in a script's `tell` for an application; empty when there is none.
 std::string_view verbFor(std::string_view source, std::string_view application) {
     const auto words = tell(application) + " to ";
     const auto start = source.find(words);

@@ -4,10 +4,10 @@
 
 namespace halvo {
 
-/// Answers the questions and commands for players from the players of the session bus, in the form
-/// that the scripts promise. "Spotify" is the player of that name; "Music" stands for any other,
-/// one that plays first. Knows just these scripts. Any background thread; each run has a connection
-/// of its own and is over within a few seconds.
+/// Runs the player scripts with the MPRIS players of the session bus, and returns what the scripts
+/// would. "Spotify" is the player of that name; "Music" is any other, playing ones first. Supports
+/// only these scripts. Any background thread; each run has its own connection and ends within a few
+/// seconds.
 class LinuxScriptRunner final : public ScriptRunner {
   public:
     std::expected<std::optional<std::string>, ScriptError> run(const std::string& source) override;

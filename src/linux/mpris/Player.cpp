@@ -17,7 +17,7 @@ bool isPlayerName(std::string_view busName) {
     const auto name = busName.substr(kPrefix.size());
     const auto first = name.substr(0, name.find('.'));
     return std::ranges::none_of(kForeign, [&](std::string_view foreign) {
-        // Phones come as one name for each device.
+        // Phones have one bus name per device.
         return first.substr(0, foreign.size()) == foreign;
     });
 }

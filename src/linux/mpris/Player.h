@@ -11,11 +11,11 @@ inline constexpr const char* kRootInterface = "org.mpris.MediaPlayer2";
 inline constexpr const char* kPlayerInterface = "org.mpris.MediaPlayer2.Player";
 inline constexpr const char* kProperties = "org.freedesktop.DBus.Properties";
 
-/// Whether a bus name is that of a player on this machine: not one that only repeats others, and
-/// not one on a phone.
+/// Whether a bus name belongs to a player on this machine: not a proxy for other players, and not a
+/// phone.
 bool isPlayerName(std::string_view busName);
 
-/// The player's own part of its bus name, without the number of an instance.
+/// The player's part of its bus name, without an instance number.
 std::string playerName(std::string_view busName);
 
 } // namespace halvo::mpris

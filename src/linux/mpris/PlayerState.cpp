@@ -10,17 +10,17 @@ namespace halvo::mpris {
 namespace {
 
 constexpr std::size_t kLongestText = 4096;                ///< bytes
-constexpr std::size_t kLongestAddress = 8U * 1024 * 1024; ///< an address may hold a picture itself
+constexpr std::size_t kLongestAddress = 8U * 1024 * 1024; ///< a data: URL may contain a picture
 
 std::string_view cut(std::string_view text, std::size_t limit) {
     if (text.size() <= limit) return text;
     while (limit > 0 && (static_cast<unsigned char>(text[limit]) & 0xC0U) == 0x80U)
-        --limit; // not within a character
+        --limit; // not inside a character
     return text.substr(0, limit);
 }
 
-/// Walks a dictionary; `take` reads the content of the variant that the message stands in, whose
-/// type it is given, or leaves it.
+/// Iterates over a dictionary. `take` gets the key and the variant's type, and may read the
+/// variant's content.
 bool forEachEntry(sd_bus_message* message,
                   const std::function<void(std::string_view key, const char* type)>& take) {
     if (sd_bus_message_enter_container(message, 'a', "{sv}") <= 0) return false;
@@ -33,7 +33,7 @@ bool forEachEntry(sd_bus_message* message,
         const std::string content = type;
         if (sd_bus_message_enter_container(message, 'v', content.c_str()) <= 0) return false;
         take(key, content.c_str());
-        while (sd_bus_message_at_end(message, 0) == 0) { // what was left
+        while (sd_bus_message_at_end(message, 0) == 0) { // skips what `take` did not read
             if (sd_bus_message_skip(message, nullptr) <= 0) return false;
         }
         if (sd_bus_message_exit_container(message) < 0) return false;
@@ -48,7 +48,7 @@ std::string readString(sd_bus_message* message, char type, std::size_t limit) {
     return std::string(cut(text, limit));
 }
 
-/// A text, or the first of a list that is not empty: tags are looked up for one artist.
+/// A text, or the first non-empty one of a list: tags are looked up for one artist.
 std::string readText(sd_bus_message* message, std::string_view type, std::size_t limit) {
     if (type == "s" || type == "o" || type == "g") return readString(message, type[0], limit);
     if (type != "as") return {};
@@ -58,7 +58,7 @@ std::string readText(sd_bus_message* message, std::string_view type, std::size_t
         auto text = readString(message, 's', limit);
         if (first.empty()) first = std::move(text);
     }
-    (void)sd_bus_message_exit_container(message); // at its end, it can be left
+    (void)sd_bus_message_exit_container(message); // cannot fail at the container's end
     return first;
 }
 
@@ -91,7 +91,7 @@ std::optional<double> readNumber(sd_bus_message* message, std::string_view type)
 }
 
 std::optional<std::int64_t> microseconds(std::optional<double> number) {
-    constexpr double kLongest = 9e15; // some players say "unknown" with the largest number
+    constexpr double kLongest = 9e15; // some players use the largest number for "unknown"
     if (!number || !std::isfinite(*number) || *number < 1 || *number > kLongest) return {};
     return static_cast<std::int64_t>(*number);
 }

@@ -9,7 +9,7 @@ namespace halvo::mpris {
 
 enum class PlaybackStatus { stopped, paused, playing };
 
-/// What a player tells about its track; texts are UTF-8 and of bounded length.
+/// A track's metadata; texts are UTF-8 and of bounded length.
 struct Metadata {
     std::string title;
     std::string artist;
@@ -20,16 +20,16 @@ struct Metadata {
     bool operator==(const Metadata&) const = default;
 };
 
-/// What of a player was read from one message.
+/// The player properties in one message.
 struct PlayerProperties {
     std::optional<PlaybackStatus> status;
     std::optional<Metadata> metadata;
     std::optional<std::string> desktopEntry;
 };
 
-/// Reads a dictionary of properties (a{sv}) at the message's position and goes past it. Players
-/// disagree about types: a list counts as its first entry, every kind of number as a number; what
-/// cannot be read counts as absent. False when it is no such dictionary.
+/// Reads a dictionary of properties (a{sv}) and advances past it. Tolerates wrong types, because
+/// players differ: a list counts as its first non-empty entry, any numeric type as a number;
+/// unreadable values count as absent. False when there is no such dictionary.
 bool readProperties(sd_bus_message* message, PlayerProperties& into);
 
 } // namespace halvo::mpris

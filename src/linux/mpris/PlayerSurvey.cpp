@@ -19,12 +19,12 @@ using Clock = std::chrono::steady_clock;
 constexpr microseconds kSurveyTime{500'000};
 constexpr microseconds kCallTime{1'000'000};
 
-/// One player's answer, as it comes or does not.
+/// A query to one player, and its reply if any.
 struct Question {
     SurveyedPlayer player;
-    std::size_t* open; ///< how many are still to come
+    std::size_t* open; ///< replies still to come
     bool answered = false;
-    Slot slot = {}; ///< without it nothing comes any more
+    Slot slot = {}; ///< destroying it cancels the call
 };
 
 int takeAnswer(sd_bus_message* reply, void* data, sd_bus_error* /*error*/) {
@@ -45,7 +45,7 @@ std::optional<PlayerSurvey> PlayerSurvey::connect() {
     sd_bus* opened = nullptr;
     if (sd_bus_open_user(&opened) < 0) return std::nullopt;
     Bus bus(opened);
-    (void)sd_bus_set_method_call_timeout(bus.get(), kCallTime.count()); // only fails for no bus
+    (void)sd_bus_set_method_call_timeout(bus.get(), kCallTime.count()); // fails only without a bus
     return PlayerSurvey(std::move(bus));
 }
 
@@ -69,7 +69,7 @@ std::vector<SurveyedPlayer> PlayerSurvey::players() {
     std::size_t open = 0;
     for (const auto& name : playerNames())
         questions.push_back({.player = {.busName = name, .name = playerName(name)}, .open = &open});
-    for (auto& question : questions) { // all at once: one that hangs delays no other
+    for (auto& question : questions) { // in parallel: a hanging player delays no other
         sd_bus_slot* slot = nullptr;
         const int sent = sd_bus_call_method_async(
             bus_.get(), &slot, question.player.busName.c_str(), kPath, kProperties, "GetAll",

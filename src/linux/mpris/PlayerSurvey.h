@@ -11,13 +11,12 @@ namespace halvo::mpris {
 
 struct SurveyedPlayer {
     std::string busName;
-    std::string name; ///< its own part of the bus name
+    std::string name; ///< its part of the bus name
     PlaybackStatus status = PlaybackStatus::stopped;
     Metadata metadata = {};
 };
 
-/// One look at all players, over a connection of its own; for programs and threads that may wait.
-/// One thread.
+/// Queries all players once, over its own connection. Blocks. One thread.
 class PlayerSurvey {
   public:
     /// Nothing when there is no session bus.
@@ -26,10 +25,11 @@ class PlayerSurvey {
     /// Those that answer within half a second; playing ones first, then paused ones, then by name.
     std::vector<SurveyedPlayer> players();
 
-    /// The player that the running helper shows; empty when there is none, or no helper.
+    /// The player that the running helper shows; empty without one or without a helper.
     std::string shownPlayer();
 
-    /// Calls a method of the player; what went wrong, if anything did. At most a second.
+    /// Calls a method of the player; an error's description on failure. Blocks for at most a
+    /// second.
     std::optional<std::string> call(const std::string& busName, const char* method);
 
   private:

@@ -37,7 +37,7 @@ float loudest(const std::vector<float>& volumes) {
     return std::ranges::max(volumes);
 }
 
-/// The level for a device with another number of channels: what it has too many of get the loudest.
+/// Adapts a level to another number of channels: extra channels get the loudest one's.
 std::vector<float> fitted(std::vector<float> volumes, std::size_t channels) {
     const float rest = volumes.empty() ? 0 : loudest(volumes);
     volumes.resize(channels, rest);
@@ -45,7 +45,7 @@ std::vector<float> fitted(std::vector<float> volumes, std::size_t channels) {
     return volumes;
 }
 
-/// A card keeps volumes in steps of its own.
+/// A card rounds volumes to its own steps.
 bool isNear(float wanted, float found) {
     return std::abs(wanted - found) <= 1e-4F + 1e-3F * std::abs(wanted);
 }
@@ -199,7 +199,7 @@ bool PipeWireAudioHardware::writeLevel(AudioDeviceID device, LevelUpdate update,
             fitted(std::move(*update.channelVolumes), before.channelVolumes->size());
     }
     if (!graph.setLevel(*sink, update, persistence)) return false;
-    // A card says first that something changed, and what when it is asked: twice there and back.
+    // A card first reports that something changed and then, on request, what: two round trips.
     if (!lock.roundTrip(kLongestWrite) || !lock.roundTrip(kLongestWrite)) return false;
     return lock.waitFor(
         [this, &graph, &update, device] {
@@ -284,7 +284,7 @@ void PipeWireAudioHardware::applyProtection(const std::string& uid) {
     const auto now = sink ? graph.level(*sink) : LevelUpdate{};
     if (!now.channelVolumes) return;
     const auto& level = found->second;
-    // Nobody to tell of a refusal here.
+    // There is no one to report a failure to.
     (void)graph.setLevel(*sink,
                          {fitted(level.channelVolumes, now.channelVolumes->size()), level.muted},
                          LevelPersistence::temporary);
@@ -308,7 +308,7 @@ void PipeWireAudioHardware::devicesChanged() {
     const auto before = std::exchange(seenDevices_, graph.sinks());
     for (const auto device : seenDevices_) {
         if (std::ranges::find(before, device) != before.end()) continue;
-        // One that comes back as the default is as loud as one that is made it.
+        // A device that returns as the default needs the same protection as one that becomes it.
         const auto& uid = graph.sink(device)->name();
         if (uid == seenConfigured_ || uid == seenCurrent_) applyProtection(uid);
     }
@@ -319,7 +319,7 @@ void PipeWireAudioHardware::defaultsChanged() {
     const auto* defaults = connection_.graph().defaults();
     const auto configured = defaults ? defaults->configured() : std::nullopt;
     const auto current = defaults ? defaults->current() : std::nullopt;
-    // The request comes first, milliseconds before streams move.
+    // The request arrives first, milliseconds before streams move.
     if (configured && configured != seenConfigured_) applyProtection(*configured);
     if (current && current != seenCurrent_) applyProtection(*current);
     if (current != seenCurrent_) listeners_.post(Topic::defaultOutput);

@@ -17,9 +17,9 @@ class PipeWireConnection;
 class PipeWireNode;
 
 /// The sinks of a PipeWire server as devices. A device's ID is its serial number, its UID the name
-/// of its node, so an ID stands for one appearance of a device and a UID for the device itself.
+/// of its node, so a device that is removed and added again has a new ID and the same UID.
 ///
-/// Main thread, or any one thread that stands for it. A write waits for its effect, at most 0.2 s
+/// Main thread, or any one thread in its place. A write waits for its effect, at most 0.2 s
 /// (default) or 0.6 s (levels).
 class PipeWireAudioHardware final : public AudioServer, private PipeWireObserver {
   public:
@@ -35,12 +35,12 @@ class PipeWireAudioHardware final : public AudioServer, private PipeWireObserver
 
     std::optional<AudioDeviceID> defaultOutput() override;
     bool setDefaultOutput(AudioDeviceID device) override;
-    /// PipeWire has no such thing: true when the device exists.
+    /// PipeWire has none: true when the device exists.
     bool setDefaultSystemOutput(AudioDeviceID device) override;
 
     /// `main` is the loudest channel; more than 1 is read as 1. A mono device has no `right`.
     std::optional<float> volume(AudioDeviceID device, VolumeElement element) override;
-    /// `main` sets every channel. The server does not keep it for the device's next appearance.
+    /// `main` sets every channel. The session manager does not save it.
     bool setVolume(AudioDeviceID device, VolumeElement element, float volume) override;
     std::optional<bool> mute(AudioDeviceID device) override;
     bool setMute(AudioDeviceID device, bool muted) override;
@@ -49,7 +49,7 @@ class PipeWireAudioHardware final : public AudioServer, private PipeWireObserver
     bool listenToDefaultOutput(Listener listener) override;
     bool listenToVolume(AudioDeviceID device, VolumeElement element, Listener listener) override;
     bool listenToMute(AudioDeviceID device, Listener listener) override;
-    /// Waits for a listener that runs at this moment, 0.7 s at most.
+    /// Waits for a running listener, 0.7 s at most.
     void silenceListeners() override;
 
     std::optional<DeviceLevel> level(AudioDeviceID device) override;
@@ -74,7 +74,7 @@ class PipeWireAudioHardware final : public AudioServer, private PipeWireObserver
     void muteChanged(AudioDeviceID device) override;
     void streamsChanged() override;
 
-    /// Null while the server is away. With the connection's lock.
+    /// Null while disconnected. With the connection's lock.
     const PipeWireNode* device(AudioDeviceID device) const;
     bool writeLevel(AudioDeviceID device, LevelUpdate update, LevelPersistence persistence);
     void applyProtection(const std::string& uid);

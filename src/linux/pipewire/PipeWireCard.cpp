@@ -36,7 +36,7 @@ const pw_device_events& PipeWireCard::events() {
         table.param = [](void* object, int sequence, std::uint32_t id, std::uint32_t, std::uint32_t,
                          const spa_pod* param) {
             auto* self = static_cast<PipeWireCard*>(object);
-            // Answers to an earlier question may still be under way.
+            // Replies to an earlier request may still arrive.
             if (id != SPA_PARAM_Route || !param || sequence != self->question_) return;
             if (auto route = readRoute(*param)) self->incoming_.push_back(std::move(*route));
         };

@@ -22,9 +22,9 @@ class PipeWireCard {
     ~PipeWireCard();
 
     std::uint32_t globalID() const { return globalID_; }
-    /// Whether the first complete list of routes has come.
+    /// Whether the first complete list of routes has arrived.
     bool isKnown() const { return known_; }
-    /// The way out that belongs to `card.profile.device`; null when it has none with a volume.
+    /// The output route of `card.profile.device`; null when it has none with a volume.
     const CardRoute* route(int profileDevice) const;
     bool setLevel(const CardRoute& route, const LevelUpdate& update, LevelPersistence persistence) {
         return writeRoute(*proxy_, route, update, persistence);

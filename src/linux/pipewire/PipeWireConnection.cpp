@@ -17,10 +17,10 @@ using std::chrono::milliseconds;
 
 constexpr milliseconds kFirstRetry{250};
 constexpr milliseconds kLastRetry{5000};
-/// A session without any sink never gets a default: no longer than this is one waited for.
+/// Limit for the wait for a default, which a session without sinks never gets.
 constexpr milliseconds kDefaultGrace{1000};
-/// Round trips until everything that was there has told of itself: the objects, their parameters,
-/// and the routes of the cards.
+/// Round trips until all existing objects are known: the objects, their parameters, the cards'
+/// routes.
 constexpr int kRoundTripsToKnow = 3;
 
 struct LoopDeleter {
@@ -77,7 +77,7 @@ struct PipeWireConnection::Implementation final : PipeWireObserver {
 };
 
 bool PipeWireConnection::Implementation::start() {
-    // Never undone: other connections may live in the process.
+    // Never undone: the process may have other connections.
     pw_init(nullptr, nullptr);
     threadLoop.reset(pw_thread_loop_new("halvo-server", nullptr));
     if (!threadLoop) return false;
@@ -107,7 +107,7 @@ void PipeWireConnection::Implementation::stop() {
 void PipeWireConnection::Implementation::arm(milliseconds delay) const {
     timespec value{};
     value.tv_sec = delay.count() / 1000;
-    // A zero would switch the timer off.
+    // Zero would disarm the timer.
     value.tv_nsec = std::max<long>(1, delay.count() % 1000 * 1'000'000);
     pw_loop_update_timer(pw_thread_loop_get_loop(threadLoop.get()), timer, &value, nullptr, false);
 }
@@ -142,7 +142,7 @@ void PipeWireConnection::Implementation::disconnect() {
 }
 
 void PipeWireConnection::Implementation::lose() {
-    // The core must not be destroyed inside its own event: the timer does it at once.
+    // The core must not be destroyed inside its own event; the timer does it right after.
     lost = true;
     phase = Phase::away;
     arm(milliseconds(0));
@@ -171,7 +171,7 @@ const pw_core_events& PipeWireConnection::Implementation::coreEvents() {
             if (id == PW_ID_CORE) static_cast<Implementation*>(self)->roundTripDone(sequence);
         };
         table.error = [](void* self, std::uint32_t id, int, int result, const char*) {
-            // Errors of single objects leave the connection as it is.
+            // Errors of single objects do not concern the connection.
             if (id == PW_ID_CORE && result == -EPIPE) static_cast<Implementation*>(self)->lose();
         };
         return table;
@@ -214,7 +214,7 @@ template <typename Call> void PipeWireConnection::Implementation::tell(Call call
 }
 
 template <typename Call> void PipeWireConnection::Implementation::tellWhenReady(Call call) {
-    // What comes before is summed up by `serverConnected`.
+    // Earlier changes are covered by `serverConnected`.
     if (phase == Phase::ready) {
         tell(call);
     } else {

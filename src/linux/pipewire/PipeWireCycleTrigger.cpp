@@ -6,7 +6,7 @@ namespace halvo {
 
 namespace {
 
-/// By this the driver finds the node.
+/// The name by which the driver finds the node.
 constexpr const char* kNodeName = "halvo-cycle-trigger";
 
 } // namespace
@@ -15,8 +15,8 @@ std::unique_ptr<PipeWireCycleTrigger> PipeWireCycleTrigger::create(PipeWireConne
                                                                    Owner& owner) {
     auto* core = connection.core();
     if (!core) return nullptr;
-    std::unique_ptr<PipeWireCycleTrigger> turn(new PipeWireCycleTrigger(connection, owner));
-    return turn->connect(*core) ? std::move(turn) : nullptr;
+    std::unique_ptr<PipeWireCycleTrigger> trigger(new PipeWireCycleTrigger(connection, owner));
+    return trigger->connect(*core) ? std::move(trigger) : nullptr;
 }
 
 PipeWireCycleTrigger::~PipeWireCycleTrigger() {
@@ -28,7 +28,7 @@ void PipeWireCycleTrigger::end() {
 }
 
 bool PipeWireCycleTrigger::connect(pw_core& core) {
-    // Without a media class it is nothing that a session manager would link or a mixer show.
+    // Without a media class, no session manager links it and no mixer shows it.
     filter_.reset(pw_filter_new(
         &core, kNodeName,
         pw_properties_new(PW_KEY_NODE_NAME, kNodeName, PW_KEY_NODE_DESCRIPTION, "Halvo",
@@ -67,7 +67,7 @@ void PipeWireCycleTrigger::stateChanged(pw_filter_state state) {
 }
 
 void PipeWireCycleTrigger::process() noexcept {
-    // What arrives says only when; it goes back unread.
+    // The buffer is recycled unread; only its timing matters.
     if (auto* buffer = pw_filter_dequeue_buffer(port_)) pw_filter_queue_buffer(port_, buffer);
     owner_.cycleTriggered();
 }

@@ -10,9 +10,9 @@ namespace halvo {
 
 class PipeWireConnection;
 
-/// A node without sound of its own. In each cycle of the graph its turn comes after the turn of
-/// whatever is linked to its port, at the beginning of the cycle while nothing is. The driver of
-/// the virtual device links itself to it. With the connection's lock.
+/// A node without sound. In each cycle of the graph it runs after the node that is linked to its
+/// port, or at the start of the cycle without a link. The virtual device's driver makes the link.
+/// With the connection's lock.
 class PipeWireCycleTrigger {
   public:
     class Owner {
@@ -20,11 +20,11 @@ class PipeWireCycleTrigger {
         virtual ~Owner() = default;
         /// Once per cycle. Render thread.
         virtual void cycleTriggered() noexcept = 0;
-        /// The server ended the node. Connection's thread; it must not be destroyed here.
+        /// The server removed the node. Connection's thread; it must not be destroyed here.
         virtual void triggerFailed() = 0;
     };
 
-    /// Null when the server is away or refuses.
+    /// Null while disconnected or on failure.
     static std::unique_ptr<PipeWireCycleTrigger> create(PipeWireConnection& connection,
                                                         Owner& owner);
     ~PipeWireCycleTrigger();

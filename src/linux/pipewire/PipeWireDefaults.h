@@ -9,8 +9,7 @@
 
 namespace halvo {
 
-/// The session's choice of a default sink, kept in the server's metadata. With the connection's
-/// lock.
+/// The session's default sink, in the server's metadata. With the connection's lock.
 class PipeWireDefaults {
   public:
     /// `changed` runs on the connection's thread.
@@ -20,9 +19,9 @@ class PipeWireDefaults {
     std::uint32_t globalID() const { return globalID_; }
     /// The name of the sink that is the default.
     std::optional<std::string> current() const;
-    /// The name of the sink that somebody asked for.
+    /// The name of the configured sink.
     std::optional<std::string> configured() const;
-    /// Asks for a default or takes the request back; false when the server is not there.
+    /// Sets the configured default or removes it; false while disconnected.
     bool configure(const std::optional<std::string>& sinkName);
 
   private:

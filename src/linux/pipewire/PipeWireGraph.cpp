@@ -10,7 +10,7 @@ namespace {
 
 /// The link group of this program's own nodes.
 constexpr const char* kOwnGroup = "halvo";
-/// A server counts its serial numbers from 0 again when it restarts; this keeps ids apart.
+/// A restarted server counts serial numbers from 0 again; this keeps the ids apart.
 constexpr AudioDeviceID kSerialsPerServer = 1U << 24;
 
 std::uint32_t number(const spa_dict& properties, const char* key) {
@@ -96,7 +96,7 @@ bool PipeWireGraph::hasForeignStreams(const PipeWireNode& sink) const {
         const auto& link = entry.second;
         if (link.inputNode != sink.globalID()) return false;
         const auto source = nodes_.find(link.outputNode);
-        // One that is not known yet may be loud: it counts.
+        // A stream that is not known yet may be loud, so it counts.
         return source == nodes_.end() || source->second->linkGroup() != kOwnGroup;
     });
 }

@@ -14,32 +14,32 @@
 
 namespace halvo {
 
-/// What the server holds: sinks with their levels, the streams into them, the default. A sink
-/// appears only when its level is known. With the connection's lock.
+/// A mirror of the server's state: sinks with their levels, the streams into them, the default. A
+/// sink appears only when its level is known. With the connection's lock.
 class PipeWireGraph final : private PipeWireNode::Owner, private PipeWireCard::Owner {
   public:
-    /// `news` hears of every change, whether or not the connection counts as ready.
+    /// `news` is told every change, whether or not the connection is ready.
     explicit PipeWireGraph(PipeWireObserver& news) : news_(news) {}
     ~PipeWireGraph() override;
 
     /// Starts to follow a server. `epoch` counts the servers, from 0.
     void attach(pw_core& core, std::uint32_t epoch);
-    /// Forgets everything; before the core goes.
+    /// Drops everything; call before the core is destroyed.
     void detach();
 
     /// The sinks in the order in which they appeared.
     std::vector<AudioDeviceID> sinks() const;
-    /// Null for what is not there.
+    /// Null when there is none.
     const PipeWireNode* sink(AudioDeviceID device) const;
     const PipeWireNode* sinkNamed(const std::string& name) const;
-    /// Empty where the sink has no volume. More than 1 stays more than 1.
+    /// Empty when the sink has no volume. Not limited to 1.
     LevelUpdate level(const PipeWireNode& sink) const;
-    /// False when the server is not there to take it.
+    /// False while disconnected.
     bool setLevel(const PipeWireNode& sink, const LevelUpdate& update,
                   LevelPersistence persistence);
     /// Whether a node that does not belong to this program plays into the sink.
     bool hasForeignStreams(const PipeWireNode& sink) const;
-    /// Null while no session manager keeps one.
+    /// Null without a session manager.
     PipeWireDefaults* defaults() const { return defaults_.get(); }
 
   private:
@@ -65,7 +65,7 @@ class PipeWireGraph final : private PipeWireNode::Owner, private PipeWireCard::O
     std::map<std::uint32_t, std::unique_ptr<PipeWireCard>> cards_;
     std::map<std::uint32_t, Link> links_;
     std::unique_ptr<PipeWireDefaults> defaults_;
-    /// What was last told of each announced sink.
+    /// The last announced state of each sink.
     struct Told {
         std::string description;
         LevelUpdate level;

@@ -5,7 +5,7 @@
 
 #include <memory>
 
-// The server's calls are macros in the manner of C.
+// libpipewire's calls are macros with C casts.
 #pragma GCC diagnostic ignored "-Wold-style-cast"
 #ifdef __clang__
 #pragma clang diagnostic ignored "-Wgnu-statement-expression-from-macro-expansion"
@@ -13,7 +13,7 @@
 
 namespace halvo {
 
-/// A listener's place in an object's list; leaves it when destroyed.
+/// A listener hook; removed when destroyed.
 class PipeWireHook {
   public:
     PipeWireHook() = default;
@@ -36,7 +36,7 @@ struct PipeWireProxyDeleter {
         pw_proxy_destroy(reinterpret_cast<pw_proxy*>(object));
     }
 };
-/// A server object that this side holds. To be declared before its hooks, so that they leave first.
+/// A proxy. Declare it before its hooks, so that they are removed first.
 template <typename Object> using PipeWireProxy = std::unique_ptr<Object, PipeWireProxyDeleter>;
 
 struct PipeWirePropertiesDeleter {

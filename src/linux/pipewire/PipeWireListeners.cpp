@@ -5,7 +5,7 @@
 namespace halvo {
 
 namespace {
-/// Longer than any wait of the back end that a listener can be in.
+/// Longer than any wait of the back end inside a listener.
 constexpr std::chrono::milliseconds kLongestSilencing{700};
 } // namespace
 
@@ -33,8 +33,8 @@ void PipeWireListeners::post(Topic topic, AudioDeviceID device) {
 
 void PipeWireListeners::silence() {
     gate_->silenced = true;
-    // Recursive, because a listener may itself silence; limited, because the main thread may hang
-    // while the system must still be given back its routing.
+    // Recursive, because a listener may call `silence`; with a limit, because the main thread may
+    // hang while the system's routing still has to be restored.
     if (gate_->running.try_lock_for(kLongestSilencing)) gate_->running.unlock();
 }
 

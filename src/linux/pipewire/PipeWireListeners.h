@@ -12,8 +12,8 @@
 
 namespace halvo {
 
-/// Carries the sound server's news to the main queue, one hop each. News that come before the
-/// listener has run for the last ones are told once.
+/// Posts the sound server's events to the main queue. Events that arrive before the listener has
+/// run are merged into one call.
 class PipeWireListeners {
   public:
     enum class Topic { deviceList, defaultOutput, volume, mute, streams };
@@ -21,7 +21,7 @@ class PipeWireListeners {
     explicit PipeWireListeners(MainQueue& mainQueue);
     ~PipeWireListeners() { gate_->silenced = true; }
 
-    /// `device` narrows `volume` and `mute`; 0 for the others. Any thread.
+    /// `device` applies to `volume` and `mute`; 0 for the others. Any thread.
     void add(Topic topic, AudioDeviceID device, AudioHardware::Listener listener);
     /// Any thread.
     void post(Topic topic, AudioDeviceID device = 0);
@@ -29,7 +29,7 @@ class PipeWireListeners {
     void silence();
 
   private:
-    /// Shared with the work in the main queue, which may outlive this object.
+    /// Shared with work in the main queue, which may outlive this object.
     struct Gate {
         std::recursive_timed_mutex running;
         std::atomic<bool> silenced{false};

@@ -93,7 +93,7 @@ void PipeWireNode::infoChanged(const pw_node_info& info) {
     if (info.props && (info.change_mask & PW_NODE_CHANGE_MASK_PROPS)) readProperties(*info.props);
     if (!infoSeen_) {
         infoSeen_ = true;
-        // A sink without a volume of its own is known once it had the time to tell one.
+        // A sink without a volume counts as known after it had time to report one.
         if (isSink_ && !hasReadableProps(info)) {
             pw_proxy_sync(reinterpret_cast<pw_proxy*>(proxy_.get()), 0);
         }
@@ -102,7 +102,7 @@ void PipeWireNode::infoChanged(const pw_node_info& info) {
 }
 
 void PipeWireNode::paramChanged(const spa_pod& props) {
-    // One of several: the driver's own parameters follow those of the volume.
+    // One of several: the driver's own parameters follow the volume's.
     auto update = readProps(props);
     if (update.muted) level_.muted = update.muted;
     if (update.channelVolumes) {

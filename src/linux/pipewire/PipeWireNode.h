@@ -9,7 +9,7 @@
 
 namespace halvo {
 
-/// One node of the server's graph: what its events said last. With the connection's lock.
+/// One node of the server's graph: its last reported state. With the connection's lock.
 class PipeWireNode {
   public:
     enum class Change { properties, level };
@@ -30,19 +30,19 @@ class PipeWireNode {
     bool isSink() const { return isSink_; }
     /// `node.name`: unique among sinks and stable, unlike the ids.
     const std::string& name() const { return name_; }
-    /// For people.
+    /// For the user interface.
     const std::string& description() const { return description_; }
     const std::string& linkGroup() const { return linkGroup_; }
     /// The card and the part of it that the node plays through, if there is one.
     std::optional<std::uint32_t> cardID() const { return cardID_; }
     std::optional<int> profileDevice() const { return profileDevice_; }
 
-    /// Whether the first properties and the first level, if the node has any, have come.
+    /// Whether the first properties and the first level, if the node has one, have arrived.
     bool isKnown() const { return infoSeen_ && (!isSink_ || levelSeen_); }
     const LevelUpdate& level() const { return level_; }
     bool setLevel(const LevelUpdate& update) { return writeProps(*proxy_, update); }
 
-    /// Whether the graph has told of the node as a device.
+    /// Whether the graph has announced the node as a device.
     bool announced = false;
 
   private:

@@ -4,19 +4,19 @@
 
 namespace halvo {
 
-/// What somebody who watches the sound server hears from a `PipeWireConnection`. Every function
-/// runs on the connection's own thread with its lock held and must not wait.
+/// The events of a `PipeWireConnection`. Every function runs on the connection's own thread with
+/// its lock held and must not block.
 class PipeWireObserver {
   public:
     virtual ~PipeWireObserver() = default;
 
-    /// The server is there, its devices and its default are known.
+    /// Connected; devices and default are known.
     virtual void serverConnected() {}
-    /// The server is gone; everything made from its core must be destroyed before this returns.
+    /// Disconnected; everything created from the core must be destroyed before this returns.
     virtual void serverDisconnected() {}
-    /// A device came, went or got another name.
+    /// A device was added, removed or renamed.
     virtual void devicesChanged() {}
-    /// The default or the request for one changed, or could not be read any more.
+    /// The default or the configured default changed, or can no longer be read.
     virtual void defaultsChanged() {}
     virtual void volumeChanged(AudioDeviceID) {}
     virtual void muteChanged(AudioDeviceID) {}

@@ -12,7 +12,7 @@ namespace {
 
 using std::chrono::milliseconds;
 
-/// To play into it would be to hear oneself again.
+/// Playing into it would be a feedback loop.
 constexpr std::uint32_t kMostChannels = 64;
 constexpr milliseconds kFirstRetry{50};
 constexpr milliseconds kLastRetry{2000};
@@ -94,7 +94,7 @@ void PipeWireOutputUnit::update() {
     const auto name = target();
     const auto* sink = name ? connection_.graph().sinkNamed(*name) : nullptr;
     if (stream_) {
-        // Without a device of its own it stays where it began, until that sink goes.
+        // Without a device it stays on the sink it started with, until that is removed.
         if (connection_.graph().sink(openDevice_)) return;
         close();
     }
@@ -124,8 +124,8 @@ void PipeWireOutputUnit::retry() {
 }
 
 void PipeWireOutputUnit::streamFailed() {
-    // Also when the session manager did not know the sink yet, or took it away a moment before the
-    // server says so.
+    // Also when the session manager does not know the sink yet, or removed it just before the
+    // server reports that.
     if (started_) tryAgainLater();
 }
 

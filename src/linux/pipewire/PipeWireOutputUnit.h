@@ -20,13 +20,13 @@ namespace halvo {
 
 class PipeWireConnection;
 
-/// Plays a render callback to one sink, by name. While it is started it comes back by itself when
-/// the server or the sink went away and returned. Main thread, unless said otherwise.
+/// Plays a render callback to one sink, by name. While started, it reconnects by itself when the
+/// server or the sink returns. Main thread, unless said otherwise.
 class PipeWireOutputUnit final : public OutputUnit,
                                  private PipeWireObserver,
                                  private PipeWireStream::Owner {
   public:
-    /// Told, on the connection's thread, whether sound flows or all is at rest.
+    /// Called on the connection's thread when sound starts to flow or the graph goes idle.
     using Flow = std::function<void(bool flows)>;
 
     /// Both must outlive the unit.
@@ -34,20 +34,20 @@ class PipeWireOutputUnit final : public OutputUnit,
     ~PipeWireOutputUnit() override;
 
     /// Takes effect at the next `start`. False, and nothing changes, for an unknown device. Without
-    /// a device it plays to the default, and plays nothing while that is Halvo's own device.
+    /// a device it plays to the default, or nothing while that is the virtual device.
     bool setDevice(AudioDeviceID device) override;
     /// 1 to 64 channels, a positive rate; false otherwise. Takes effect at the next `start`.
     bool setStreamFormat(const StreamFormat& format) override;
     bool setRenderCallback(RenderCallback callback, void* refCon) override;
     /// False until format and callback are set.
     bool initialize() override;
-    /// False while nothing can play yet: the unit stays started and plays once its sink is there.
+    /// False while it cannot play yet: the unit stays started and plays once its sink exists.
     bool start() override;
     bool stop() override;
 
     /// Frames that the callback has rendered. Any thread.
     std::uint64_t framesPlayed() const { return renderer_.framesPlayed(); }
-    /// Cycles of the server that passed without this unit. Any thread.
+    /// Cycles of the server that this unit missed. Any thread.
     std::uint64_t underruns() const { return renderer_.underruns(); }
 
   private:
@@ -58,9 +58,9 @@ class PipeWireOutputUnit final : public OutputUnit,
     void streamFailed() override;
     void flowChanged(bool flows) override;
 
-    /// The name of the sink to play to; nothing while there is none to play to.
+    /// The name of the sink to play to; nothing without one.
     std::optional<std::string> target() const;
-    /// Brings the stream in line with what is there: opens it, or closes it.
+    /// Opens or closes the stream, depending on server and sink.
     void update();
     void close();
     void tryAgainLater();
@@ -78,12 +78,12 @@ class PipeWireOutputUnit final : public OutputUnit,
     AudioDeviceID openDevice_ = 0;
     spa_source* retry_ = nullptr;
     std::chrono::milliseconds retryDelay_{};
-    // The render thread's while there is a stream.
+    // The render thread's while a stream exists.
     PipeWireRenderer renderer_;
     std::unique_ptr<PipeWireStream> stream_;
 };
 
-/// Makes units that share one connection and one gate; both must outlive every unit.
+/// Creates units that share one connection and one gate; both must outlive every unit.
 class PipeWireOutputUnitFactory final : public OutputUnitFactory {
   public:
     PipeWireOutputUnitFactory(PipeWireConnection& connection, const OutputGate& gate,

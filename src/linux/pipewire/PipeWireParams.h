@@ -11,13 +11,13 @@ struct spa_pod;
 
 namespace halvo {
 
-/// The part of a device's loudness that a parameter states, or that is to be changed.
+/// The part of a device's level that a parameter reports or sets.
 struct LevelUpdate {
     std::optional<std::vector<float>> channelVolumes;
     std::optional<bool> muted;
 };
 
-/// One way out of a sound card, as its "Route" parameter states it.
+/// One output route of a sound card, from its "Route" parameter.
 struct CardRoute {
     int index = 0;
     /// Equal to `card.profile.device` of the node that plays through this route.
@@ -27,10 +27,10 @@ struct CardRoute {
 };
 
 LevelUpdate readProps(const spa_pod& props);
-/// Nothing when it is not a complete route.
+/// Nothing for an incomplete route.
 std::optional<CardRoute> readRoute(const spa_pod& route);
 
-/// Both need the connection's lock; false when the server does not take the request.
+/// Both need the connection's lock; false when the request cannot be sent.
 bool writeProps(pw_node& node, const LevelUpdate& update);
 bool writeRoute(pw_device& card, const CardRoute& route, const LevelUpdate& update,
                 LevelPersistence persistence);

@@ -39,7 +39,7 @@ void PipeWireRenderer::ask(float* samples, std::uint32_t frames) noexcept HALVO_
     RenderBufferList list{1, &buffer};
     const RenderTimestamp timestamp{sampleTime_};
     std::uint32_t flags = 0;
-    // A callback that fails has left silence or sound; either may be played.
+    // After a failure the buffer holds silence or valid sound; either may be played.
     (void)callback_(refCon_, &flags, &timestamp, 0, frames, &list);
     sampleTime_ += frames;
 }
@@ -71,7 +71,7 @@ void PipeWireRenderer::fade(float* samples, std::uint32_t frames) noexcept HALVO
 void PipeWireRenderer::clock(std::uint32_t clockID, std::uint64_t position,
                              std::uint64_t duration) noexcept HALVO_REALTIME {
     const bool follows = !clockSeen_ || clockID != clockID_ || position == nextPosition_ ||
-                         position == position_; // asked twice in one cycle
+                         position == position_; // called twice in one cycle
     if (!follows) underruns_.fetch_add(1, std::memory_order_relaxed);
     clockSeen_ = true;
     clockID_ = clockID;

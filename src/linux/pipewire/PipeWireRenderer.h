@@ -9,24 +9,23 @@
 
 namespace halvo {
 
-/// What the render thread does in a cycle, apart from the server's buffers: asks the callback,
-/// removes samples that are not finite, applies the gate and counts.
+/// The render thread's work in a cycle, apart from the server's buffers: calls the callback,
+/// replaces samples that are not finite, applies the gate and counts.
 class PipeWireRenderer {
   public:
     explicit PipeWireRenderer(const OutputGate& gate) : gate_(gate) {}
 
-    /// While no cycle runs.
+    /// Call while no cycle runs.
     void prepare(const StreamFormat& format, RenderCallback callback, void* refCon);
 
     /// Fills `frames` interleaved frames. Render thread.
     void render(float* samples, std::uint32_t frames) noexcept HALVO_REALTIME;
 
-    /// Asks the callback and lets go of what it gives; `samples` is room for it. Render thread.
+    /// Calls the callback and discards its output; `samples` is the buffer. Render thread.
     void renderToNowhere(float* samples, std::uint32_t frames) noexcept HALVO_REALTIME;
 
-    /// Where the server's clock stands at the start of a cycle, in frames, and how long the cycle
-    /// is. A cycle that does not follow the one before counts as an underrun, unless the clock is
-    /// another one. Render thread.
+    /// The server's clock at the start of a cycle, and the cycle's length, in frames. A gap to the
+    /// previous cycle counts as an underrun, unless the clock has changed. Render thread.
     void clock(std::uint32_t clockID, std::uint64_t position,
                std::uint64_t duration) noexcept HALVO_REALTIME;
 

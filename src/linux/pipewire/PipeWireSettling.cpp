@@ -27,7 +27,7 @@ PipeWireSettling::PipeWireSettling(PipeWireConnection& connection, PipeWireRende
 PipeWireSettling::~PipeWireSettling() {
     end();
     if (timer_) pw_loop_destroy_source(connection_.loop(), timer_);
-    // Waits until what was handed to the render thread is over.
+    // Waits until the render thread has finished the work given to it.
     pw_data_loop_invoke(
         connection_.dataLoop(),
         [](spa_loop*, bool, std::uint32_t, const void*, std::size_t, void*) { return 0; }, 0,

@@ -13,21 +13,20 @@ namespace halvo {
 class PipeWireConnection;
 class PipeWireRenderer;
 
-/// When the server's graph goes to sleep, no cycle comes that would carry silence: what follows the
-/// sound, such as a meter, would stay where it was. This plays one more second to nowhere, at the
-/// pace of the sound. With the connection's lock.
+/// When the server's graph goes to sleep, no cycle delivers silence, and meters would keep their
+/// last value. This renders one more second to nowhere, in real time. With the connection's lock.
 class PipeWireSettling {
   public:
     /// `settled` is called on the connection's thread at the end of that second.
     PipeWireSettling(PipeWireConnection& connection, PipeWireRenderer& renderer,
                      const StreamFormat& format, std::function<void()> settled);
-    /// Returns when the render thread has left it for good.
+    /// Returns once the render thread no longer uses it.
     ~PipeWireSettling();
     PipeWireSettling(const PipeWireSettling&) = delete;
     PipeWireSettling& operator=(const PipeWireSettling&) = delete;
 
     void begin();
-    /// Cycles come again. To be called before they do.
+    /// Call before cycles resume.
     void end();
 
   private:

@@ -16,7 +16,7 @@ namespace halvo {
 
 namespace {
 
-/// The usual places of the loudspeakers; other counts have none and go channel by channel.
+/// The standard speaker positions; other channel counts have none and are mapped one to one.
 void setPositions(spa_audio_info_raw& info) {
     static constexpr std::array<std::uint32_t, 8> kSurround = {
         SPA_AUDIO_CHANNEL_FL, SPA_AUDIO_CHANNEL_FR, SPA_AUDIO_CHANNEL_FC, SPA_AUDIO_CHANNEL_LFE,
@@ -43,7 +43,8 @@ void setPositions(spa_audio_info_raw& info) {
 
 pw_properties* streamProperties(const std::string& sinkName) {
     // One group with the virtual device: one clock, no resampling. One link group: the session
-    // manager never links the stream to the virtual device itself, nor restores what it remembers.
+    // manager never links the stream to the virtual device itself, nor restores its saved
+    // properties.
     constexpr const char* kGroup = "halvo";
     const spa_dict_item items[] = {
         {PW_KEY_NODE_NAME, "halvo"},
@@ -80,7 +81,7 @@ std::unique_ptr<PipeWireStream> PipeWireStream::create(PipeWireConnection& conne
 }
 
 PipeWireStream::~PipeWireStream() {
-    if (turn_) turn_->end();
+    if (trigger_) trigger_->end();
 }
 
 bool PipeWireStream::connect(const std::string& sinkName) {
@@ -105,8 +106,8 @@ bool PipeWireStream::connect(const std::string& sinkName) {
     if (pw_stream_connect(stream_.get(), PW_DIRECTION_OUTPUT, PW_ID_ANY, kFlags, params, 1) < 0) {
         return false;
     }
-    turn_ = PipeWireCycleTrigger::create(connection_, *this);
-    return turn_ != nullptr;
+    trigger_ = PipeWireCycleTrigger::create(connection_, *this);
+    return trigger_ != nullptr;
 }
 
 const pw_stream_events& PipeWireStream::events() {
@@ -152,8 +153,8 @@ void PipeWireStream::triggerFailed() {
 }
 
 void PipeWireStream::controlChanged(std::uint32_t id, const pw_stream_control& control) {
-    // The session manager restores what it once stored for a stream of this name. The loudness of
-    // this program is made elsewhere: its stream stays at unity.
+    // The session manager restores a saved volume for a stream of this name. This stream must stay
+    // at unity gain.
     const bool isMute = id == SPA_PROP_mute;
     if (!isMute && id != SPA_PROP_volume && id != SPA_PROP_channelVolumes) return;
     const float unity = isMute ? 0.0F : 1.0F;
@@ -165,7 +166,7 @@ void PipeWireStream::controlChanged(std::uint32_t id, const pw_stream_control& c
 }
 
 void PipeWireStream::cycleTriggered() noexcept {
-    // A stream that is not started would take sound and not play it.
+    // An inactive stream would accept sound without playing it.
     if (streaming_.load(std::memory_order_acquire)) (void)pw_stream_trigger_process(stream_.get());
 }
 

@@ -16,20 +16,21 @@ namespace halvo {
 class PipeWireConnection;
 class PipeWireRenderer;
 
-/// One playback stream to one sink. Lives with the connection's lock; its destructor returns when
-/// the render thread has left it for good. It renders in its turn, see `PipeWireCycleTrigger`.
+/// One playback stream to one sink, triggered by a `PipeWireCycleTrigger`. Create and destroy it
+/// with the connection's lock; the destructor returns once the render thread no longer uses it.
 class PipeWireStream : private PipeWireCycleTrigger::Owner {
   public:
     class Owner {
       public:
         virtual ~Owner() = default;
-        /// The server ended the stream. Connection's thread; the stream must not be destroyed here.
+        /// The server removed the stream. Connection's thread; the stream must not be destroyed
+        /// here.
         virtual void streamFailed() = 0;
-        /// Sound flows, or has come to rest because nobody plays. Connection's thread.
+        /// Sound flows, or the graph is idle because no client plays. Connection's thread.
         virtual void flowChanged(bool flows) = 0;
     };
 
-    /// Null when the server is away or refuses. The renderer is prepared already.
+    /// Null while disconnected or on failure. The renderer must be prepared.
     static std::unique_ptr<PipeWireStream> create(PipeWireConnection& connection, Owner& owner,
                                                   PipeWireRenderer& renderer,
                                                   const std::string& sinkName,
@@ -60,11 +61,11 @@ class PipeWireStream : private PipeWireCycleTrigger::Owner {
     const StreamFormat format_;
     bool connected_ = false;
     PipeWireSettling settling_;
-    // Render thread reads.
+    // Read by the render thread.
     std::atomic<bool> streaming_{false};
     std::atomic<const spa_io_position*> position_{nullptr};
-    // The stream goes first: its sink would wait for a turn that never comes.
-    std::unique_ptr<PipeWireCycleTrigger> turn_;
+    // Destroyed after the stream, whose sink would otherwise wait for a trigger that never comes.
+    std::unique_ptr<PipeWireCycleTrigger> trigger_;
     std::unique_ptr<pw_stream, Deleter> stream_;
     PipeWireHook hook_;
 };
