@@ -22,7 +22,7 @@ class FakeAudioServer final : public AudioServer {
         std::string uid;
         std::string name;
         DeviceLevel level; ///< now
-        DeviceLevel saved; ///< what it comes back with
+        DeviceLevel saved; ///< the level it returns with
     };
     struct Stream {
         std::string name;
@@ -32,22 +32,22 @@ class FakeAudioServer final : public AudioServer {
 
     explicit FakeAudioServer(MainQueue& queue) : queue_(queue) {}
 
-    // What the world does.
+    // Actions of the system and other programs.
     AudioDeviceID plug(const std::string& uid, const std::string& name, DeviceLevel level);
     void unplug(const std::string& uid);
-    /// Comes back with the level that was saved last.
+    /// The device returns with the level that was saved last.
     AudioDeviceID plugAgain(const std::string& uid);
-    void choose(const std::string& uid); ///< a person picks the default
+    void choose(const std::string& uid); ///< the user selects the default
     void changeLevel(const std::string& uid, const DeviceLevel& level);
     void play(const std::string& stream, std::optional<std::string> pinned = std::nullopt);
     void stopStream(const std::string& stream);
-    /// The program's connection ends: its listeners and protections go.
+    /// The program's connection ends, and with it its listeners and protections.
     void disconnect();
 
-    // How it behaves.
+    // Behaviour.
     std::chrono::milliseconds moveDelay{5};
     std::chrono::milliseconds newsDelay{10}; ///< slower than the streams
-    std::set<std::string> last;    ///< UIDs that are the default only when nothing else is there
+    std::set<std::string> last;    ///< UIDs that are the default only if there is no other sink
     std::function<void()> changed; ///< called after everything that may be heard
 
     /// Requests for a default have no effect until it is released.

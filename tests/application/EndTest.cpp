@@ -41,7 +41,7 @@ TEST(ApplicationEnd, QuitGivesEverythingBackEachTime) {
         EXPECT_EQ(scene.quit(), 0);
         EXPECT_TRUE(isGivenBack(scene.session()));
         EXPECT_FALSE(scene.hasDirtyRecord()) << scene.savedSettings();
-        EXPECT_EQ(scene.session().configuredDefault(), std::nullopt) << "nobody had asked for one";
+        EXPECT_EQ(scene.session().configuredDefault(), std::nullopt) << "none was configured";
     }
 }
 
@@ -90,7 +90,7 @@ TEST(ApplicationEnd, ADefaultThatWasNeverTakenAwayIsNotPinned) {
 TEST(ApplicationEnd, AfterACrashTheNextStartRepairsFirst) {
     ApplicationScene scene(quietSpeakers());
     scene.startDriver();
-    scene.startApplication({"HALVO_SESSION_GUARD="}); // nobody helps
+    scene.startApplication({"HALVO_SESSION_GUARD="}); // no guard
     ASSERT_TRUE(scene.isReady());
     ASSERT_TRUE(
         PrivateSession::waitFor([&] { return scene.session().volume(kSpeakers)[0] == 1.0F; }));

@@ -79,7 +79,7 @@ TEST_F(SessionGuard, GivesBackHoweverTheApplicationDiesAndKeepsTheRecord) {
         EXPECT_TRUE(ends(guard));
         EXPECT_TRUE(isGivenBack());
         EXPECT_TRUE(scene.hasDirtyRecord());
-        EXPECT_EQ(session.configuredDefault(), std::nullopt) << "nobody had asked for one";
+        EXPECT_EQ(session.configuredDefault(), std::nullopt) << "none was configured";
     }
     RecordProperty("slowestRestoreMs", std::to_string(slowest));
     startApplication();
@@ -101,7 +101,7 @@ TEST_F(SessionGuard, DoesNothingWhenTheApplicationHasGivenBackItself) {
             EXPECT_EQ(scene.quit(), 0);
         }
         EXPECT_TRUE(isGivenBack());
-        ASSERT_TRUE(session.setDefault(kHeadphones)); // the person goes on
+        ASSERT_TRUE(session.setDefault(kHeadphones)); // the user selects another device
         ASSERT_TRUE(session.setVolume(kSpeakers, {0.25F, 0.25F}));
         ASSERT_EQ(::kill(guard, SIGCONT), 0);
         EXPECT_TRUE(ends(guard));
@@ -192,7 +192,7 @@ TEST(SessionGuardProcess, StartsWithTheFirstRecordThenSleepsAndHoldsNothing) {
     ApplicationScene scene(options);
     scene.startApplication();
     ASSERT_TRUE(PrivateSession::waitFor([&] { return scene.debugLog().contains("Launch done"); }));
-    EXPECT_TRUE(scene.processes("halvo-session-guard").empty()) << "nothing to give back yet";
+    EXPECT_TRUE(scene.processes("halvo-session-guard").empty()) << "nothing to restore yet";
     ASSERT_TRUE(scene.session().plug({kSpeakers, "Speakers"}));
 
     const int guard = scene.guard();

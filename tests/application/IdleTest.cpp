@@ -15,7 +15,7 @@ using halvo::session::Recorder;
 
 namespace {
 
-/// How often each thread of a process has gone to sleep by itself, by "name/number".
+/// Voluntary context switches of each thread of a process, by "name/number".
 std::map<std::string, long> switches(int pid) {
     std::map<std::string, long> result;
     for (const auto& task :
@@ -49,7 +49,7 @@ std::string awake(ApplicationScene& scene) {
     return text.str();
 }
 
-/// Waits until neither process wakes; the session manager moves things for some seconds.
+/// Waits until neither process wakes up; the session manager is busy for some seconds.
 void expectRest(ApplicationScene& scene, const char* when) {
     std::string woken = "not looked yet";
     for (int attempt = 0; attempt < 8 && !woken.empty(); ++attempt)

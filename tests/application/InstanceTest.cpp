@@ -10,7 +10,7 @@ namespace {
 
 constexpr const char* kNoBus = "DBUS_SESSION_BUS_ADDRESS=unix:path=/nowhere";
 
-/// Whether the session has a bus: without one the lock alone holds the instances apart.
+/// Whether the session has a bus: without one only the lock prevents a second instance.
 class ApplicationInstance : public testing::TestWithParam<bool> {
   protected:
     ApplicationScene scene;

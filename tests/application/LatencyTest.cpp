@@ -17,7 +17,7 @@ namespace {
 
 constexpr std::size_t kPeriod = 12000; // frames from impulse to impulse
 
-/// A quarter of a second of silence around an impulse, again and again; its height is its number.
+/// Impulses, each in a quarter of a second of silence; an impulse's height is its number.
 std::vector<float> impulses(std::size_t count) {
     std::vector<float> samples(count * kPeriod * 2);
     for (std::size_t n = 0; n < count; ++n) {
@@ -27,7 +27,7 @@ std::vector<float> impulses(std::size_t count) {
     return samples;
 }
 
-/// The place of each impulse on the server's clock, by its number.
+/// The position of each impulse on the server's clock, by its number.
 std::map<int, std::int64_t> places(const Recording& recording) {
     std::map<int, std::int64_t> result;
     for (const auto& block : recording.blocks) {

@@ -23,7 +23,7 @@ Options someLevels() {
     return options;
 }
 
-/// A client that plays a tone all along, and both outputs recorded.
+/// A client plays a tone throughout, and both outputs are recorded.
 class Loudness : public testing::Test {
   protected:
     ApplicationScene scene{someLevels()};
@@ -39,7 +39,7 @@ class Loudness : public testing::Test {
         player = scene.play(sine(1000, 0.1F, 100));
         ASSERT_TRUE(settlesAt(*speakers, kSpeakersDb)) << "the client alone";
     }
-    /// Whether the last 0.2 s come to `level` dB.
+    /// Whether the last 0.2 s have a level of `level` dB.
     static bool settlesAt(halvo::session::Recorder& recorder, double level) {
         return PrivateSession::waitFor([&] {
             const auto sound = recorder.recording().samples;

@@ -12,7 +12,7 @@
 #include <fstream>
 #include <thread>
 
-// From a player on the session bus to what is heard, with the application as it is shipped.
+// From a player on the session bus to the audible preset, with the shipped application.
 
 using namespace halvo::test;
 using halvo::media::ScriptedPlayer;
@@ -62,7 +62,7 @@ class ListeningScene {
         player->setStatus("Playing");
     }
 
-    /// Whether a program on the bus answers a question with this text.
+    /// Whether a program on the bus replies with this text.
     bool says(const std::string& text, const std::vector<std::string>& question) {
         std::vector<std::string> words{"dbus-send", "--session", "--print-reply=literal"};
         words.insert(words.end(), question.begin(), question.end());
@@ -79,7 +79,7 @@ class ListeningScene {
                      "org.freedesktop.DBus.Properties.Get", "string:org.halvo.MediaHelper",
                      "string:ShownPlayer"});
     }
-    /// The application's helper, another one than `former`; 0 when none comes.
+    /// The PID of a helper other than `former`; 0 when none starts.
     int helper(int former = 0) {
         const auto pid = std::to_string(scene.application().pid());
         int child = 0;
@@ -126,7 +126,7 @@ TEST(NowPlaying, AnotherTrackSoundsAsItsGenreDoes) {
 }
 
 TEST(NowPlaying, WithoutAHelperThePlayersAreAsked) {
-    for (const auto* helper : {"", "/etc/passwd"}) { // there is none; it cannot be launched
+    for (const auto* helper : {"", "/etc/passwd"}) { // does not exist, so it cannot be launched
         ListeningScene listening;
         listening.announce("Kylie", "Padam");
         listening.start(true, {std::string("HALVO_MEDIA_HELPER=") + helper});
@@ -160,7 +160,7 @@ TEST(NowPlaying, TheHelperComesBackAndGoesWithTheApplication) {
         std::ifstream file("/proc/" + std::to_string(second) + "/stat");
         std::string state;
         file >> state >> state >> state; // number, name, state
-        return !file || state == "Z";    // whoever inherited it has not reaped it yet
+        return !file || state == "Z";    // its new parent has not reaped it yet
     };
     ASSERT_FALSE(isGone());
     ASSERT_TRUE(listening.scene.application().signal(SIGKILL));

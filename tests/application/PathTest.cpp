@@ -33,7 +33,7 @@ std::optional<std::size_t> find(const std::vector<float>& whole, const std::vect
     return static_cast<std::size_t>(at.begin() - whole.begin());
 }
 
-/// The ring's header, to be broken from outside.
+/// The ring's header, for corrupting it from outside.
 class HeaderAccess {
   public:
     explicit HeaderAccess(const std::string& name)
@@ -63,8 +63,8 @@ TEST(SoundPath, FlatIsBitExactForAMinuteWithoutUnderruns) {
     scene.startBoth();
     HeaderAccess ring(scene.session().ringName());
     const auto played = noise(std::size_t{60} * 48000, 1);
-    // A busy machine makes the server miss cycles: then what the client sent did not even reach
-    // the virtual device whole, and the minute says nothing.
+    // On a busy machine the server misses cycles. Then not even the virtual device gets the
+    // client's sound whole, and the minute proves nothing.
     for (int attempt = 1; attempt <= 3; ++attempt) {
         const auto sent = scene.record(kVirtualSink);
         const auto heard = scene.record(kSpeakers);
@@ -112,7 +112,7 @@ TEST(SoundPath, VolumeChangesNeverTouchTheRing) {
     EXPECT_EQ(changes, 1000);
     follower.gather();
     EXPECT_EQ(follower.overtaken(), 0U);
-    // What the ring got is the client's own samples, from the first to the last that arrived.
+    // The ring got exactly the client's samples, from the first to the last that arrived.
     auto heard = follower.samples();
     const auto first = std::ranges::find_if(heard, [](float sample) { return sample != 0.0F; });
     heard.erase(heard.begin(), first);
@@ -134,7 +134,7 @@ TEST(SoundPath, HotPlugAndUnplugWhilePlaying) {
         const auto recorder = scene.record("acc.x");
         EXPECT_TRUE(PrivateSession::waitFor([&] { return recorder->recording().peak() > 0.001F; }))
             << "the new device plays";
-        // Going and coming so quickly may be one piece of news; the device sounds all the same.
+        // Removal and return may arrive as one event; the device plays all the same.
         EXPECT_TRUE(PrivateSession::waitFor([&] {
             return scene.debugLog().contains("Halvo: New device connected: acc.x, switching\n");
         }));
@@ -165,7 +165,7 @@ TEST(SoundPath, BrokenHeadersAreSilenceAndAMendedOneSounds) {
         recorder->clear();
         return PrivateSession::waitFor([&] { return recorder->recording().peak() > 0.001F; });
     };
-    // The driver may mend the header before a silent stretch is seen.
+    // The driver may repair the header before silence is seen.
     const auto isSilentOrMended = [&](const std::uint32_t& word, std::uint32_t good) {
         return PrivateSession::waitFor([&] {
             recorder->clear();
@@ -190,7 +190,7 @@ TEST(SoundPath, BrokenHeadersAreSilenceAndAMendedOneSounds) {
     halvo::storeShared(header.readIndex, ~std::uint64_t{0});
     EXPECT_TRUE(sounds()) << "a read index beyond the written";
     ASSERT_EQ(ftruncate(ring.descriptor(), 0), 0);
-    // Under its reader and its writer. The driver mends it, at once or a second later.
+    // While reader and writer use it. The driver repairs it, at once or a second later.
     EXPECT_TRUE(PrivateSession::waitFor([&] {
         struct stat object{};
         return fstat(ring.descriptor(), &object) != 0 || object.st_nlink == 0 ||

@@ -17,7 +17,7 @@ bool hasSignal(const std::string& mask, int number) {
     return (std::stoull(mask, nullptr, 16) >> (number - 1) & 1U) != 0;
 }
 
-/// What a client hears at the speakers in the end.
+/// What is finally heard at the speakers.
 bool soundArrives(ApplicationScene& scene, const char* node = kSpeakers) {
     const auto recorder = scene.record(node);
     const auto player = scene.play(sine(1000, 0.1F, 20));
@@ -129,7 +129,7 @@ TEST(ApplicationStart, ADriverThatIsKilledAndComesBackGoesOn) {
 TEST(ApplicationStart, AVirtualDeviceThatIsNotLetBeDefaultIsGivenUpAndTriedAgainLater) {
     ApplicationScene scene;
     scene.startDriver();
-    // Another program insists on the speakers, each time that they are no longer the default.
+    // Another program sets the speakers again, each time they are no longer the default.
     auto rival = scene.session().spawn(
         {"sh", "-c",
          "while :; do pw-metadata 0 default.audio.sink | grep -q HalvoVirtual && pw-metadata 0 "
@@ -139,7 +139,8 @@ TEST(ApplicationStart, AVirtualDeviceThatIsNotLetBeDefaultIsGivenUpAndTriedAgain
     EXPECT_TRUE(scene.prints("Halvo: WARNING - Could not switch to Halvo Virtual Output"));
     EXPECT_TRUE(scene.application().isRunning());
     rival->reset();
-    // Each change that it made has its own second try; the last has come once a second passes so.
+    // Each of its changes causes a retry; the last one is over once a second passes without a
+    // change.
     ASSERT_TRUE(PrivateSession::waitFor([&, since = Clock::now()]() mutable {
         if (scene.session().defaultSink() != kVirtualSink) since = Clock::now();
         return Clock::now() - since > std::chrono::seconds(1);

@@ -46,7 +46,7 @@ std::uint32_t fromEnvironment(const char* name, std::uint32_t otherwise) {
                            : otherwise;
 }
 
-/// What such programs keep in shared memory, but for the rings of other sessions.
+/// Halvo's objects in shared memory, except the rings of other sessions.
 std::set<std::string> sharedObjects(const std::string& ringName) {
     std::set<std::string> names;
     for (const auto& entry : std::filesystem::directory_iterator("/dev/shm")) {
@@ -57,8 +57,8 @@ std::set<std::string> sharedObjects(const std::string& ringName) {
     return names;
 }
 
-/// Application, driver and server are killed while a client plays. The driver has been installed;
-/// the test stands for the service manager that starts the server again.
+/// Application, driver and server are killed while a client plays. The driver is installed; the
+/// test restarts the server like a service manager.
 class Survival : public testing::Test {
   protected:
     ApplicationScene scene{quietSpeakers()};
@@ -75,7 +75,7 @@ class Survival : public testing::Test {
         installDriver();
         scene.startApplication();
     }
-    /// As the package does: the server's configuration names the driver's keeper.
+    /// As the package does: the server's configuration starts the driver's supervisor.
     void installDriver() {
         const std::filesystem::path bundle = HALVO_DRIVER_BUNDLE_PATH;
         std::ifstream file(bundle / "Contents/Resources/60-halvo.conf");
@@ -169,7 +169,7 @@ class Survival : public testing::Test {
 
 } // namespace
 
-// HALVO_KILL_ROUNDS and HALVO_KILL_SEED choose how many and which.
+// HALVO_KILL_ROUNDS and HALVO_KILL_SEED set the number of rounds and the random seed.
 TEST_F(Survival, KilledInRandomOrderWhilePlaying) {
     const auto rounds = fromEnvironment("HALVO_KILL_ROUNDS", 6);
     const auto seed = fromEnvironment("HALVO_KILL_SEED", std::random_device()());
@@ -184,7 +184,7 @@ TEST_F(Survival, KilledInRandomOrderWhilePlaying) {
         expectSound();
         waitUpTo(200);
         std::string story = "round " + std::to_string(round);
-        // Sometimes another one dies while the rest still deal with the first.
+        // Sometimes another one is killed while the others still recover from the first.
         const std::size_t dead = random() % 3 == 0 ? 2 : 1;
         for (std::size_t i = 0; i < dead; ++i) {
             const auto victim = victims[(round + i) % victims.size()];

@@ -17,8 +17,8 @@ constexpr int kLeft = 1;
 constexpr int kRight = 3;
 constexpr int kEscape = 9;
 
-/// The application with its item in the tray, anew for each test. The desktop is one for all in a
-/// process: its bus cannot be left.
+/// A new application with its tray icon for each test. All tests of a process share one desktop,
+/// because Qt cannot leave a bus.
 class Desktop : public testing::Test {
   protected:
     static VirtualDesktop& sharedDesktop() {
@@ -60,7 +60,7 @@ TEST_F(Desktop, TwentyClicksOnTheItemAlternate) {
     for (int i = 0; i < 20; ++i) {
         desktop.clickItem(kItem);
         ASSERT_TRUE(becomes(i % 2 == 0)) << i;
-        VirtualDesktop::rest(600ms); // the next click is another one
+        VirtualDesktop::rest(600ms); // not a double click
         ASSERT_EQ(isShown(), i % 2 == 0) << i;
     }
 }

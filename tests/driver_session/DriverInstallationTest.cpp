@@ -33,7 +33,7 @@ TEST(DriverInstallationTests, WhatWasCopiedServesTheSessionAndAnUpdateTakesItsPl
     const fs::path root = top / "root";
     const fs::path tools = top / "tools";
     fs::create_directories(tools);
-    // A prompt that is always answered, and nobody who manages the sound server.
+    // A prompt that always succeeds, and no service manager for the sound server.
     writeProgram(tools / "pkexec", "PATH=" + tools.string() + ":$PATH exec \"$@\"");
     writeProgram(tools / "systemctl", "exit 1");
     if (::geteuid() != 0) writeProgram(tools / "chown", "exit 0");

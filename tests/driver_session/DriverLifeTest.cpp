@@ -40,7 +40,7 @@ TEST(DriverLifeTests, ADriverThatDiedIsFollowedByOneThatAdoptsEverything) {
     const auto index = scene.ring().writeIndex();
     const auto played = player.framesPlayed();
     EXPECT_TRUE(PrivateSession::waitFor([&] { return player.framesPlayed() > played + 8192; }))
-        << "the sink goes on without its driver";
+        << "the sink stays without its driver";
     EXPECT_EQ(scene.ring().writeIndex(), index);
 
     scene.startDriver();
@@ -111,7 +111,7 @@ TEST(DriverLifeTests, MakesTheSinkAgainWhenItIsTakenAway) {
     DriverScene scene;
     scene.startDriver();
     ASSERT_TRUE(scene.isUp());
-    // The driver may be quicker than the look whether it is gone.
+    // The driver may end before the check.
     (void)scene.session().unplug(kVirtualSink);
     ASSERT_TRUE(scene.isUp());
     const Player player(scene.session().serverSocket(), countingSamples(kLong), 48000,
@@ -157,7 +157,7 @@ TEST(DriverLifeTests, MakesTheRingAgainWhenItIsSpoilt) {
 
 TEST(DriverLifeTests, SaysThatTheRingCannotBeCreated) {
     DriverScene scene;
-    // A directory of that name: an obstacle for every user.
+    // A directory of that name blocks every user.
     const std::string obstacle = "/dev/shm" + scene.session().ringName();
     ASSERT_EQ(::mkdir(obstacle.c_str(), 0700), 0);
     const auto result = scene.session().run({HALVO_AUDIO_DEVICE});

@@ -27,7 +27,7 @@ class DriverScene {
     /// Waits for sink, capture stream and ring.
     bool isUp();
     std::size_t virtualSinks() const;
-    /// Gathers from the ring until the condition holds.
+    /// Collects frames from the ring until the condition holds.
     bool gatherUntil(const std::function<bool()>& condition);
     /// Whether frames of a `countingSamples` player have arrived in the ring since the last clear.
     bool soundArrives();
@@ -44,11 +44,11 @@ class DriverScene {
     std::unique_ptr<RingFollower> ring_;
 };
 
-/// Stereo frames that carry their own number, so that a frame that was lost, doubled, scaled or
-/// mixed shows: frame f is (f + 1) / 2^24 on the left and its negative on the right.
+/// Stereo frames that encode their own number, so that lost, repeated, scaled or mixed frames are
+/// detected: frame f is (f + 1) / 2^24 on the left and its negative on the right.
 std::vector<float> countingSamples(std::size_t frames);
 
-/// What became of counting samples.
+/// The counting samples that arrived.
 struct CountingResult {
     std::size_t frames = 0; ///< that are not silence
     std::size_t wrong = 0;  ///< of these: neither the next frame nor the start of a later stretch

@@ -18,7 +18,7 @@ using halvo::test::kVirtualSink;
 
 constexpr std::size_t kLong = 48000 * 60;
 constexpr const char* kDriver = "halvo-audio-dev";
-constexpr const char* kKeeper = "halvo-keeper";
+constexpr const char* kSupervisor = "halvo-keeper";
 
 /// A server that was started with the driver's bundle installed.
 class KeptScene : public DriverScene {
@@ -33,15 +33,16 @@ class KeptScene : public DriverScene {
         const auto found = processes(name);
         return found.size() == 1 ? found.front() : 0;
     }
-    /// Whether one keeper keeps one driver, and the driver works.
+    /// Whether one supervisor runs one driver, and the driver works.
     bool isKept() {
-        return PrivateSession::waitFor([this] { return only(kDriver) > 0 && only(kKeeper) > 0; }) &&
+        return PrivateSession::waitFor(
+                   [this] { return only(kDriver) > 0 && only(kSupervisor) > 0; }) &&
                isUp();
     }
-    /// Well before a driver gives up looking for a server.
+    /// Well before a driver stops looking for a server.
     bool allGoneSoon() const {
         return PrivateSession::waitFor(
-            [this] { return processes(kDriver).empty() && processes(kKeeper).empty(); },
+            [this] { return processes(kDriver).empty() && processes(kSupervisor).empty(); },
             std::chrono::seconds(5));
     }
     /// Signals the one process of that name; false when there is not exactly one.
@@ -68,11 +69,11 @@ TEST(DriverKeeperTests, TheServerBringsTheDriverAndWhateverIsKilledComesBack) {
     ASSERT_TRUE(session.setVolume(kVirtualSink, {0.25F, 0.5F}));
     const Player player(session.serverSocket(), countingSamples(kLong), 48000, kVirtualSink);
     const auto inode = scene.ring().inode();
-    // A driver that dies takes no longer than a second; a keeper that dies is not heard at all.
+    // A killed driver is silent for at most a second; a killed supervisor is inaudible.
     const struct {
         const char* killed;
         std::size_t mostMissing; // frames
-    } steps[] = {{kDriver, 48000}, {kKeeper, 0}, {kDriver, 48000}, {kKeeper, 0}};
+    } steps[] = {{kDriver, 48000}, {kSupervisor, 0}, {kDriver, 48000}, {kSupervisor, 0}};
     for (const auto& [killed, mostMissing] : steps) {
         SCOPED_TRACE(killed);
         scene.ring().clear();
@@ -92,11 +93,11 @@ TEST(DriverKeeperTests, TheServerBringsTheDriverAndWhateverIsKilledComesBack) {
         EXPECT_EQ(scene.ring().inode(), inode);
         EXPECT_EQ(session.volume(kVirtualSink), (std::vector<float>{0.25F, 0.5F}));
     }
-    const int keeper = scene.only(kKeeper);
-    const auto asleep = timesAsleep(keeper);
+    const int supervisor = scene.only(kSupervisor);
+    const auto asleep = timesAsleep(supervisor);
     const auto played = player.framesPlayed();
     EXPECT_TRUE(PrivateSession::waitFor([&] { return player.framesPlayed() > played + 96000; }));
-    EXPECT_EQ(timesAsleep(keeper), asleep) << "the keeper sleeps while the driver lives";
+    EXPECT_EQ(timesAsleep(supervisor), asleep) << "the supervisor sleeps while the driver lives";
 }
 
 TEST(DriverKeeperTests, BothEndWithTheServerAndComeWithTheNext) {
@@ -118,19 +119,19 @@ TEST(DriverKeeperTests, ThereIsNeverASecondOne) {
     for (const char* option : {"--keep-alive", "--start"}) {
         EXPECT_EQ(scene.runDriver(option), 0) << option;
         EXPECT_EQ(scene.only(kDriver), driver) << option;
-        EXPECT_GT(scene.only(kKeeper), 0) << option;
+        EXPECT_GT(scene.only(kSupervisor), 0) << option;
     }
     EXPECT_EQ(scene.runDriver("--other"), 64);
 
-    // The next server may bring its keeper while the last one's is still about to end.
-    const int first = scene.only(kKeeper);
+    // The next server may start its supervisor while the previous one is still ending.
+    const int first = scene.only(kSupervisor);
     ASSERT_GT(first, 0);
     const auto next = scene.session().spawn({HALVO_AUDIO_DEVICE, "--keep-alive"});
     ASSERT_TRUE(next) << next.error();
-    ASSERT_TRUE(PrivateSession::waitFor([&] { return scene.processes(kKeeper).size() == 2; }));
+    ASSERT_TRUE(PrivateSession::waitFor([&] { return scene.processes(kSupervisor).size() == 2; }));
     ASSERT_EQ(::kill(first, SIGTERM), 0);
     EXPECT_TRUE(scene.isKept());
-    EXPECT_EQ(scene.only(kKeeper), (*next)->pid());
+    EXPECT_EQ(scene.only(kSupervisor), (*next)->pid());
 }
 
 TEST(DriverKeeperTests, EndsAndStartsWhenItIsTold) {
@@ -138,14 +139,14 @@ TEST(DriverKeeperTests, EndsAndStartsWhenItIsTold) {
     ASSERT_TRUE(scene.isKept());
     EXPECT_EQ(scene.runDriver("--end"), 0);
     EXPECT_TRUE(scene.processes(kDriver).empty());
-    EXPECT_TRUE(scene.processes(kKeeper).empty());
+    EXPECT_TRUE(scene.processes(kSupervisor).empty());
     EXPECT_EQ(scene.virtualSinks(), 1U);
     EXPECT_EQ(scene.runDriver("--end"), 0) << "nothing to end";
 
     EXPECT_EQ(scene.runDriver("--start"), 0);
     EXPECT_TRUE(scene.isKept()) << "it outlives the process group that began it";
     for (const int signal : {SIGTERM, SIGINT}) {
-        ASSERT_TRUE(scene.signal(kKeeper, signal));
+        ASSERT_TRUE(scene.signal(kSupervisor, signal));
         EXPECT_TRUE(scene.allGoneSoon());
         EXPECT_EQ(scene.runDriver("--start"), 0);
         EXPECT_TRUE(scene.isKept());

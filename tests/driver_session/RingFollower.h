@@ -9,8 +9,8 @@
 
 namespace halvo::test {
 
-/// Watches a ring from outside without being its reader: looks at the header and gathers the frames
-/// that are written after it was opened.
+/// Observes a ring without being its reader: reads the header and collects the frames that are
+/// written after opening it.
 class RingFollower {
   public:
     explicit RingFollower(std::string name) : name_(std::move(name)) {}
@@ -18,7 +18,7 @@ class RingFollower {
     RingFollower(const RingFollower&) = delete;
     RingFollower& operator=(const RingFollower&) = delete;
 
-    /// Opens the object of that name anew, as it is now; false while there is no whole ring.
+    /// Opens the current object of that name; false while there is no complete ring.
     bool open();
     void close();
     bool isReady() const;
@@ -27,7 +27,8 @@ class RingFollower {
     /// Identifies the object, not its name.
     std::uint64_t inode() const;
 
-    /// Gathers what is new; often enough, or the writer overtakes and `overtaken` frames are lost.
+    /// Collects new frames. If called too rarely, the writer overtakes it and `overtaken` frames
+    /// are lost.
     void gather();
     const std::vector<float>& samples() const { return samples_; }
     std::uint64_t overtaken() const { return overtaken_; }

@@ -67,7 +67,7 @@ TEST_F(CardTest, IsNeverBehindAfterManyTurns) {
         const float volume = static_cast<float>(i) / 128;
         card_->turn({{volume, volume}, false});
     }
-    ASSERT_TRUE(hardware_->setMute(id, true)); // a round trip to the card, behind the turns
+    ASSERT_TRUE(hardware_->setMute(id, true)); // a round trip to the card, after the changes
     EXPECT_EQ(hardware_->volume(id, VolumeElement::main), 100.0F / 128);
 }
 

@@ -26,7 +26,7 @@ TEST_F(DefaultOutputTest, ChangedByOthersIsNoticed) {
     ASSERT_TRUE(session_->setDefault("acc.b"));
     EXPECT_TRUE(waitFor([&] { return !seen.empty() && seen.back() == device("acc.b"); }));
     EXPECT_EQ(hardware_->configuredDefault(), "acc.b");
-    // The session manager takes another one when the device goes.
+    // The session manager selects another one when the device is removed.
     ASSERT_TRUE(session_->unplug("acc.b"));
     EXPECT_TRUE(waitFor([&] { return seen.back() == device("acc.a"); }));
 }
@@ -45,7 +45,7 @@ TEST_F(DefaultOutputTest, IsNotHeardOfAfterSilencing) {
     int calls = 0;
     ASSERT_TRUE(hardware_->listenToDefaultOutput([&] { ++calls; }));
     ASSERT_TRUE(hardware_->setDefaultOutput(device("acc.b")));
-    hardware_->silenceListeners(); // what waits in the queue stays unheard as well
+    hardware_->silenceListeners(); // queued events are dropped too
     ASSERT_TRUE(hardware_->setDefaultOutput(device("acc.a")));
     queue_.flush();
     EXPECT_EQ(calls, 0);

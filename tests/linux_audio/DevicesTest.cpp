@@ -18,7 +18,7 @@ std::vector<std::string> uids(AudioHardware& hardware) {
     return result;
 }
 
-/// Looks at every announcement on the server's own thread, before anybody else can.
+/// Checks every announcement on the connection's thread, before other observers.
 class AnnouncementCheck final : public PipeWireObserver {
   public:
     explicit AnnouncementCheck(PipeWireConnection& connection) : connection_(connection) {
@@ -106,7 +106,7 @@ TEST_F(DevicesTest, ThatGoAnswerNothingAndTheirListenersAreStill) {
     EXPECT_FALSE(hardware_->listenToVolume(first, VolumeElement::main, [] {}));
     EXPECT_FALSE(hardware_->listenToMute(first, [] {}));
 
-    // The same device again is another appearance, even where the server re-uses its numbers.
+    // A device that returns has a new ID, even if the server reuses its numbers.
     ASSERT_TRUE(session_->plug({"usb", "USB"}));
     ASSERT_TRUE(waitFor([&] { return hardware_->deviceForUID("usb").has_value(); }));
     EXPECT_NE(device("usb"), first);

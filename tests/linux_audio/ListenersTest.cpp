@@ -67,7 +67,7 @@ TEST(ListenersTest, SilencingWaitsForTheOneThatRuns) {
         entered = true;
         while (!asked)
             std::this_thread::yield();
-        // Long enough for the other thread to come to its wait; nothing depends on the length.
+        // Long enough for the other thread to start waiting; correctness does not depend on it.
         for (int i = 0; i < 1000; ++i)
             std::this_thread::yield();
         left = true;

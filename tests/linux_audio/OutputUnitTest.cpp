@@ -15,7 +15,7 @@ class OutputUnitTest : public ServerFixture {
         ASSERT_TRUE(unit.setRenderCallback(TestSignal::render, &signal));
         ASSERT_TRUE(unit.initialize());
     }
-    /// Whether this much more is played, on the server's clock.
+    /// Waits for this many more frames on the server's clock.
     bool plays(const PipeWireOutputUnit& unit, std::uint64_t frames) {
         const auto target = unit.framesPlayed() + frames;
         return waitFor([&] { return unit.framesPlayed() >= target; });
@@ -48,7 +48,7 @@ TEST_F(OutputUnitTest, PlaysToItsDeviceBitForBit) {
     const auto match = TestSignal::match(recording);
     EXPECT_EQ(match.wrongFrames, 0U);
     EXPECT_GT(match.exactFrames, 40000U);
-    // A busy machine may miss a cycle; nothing else may tear the signal.
+    // A busy machine may miss a cycle; nothing else may interrupt the signal.
     if (recording.lostFrames() == 0 && unit.underruns() == 0) {
         EXPECT_EQ(match.jumps, 0U);
     }
@@ -65,7 +65,7 @@ TEST_F(OutputUnitTest, WithoutADevicePlaysToTheDefaultButNeverToHalvosOwn) {
     PipeWireOutputUnit unit(*connection_, gate_);
     configure(unit, signal_);
     EXPECT_FALSE(unit.start());
-    // Another unit's cycles are the clock: it had every chance to play.
+    // Timed by another unit's cycles: this one could have played.
     TestSignal otherSignal;
     const auto awake = record("acc.a");
     PipeWireOutputUnit other(*connection_, gate_);
@@ -88,12 +88,12 @@ TEST_F(OutputUnitTest, IsStillOnceStopReturns) {
     configure(unit, signal_);
     ASSERT_TRUE(unit.setDevice(device("acc.a")));
     for (int i = 0; i < 5; ++i) {
-        // In the middle of a cycle, where it hurts.
+        // In the middle of a cycle, the worst case.
         signal_.held = true;
         ASSERT_TRUE(unit.start());
         ASSERT_TRUE(waitFor([&] { return signal_.inside.load(); }));
         std::thread release([&] {
-            // Time for `stop` to get wherever it gets; nothing depends on the length.
+            // Time for `stop` to block; correctness does not depend on it.
             for (int k = 0; k < 2000; ++k)
                 std::this_thread::yield();
             signal_.held = false;
@@ -179,7 +179,7 @@ TEST_F(OutputUnitTest, StaysAtUnityWhateverOthersSet) {
     ASSERT_TRUE(waitFor([&] { return view->node("halvo").has_value(); }));
     ASSERT_TRUE(view->setVolume("halvo", {0.25F, 0.25F}));
     ASSERT_TRUE(view->setMuted("halvo", true));
-    // Requests arrive in order: when this one shows, the others were dealt with.
+    // Requests are handled in order: once this one takes effect, the others have been handled.
     ASSERT_TRUE(view->setMuted("acc.a", true));
     ASSERT_TRUE(waitFor([&] { return view->node("acc.a")->muted; }));
     EXPECT_TRUE(waitFor([&] {

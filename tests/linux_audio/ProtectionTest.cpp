@@ -42,7 +42,7 @@ TEST_F(ProtectionTest, LowersARaisedDeviceBeforeAStreamIsHeardThere) {
 
 TEST_F(ProtectionTest, ActsWithoutTheMainThreadAndOnEitherKey) {
     const DeviceLevel own{{0.5F, 0.25F}, true};
-    // It is the default already, because nobody asked for another; now somebody asks for it.
+    // It is the default already, without being configured; now it is configured.
     raise("acc.a", own);
     ASSERT_TRUE(session_->setDefault("acc.a"));
     EXPECT_TRUE(session::PrivateSession::waitFor(
@@ -53,7 +53,7 @@ TEST_F(ProtectionTest, ActsWithoutTheMainThreadAndOnEitherKey) {
     EXPECT_TRUE(session::PrivateSession::waitFor([&] {
         return session_->volume("acc.b") == own.channelVolumes && session_->isMuted("acc.b");
     }));
-    // The session manager chooses alone: nobody asks for the one that it falls back to.
+    // The session manager falls back to it by itself, without it being configured.
     ASSERT_TRUE(session_->plug({"usb", "USB"}));
     ASSERT_TRUE(session_->setDefault("usb"));
     ASSERT_TRUE(waitFor([&] { return hardware_->defaultOutput() == device("usb"); }));

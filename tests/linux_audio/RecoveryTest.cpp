@@ -28,7 +28,7 @@ TEST_F(RecoveryTest, OfAServerThatWentAndCameBack) {
     ASSERT_TRUE(unit.setDevice(device("acc.b")));
     ASSERT_TRUE(unit.initialize());
     ASSERT_TRUE(unit.start());
-    // Somebody has to listen: for a unit alone the device sleeps.
+    // A recorder keeps the device awake: for a unit alone it sleeps.
     const auto listen = [this] {
         return std::make_unique<session::Recorder>(session_->serverSocket(), "acc.b", 48000);
     };
@@ -90,7 +90,7 @@ TEST_F(RecoveryTest, WaitsForTheSessionManagerButNotForEver) {
         return connection->core() != nullptr;
     }));
     {
-        // Long after everything that the server knows has come; there is no default yet.
+        // Long after all objects have been reported; there is no default yet.
         PipeWireConnection::Lock lock(*connection);
         for (int i = 0; i < 10; ++i)
             ASSERT_TRUE(lock.roundTrip(session::PrivateSession::kPatience));
@@ -100,7 +100,7 @@ TEST_F(RecoveryTest, WaitsForTheSessionManagerButNotForEver) {
 }
 
 TEST_F(RecoveryTest, LeavesASecondConnectionAlone) {
-    // As the termination signal's thread uses one: its own, while the main thread goes on.
+    // As the SIGTERM thread does: with its own connection, while the main thread continues.
     FakeMainQueue otherQueue;
     std::thread other([&] {
         const auto connection = PipeWireConnection::create(session_->serverSocket());

@@ -18,7 +18,7 @@ OSStatus renderOnes(void*, std::uint32_t*, const RenderTimestamp*, std::uint32_t
     return kNoErr;
 }
 
-/// The left samples of as many frames, in blocks whose length is no divisor of the ramp's.
+/// The left samples of that many frames, in blocks whose length does not divide the ramp's.
 std::vector<float> render(PipeWireRenderer& renderer, std::size_t frames) {
     std::vector<float> result;
     while (result.size() < frames) {

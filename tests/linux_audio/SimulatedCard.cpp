@@ -163,7 +163,7 @@ const spa_device_methods& SimulatedCard::methods() {
 }
 
 void SimulatedCard::reportChange() {
-    // A changed flag makes the server ask for the routes again.
+    // A changed flag makes the server query the routes again.
     spa_param_info param{};
     param.id = SPA_PARAM_Route;
     param.flags = SPA_PARAM_INFO_READWRITE;

@@ -12,8 +12,8 @@
 namespace halvo {
 
 /// A sound card with one sink that keeps its volume in a route, as hardware does: exported to the
-/// server over a connection that does nothing else (a client that asks for the routes of its own
-/// card waits for itself for ever).
+/// server over a connection that does nothing else (a client that queries its own card's routes
+/// would deadlock).
 class SimulatedCard {
   public:
     struct Request {

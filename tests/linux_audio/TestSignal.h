@@ -9,8 +9,8 @@
 
 namespace halvo {
 
-/// A stereo sound in which every frame tells its own number and has bits in every place, so that a
-/// piece of it is recognised anywhere and one wrong bit shows.
+/// A stereo sound in which every frame encodes its own number, so that any part of it can be
+/// located and a single wrong bit is detected.
 class TestSignal {
   public:
     static float left(std::uint64_t frame);

@@ -42,7 +42,7 @@ class OneObject final : public halvo::SharedMemory {
     std::string name_;
 };
 
-/// Sound that repeats after a prime number of frames, so that no ring's length fits it.
+/// Sound with a prime period, so that no ring length is a multiple of it.
 class Sound {
   public:
     static constexpr std::uint64_t kLength = 40009;
@@ -107,7 +107,7 @@ TEST(DeviceRingTests, TheHeaderFollowsTheRateAndTheSoundGoesOn) {
     VirtualDevice device(object.name(), RingAccess::owner, {});
     OneObject memory(object.name());
     SharedRingBufferReader reader(memory);
-    ASSERT_TRUE(reader.connect()) << "the ring is there before anybody plays";
+    ASSERT_TRUE(reader.connect()) << "the ring exists before anything plays";
     std::vector<float> heard(64);
     for (const std::uint32_t rate : {96000U, 44100U}) {
         ASSERT_TRUE(device.setRate(rate, 0));

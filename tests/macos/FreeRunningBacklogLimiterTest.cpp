@@ -9,7 +9,7 @@ namespace {
 using halvo::driver::BacklogLimiter;
 using halvo::driver::FreeRunningBacklogLimiter;
 
-/// A writer and a reader with cycles of their own, counted in frames of one clock.
+/// A writer and a reader with separate cycles, in frames of one clock.
 struct Meeting {
     std::size_t block;
     std::uint64_t stride;
@@ -61,7 +61,7 @@ TEST(ReaderStrideTests, ARingThatNobodyHasReadTakesAll) {
     Meeting meeting{512, 512};
     meeting.play(100'000, 0.5F, false);
     EXPECT_EQ(meeting.lost, 0U);
-    // A reader that connects leaps to "now"; that is no stride.
+    // A reader that connects skips to the write index; that does not count as one read.
     meeting.indices.read = meeting.indices.write;
     meeting.play(100'000, 0.5F);
     meeting.play(100'000, 0.5F, false);

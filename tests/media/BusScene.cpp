@@ -72,9 +72,9 @@ BusScene::BusScene(Bus bus) {
     directory_ = (std::filesystem::temp_directory_path() / "halvo-session-XXXXXX").string();
     if (::mkdtemp(directory_.data()) == nullptr) throw std::runtime_error("no temporary folder");
     const std::string ring = "/halvo_session_" + directory_.substr(directory_.size() - 6);
-    auto janitor = session::SessionCleanup::start(directory_, ring);
-    if (!janitor) throw std::runtime_error(janitor.error());
-    janitor_ = std::move(*janitor);
+    auto cleanup = session::SessionCleanup::start(directory_, ring);
+    if (!cleanup) throw std::runtime_error(cleanup.error());
+    cleanup_ = std::move(*cleanup);
     environment_ = session::sessionEnvironment(directory_, ring, true);
     for (const auto& variable : environment_) { // what this process starts inherits it
         const auto name = variable.substr(0, variable.find('='));

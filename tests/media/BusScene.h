@@ -16,7 +16,7 @@
 
 namespace halvo::test {
 
-/// Where the helper's lines arrive: a helper on a pipe, as the application starts it.
+/// A helper on a pipe, as the application starts it, and its lines.
 class HelperRun {
   public:
     HelperRun();
@@ -30,7 +30,7 @@ class HelperRun {
     nlohmann::json last();
     /// Waits until the newest payload has these fields, whatever others it has.
     bool shows(const nlohmann::json& fields);
-    /// The reader goes away; the exit status if the helper ends in time.
+    /// Closes the reader's end; the exit status if the helper ends in time.
     std::optional<int> leave(std::chrono::milliseconds deadline);
     std::optional<int> wait(std::chrono::milliseconds deadline) { return child_->wait(deadline); }
 
@@ -41,7 +41,7 @@ class HelperRun {
     std::vector<nlohmann::json> payloads_;
 };
 
-/// A session bus of its own, which this process and what it starts use, and players on it.
+/// A private session bus, used by this process and its children, with players on it.
 class BusScene {
   public:
     using Metadata = media::ScriptedPlayer::Metadata;
@@ -58,11 +58,11 @@ class BusScene {
     const std::string& directory() const { return directory_; }
 
     std::unique_ptr<media::ScriptedPlayer> player(const std::string& name);
-    /// A player that says this about itself.
+    /// A player with these properties.
     std::unique_ptr<media::ScriptedPlayer> player(const std::string& name,
                                                   const std::string& status, Metadata metadata);
     std::unique_ptr<session::SpawnedProgram> spawn(const std::vector<std::string>& arguments);
-    /// The helper with a command word, to its end; its exit status.
+    /// Runs the helper with a command word; its exit status.
     int command(const std::string& word);
     /// A file with these bytes in the scene's folder; its path.
     std::string file(const std::string& name, const std::string& bytes) const;
@@ -71,7 +71,7 @@ class BusScene {
     std::string directory_;
     std::vector<std::string> environment_;
     std::vector<std::pair<std::string, std::optional<std::string>>> outer_; ///< this process's own
-    std::unique_ptr<session::SessionCleanup> janitor_;
+    std::unique_ptr<session::SessionCleanup> cleanup_;
     std::unique_ptr<session::SpawnedProgram> bus_;
 };
 

@@ -11,7 +11,7 @@
 #include <sstream>
 #include <thread>
 
-// The helper as it is shipped, with players on a session bus.
+// The shipped helper with players on a session bus.
 
 namespace halvo::test {
 
@@ -52,7 +52,7 @@ long cpuTicks(int pid) {
     return user + system;
 }
 
-/// Whether it runs; one that only waits for whoever reaps it has ended.
+/// Whether it runs; a zombie has ended.
 bool runs(int pid) {
     std::ifstream file("/proc/" + std::to_string(pid) + "/status");
     for (std::string line; std::getline(file, line);) {
@@ -247,7 +247,7 @@ TEST(MediaHelper, EndsWithItsReaderAndWithItsParent) {
     ASSERT_TRUE(helper.shows(kNothing));
     EXPECT_EQ(helper.leave(1s), 0);
 
-    // A parent that is killed, with an output that nobody closes.
+    // A killed parent, with an output pipe that stays open.
     const auto pidFile = scene.directory() + "/tmp/pid";
     const auto lines = scene.directory() + "/tmp/lines";
     auto parent = scene.spawn({"sh", "-c",

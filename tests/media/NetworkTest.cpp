@@ -36,8 +36,8 @@ bool loopUntil(const std::function<bool()>& condition) {
     return true;
 }
 
-/// The longest time for which a thread that only waits was not let go on: the machine's own share
-/// in every delay.
+/// The longest scheduling delay of a thread that only sleeps: the machine's own share in every
+/// delay.
 class MachineDelay {
   public:
     MachineDelay()
@@ -64,7 +64,7 @@ class MachineDelay {
     std::thread thread_;
 };
 
-/// The longest time between two turns of the main loop.
+/// The longest time between two iterations of the main loop.
 class MainLoopDelay {
   public:
     MainLoopDelay() {
@@ -143,7 +143,7 @@ TEST(Network, WithoutTrustOrAServerThereIsNoAnswer) {
         MachineDelay machine;
         const MainLoopDelay mainLoop;
         const auto outcome = fetch(session, {secure.address() + "/", "", 5s, 1000});
-        EXPECT_FALSE(outcome.response) << "nobody vouches for that certificate";
+        EXPECT_FALSE(outcome.response) << "the certificate is not trusted";
         EXPECT_LT(outcome.time, 4s) << "refused, not timed out";
         EXPECT_TRUE(secure.requests().empty());
         EXPECT_LT(mainLoop.longest(), std::max<Clock::duration>(16ms, 2 * machine.finish()));

@@ -10,7 +10,7 @@ namespace halvo::test {
 
 namespace {
 
-constexpr int kClean = 42; // no library ends a process with it by chance
+constexpr int kClean = 42; // no library exits with it by chance
 constexpr int kOffence = 43;
 
 /// Shared with the child; a fork keeps addresses, so literals can be handed over as pointers.

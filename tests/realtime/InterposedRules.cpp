@@ -8,8 +8,8 @@
 #include <malloc.h>
 #include <pthread.h>
 
-// The program's own definitions of what the C library offers: the dynamic linker gives them to
-// every library of the process, so nothing reaches an allocation or a lock around them.
+// Replacements for functions of the C library. The dynamic linker uses them for every library of
+// the process, so no allocation or lock bypasses them.
 
 // NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp): the C library's own names
 extern "C" {

@@ -13,13 +13,13 @@ namespace halvo::test {
 
 namespace {
 
-/// Something that a render thread must not do.
+/// Something a render thread must not do.
 struct Offence {
     const char* name;
     void (*commit)();
 };
 
-// Where the compiler cannot see that nobody looks.
+// So that the compiler cannot remove it as unused.
 void* volatile sink = nullptr;
 std::vector<int>* lent = new std::vector<int>(100);
 std::mutex mutex;
@@ -64,7 +64,7 @@ TEST(RenderPath, NeitherAllocatesNorLocks) {
 
 TEST(RenderRules, NoticeEveryOffence) {
     for (const auto& offence : kOffences) {
-        // Under no rules the same work passes, so that the rules are what ends it below.
+        // Without the rules the same work passes, so the rules are what ends it below.
         EXPECT_TRUE(runForked(offence.commit).clean) << offence.name;
 
         const Ending ending = runForked([&offence] {

@@ -15,9 +15,9 @@
 
 namespace halvo::test {
 
-/// All that runs on a real-time thread, with nothing real around it: the engine under the output
-/// unit's renderer over a ring in memory, and the driver's writer. The main thread changes
-/// everything it may change between one cycle and the next.
+/// All code that runs on a real-time thread, on fakes: the engine under the output unit's renderer
+/// over a ring in memory, and the driver's writer. Between cycles the main thread changes
+/// everything it may change.
 class RenderScene {
   public:
     /// One cycle, after what the main thread does ahead of it.
@@ -34,7 +34,7 @@ class RenderScene {
 
     static std::span<const Cycle> cycles();
 
-    /// Prepares every cycle on this thread and renders it on another, in turn. `enter` runs on the
+    /// Alternately prepares a cycle on this thread and renders it on another. `enter` runs on the
     /// render thread ahead of the first cycle, `renderOne` wraps each, `leave` follows the last.
     /// Between the cycles the render thread spins: it makes no system call of its own.
     void run(const std::function<void()>& enter, void (*renderOne)(void (*)(void*), void*),

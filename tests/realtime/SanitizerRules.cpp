@@ -2,7 +2,7 @@
 
 namespace halvo::test {
 
-// What the work does is not for the compiler to prove here but for the sanitizer to see.
+// Here the sanitizer checks the work, not the compiler.
 #pragma clang diagnostic push
 #pragma clang diagnostic ignored "-Wfunction-effects"
 void runUnderSanitizer(Work work, void* context) noexcept [[clang::nonblocking]] {

@@ -13,7 +13,7 @@ namespace halvo::test {
 
 namespace {
 
-void* volatile held = nullptr; // the compiler would drop what nobody holds
+void* volatile held = nullptr; // otherwise the compiler removes the allocation
 
 void requireFilter() {
     if (!forbidSystemCalls()) endWithOffence("no filter to be had");
@@ -24,7 +24,7 @@ void requireFilter() {
 TEST(RenderPath, MakesNoSystemCall) {
     const Ending ending = runForked([] {
         RenderScene scene;
-        // The filter cannot be taken off again: the render thread ends the process from inside.
+        // The filter cannot be removed: the render thread ends the process under it.
         scene.run(
             requireFilter, [](void (*work)(void*), void* context) { work(context); }, endCleanly);
     });

@@ -10,7 +10,7 @@ namespace {
 
 using Interfaces = QList<QAccessibleInterface*>;
 
-/// Everything below that is shown and is more than a text or a group.
+/// All visible descendants except texts and groups.
 Interfaces shownControls(QAccessibleInterface* root) {
     Interfaces list;
     for (int index = 0; index < root->childCount(); ++index) {
@@ -24,7 +24,7 @@ Interfaces shownControls(QAccessibleInterface* root) {
     return list;
 }
 
-/// What a screen reader finds and does, with nobody at mouse or keyboard.
+/// What a screen reader finds and does, without mouse or keyboard.
 class AccessibilityTest : public PanelTest {
   protected:
     AccessibilityTest() { QAccessible::setActive(true); }

@@ -119,7 +119,7 @@ TEST_F(Panel, TwentyClicksOnTheItemAlternateThoughEachIsAnOutsidePressToo) {
         EXPECT_EQ(panel.visible, i % 2 == 0);
         settle();
     }
-    // Without a place it is the focus that went to the bar.
+    // Without a place: the focus moved to the bar.
     click();
     panel.press(std::nullopt);
     click();

@@ -23,7 +23,7 @@ TEST_F(Recovery, WaitingForADriverIsQuiet) {
     launch();
     settle();
     const auto lines = output().size();
-    fake.audioHardware.add("x", "ZoomAudio"); // a list change that concerns nobody
+    fake.audioHardware.add("x", "ZoomAudio"); // an irrelevant change of the list
     fake.sharedMemory.announceChange();
     settle();
     EXPECT_EQ(output().size(), lines);

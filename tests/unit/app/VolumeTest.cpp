@@ -35,7 +35,7 @@ TEST_F(Volume, AnUnreadableVolumeCountsAsOneButIsNotRemembered) {
     EXPECT_EQ(fake.userDefaults.stringForKey(SavedSession::kSavedRealDeviceUID), "acc.b");
     EXPECT_EQ(output(),
               std::vector<std::string>{"Halvo: Saved real device volume 1.0, set to max"});
-    // A device that nobody knows leaves no trace at all.
+    // An unknown device has no effect at all.
     delegate->deviceManager().selectedDeviceID.set("acc.unknown");
     EXPECT_EQ(fake.userDefaults.stringForKey(SavedSession::kSavedRealDeviceUID), "acc.b");
     EXPECT_EQ(output().size(), 1U);

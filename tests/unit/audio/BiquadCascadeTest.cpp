@@ -23,7 +23,7 @@ bool isSame(const std::vector<float>& heard, const std::vector<float>& wanted) {
     });
 }
 
-/// One kind of block after the other: what is in a form's way lies at blocks' edges.
+/// Blocks of many lengths: the difficult cases are at the edges.
 class Blocks {
   public:
     std::vector<float> next(std::size_t frames) {

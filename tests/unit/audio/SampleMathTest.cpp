@@ -11,7 +11,7 @@ using namespace halvo;
 
 namespace {
 
-/// What the clip is defined as, a sample at a time.
+/// The clip's definition, one sample at a time.
 float bent(float x) {
     if (x > 1) return 1 - 1 / (x + 1);
     if (x < -1) return 1 / (1 - x) - 1;
@@ -20,8 +20,8 @@ float bent(float x) {
 
 } // namespace
 
-/// Vectors take the samples in groups, what is left over goes one by one: each place of each length
-/// must count.
+/// Samples are processed in vectors and the remainder one by one: tests each position of each
+/// length.
 TEST(SampleMath, EverySampleCountsWhateverTheLength) {
     for (std::int64_t length = 0; length <= 40; ++length) {
         for (std::int64_t place = 0; place < length; ++place) {

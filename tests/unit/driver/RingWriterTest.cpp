@@ -18,7 +18,7 @@ using halvo::test::SharedObject;
 constexpr std::size_t kCapacity = RingWriter::kCapacity;
 constexpr std::size_t kSize = 40 + kCapacity * 2 * 4;
 
-/// The object's bytes, seen as another process sees them: by offset, through a mapping of its own.
+/// The object's bytes as another process sees them: by offset, through a separate mapping.
 class Bytes {
   public:
     explicit Bytes(const std::string& name)

@@ -20,7 +20,7 @@ using Time = Announcer::Time;
 const std::string kRemote = "https://covers.example/1";
 const std::string kData = "data:,one";
 
-/// An announcer and the lines that it wrote, each with its time in milliseconds.
+/// An announcer and its lines, each with its time in milliseconds.
 class Scene {
   public:
     struct Line {
@@ -35,7 +35,7 @@ class Scene {
     void fetched(const std::string& url, const std::string& base64) {
         announcer_.takeCover(url, base64, now_);
     }
-    /// Looks exactly when it was asked to, until then.
+    /// Calls it exactly when it asked to be called, until then.
     void pass(Time time) {
         const auto end = now_ + time;
         for (auto next = announcer_.wake(); next && *next <= end; next = announcer_.wake()) {

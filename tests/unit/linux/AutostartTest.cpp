@@ -21,7 +21,7 @@ using halvo::test::WithoutPrivileges;
 constexpr const char* kFile = "org.halvo.Halvo.desktop";
 const std::string kHead = "[Desktop Entry]\nType=Application\nExec=halvo\n";
 
-/// A user and a system of the test's own.
+/// A private home directory and system directories.
 class AutostartTests : public testing::Test {
   protected:
     AutostartTests() {
@@ -52,7 +52,7 @@ class AutostartTests : public testing::Test {
     fs::path user = directory.path() / "user" / "autostart" / kFile;
     fs::path system = directory.path() / "system" / "autostart" / kFile;
     std::map<std::string, std::optional<std::string>> before;
-    std::optional<Autostart> autostart; ///< once the surroundings are set
+    std::optional<Autostart> autostart; ///< after the environment is set
 };
 
 struct State {
@@ -87,7 +87,7 @@ TEST_F(AutostartTests, TellsWhatTheDesktopWouldDo) {
         if (state.user) put(user, *state.user);
         if (state.system) put(system, *state.system);
         ASSERT_EQ(autostart->isEnabled(), state.enabled);
-        // From each of them it can be switched, and switched back.
+        // From each state it can be switched on and off.
         for (const bool enabled : {!state.enabled, state.enabled}) {
             EXPECT_TRUE(autostart->setEnabled(enabled));
             EXPECT_EQ(autostart->isEnabled(), enabled) << contents(user);
@@ -97,7 +97,7 @@ TEST_F(AutostartTests, TellsWhatTheDesktopWouldDo) {
     put(system, kHead);
     fs::create_symlink("/dev/null", user);
     EXPECT_FALSE(autostart->isEnabled());
-    EXPECT_FALSE(autostart->setEnabled(true)) << "a link of somebody's own is not followed";
+    EXPECT_FALSE(autostart->setEnabled(true)) << "a user's own link is not followed";
     EXPECT_TRUE(fs::is_symlink(user));
 }
 

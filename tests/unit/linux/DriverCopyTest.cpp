@@ -28,14 +28,14 @@ class Installation final : public LinuxDriverInstallation {
 class DriverCopy : public testing::Test {
   protected:
     const TemporaryDirectory top;
-    // A name that no shell may take for anything else.
+    // A name that needs quoting.
     const fs::path prefix = top / R"(it's "a" $(touch injected) `b` \ ; )";
     const fs::path root = top / "root";
     const fs::path tools = top / "tools";
     const fs::path source = prefix / "bin/HalvoAudioDevice.driver";
     const fs::path installed = root / "usr/lib/halvo/HalvoAudioDevice.driver";
     const fs::path dropIn = root / "usr/share/pipewire/pipewire.conf.d/60-halvo.conf";
-    const fs::path told = top / "told"; ///< what driver and systemctl were told
+    const fs::path told = top / "told"; ///< the arguments of driver and systemctl
     Installation installation{prefix / "bin", root};
     FakeAlert alert;
     FakeSystemLog log;
@@ -131,7 +131,7 @@ TEST_F(DriverCopy, TheUsersOwnServerIsRestartedWhereItIsManaged) {
     ::setenv("HALVO_DRIVER_BUNDLE", installed.c_str(), 1);
     installation.ensureRunning();
     ::unsetenv("HALVO_DRIVER_BUNDLE");
-    EXPECT_FALSE(fs::exists(told)) << "whoever names another bundle starts its driver";
+    EXPECT_FALSE(fs::exists(told)) << "a named bundle is started by its user";
 }
 
 TEST_F(DriverCopy, EveryFailureIsToldApart) {

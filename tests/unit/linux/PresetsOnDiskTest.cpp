@@ -106,7 +106,7 @@ TEST_F(PresetsOnDisk, AFullDiskKeepsTheOldList) {
     }
     int status = 0;
     ASSERT_EQ(::waitpid(child, &status, 0), child);
-    EXPECT_EQ(status, 0) << "in memory the list goes on";
+    EXPECT_EQ(status, 0) << "the list in memory still works";
     EXPECT_EQ(contents(), before);
 }
 

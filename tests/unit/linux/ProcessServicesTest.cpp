@@ -26,7 +26,7 @@ using halvo::ApplicationService;
 using halvo::ProcessStandardOutput;
 using halvo::test::TemporaryDirectory;
 
-/// Standard output leads into a pipe while this lives.
+/// Redirects standard output to a pipe.
 class OutputPipe {
   public:
     explicit OutputPipe(int flags = 0) {
@@ -46,7 +46,7 @@ class OutputPipe {
         if (ends_[0] >= 0) ::close(ends_[0]);
         ends_[0] = -1;
     }
-    /// What has been written, as far as it is there without waiting.
+    /// What has been written so far, without waiting.
     std::string read() const {
         std::array<char, 65536> buffer{};
         const auto count = ::read(ends_[0], buffer.data(), buffer.size());

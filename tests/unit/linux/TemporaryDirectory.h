@@ -13,7 +13,7 @@
 
 namespace halvo::test {
 
-/// A directory of the test's own that everybody may use; removed with all it holds.
+/// A private directory with access for all users; removed with its contents.
 class TemporaryDirectory {
   public:
     TemporaryDirectory() {
@@ -45,7 +45,7 @@ class TemporaryDirectory {
     std::filesystem::path path_;
 };
 
-/// Takes the superuser's rights from this process, so that modes count for it too.
+/// Drops root's rights, so that file modes apply.
 class WithoutPrivileges {
   public:
     WithoutPrivileges() {

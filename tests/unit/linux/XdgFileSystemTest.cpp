@@ -77,10 +77,10 @@ TEST(XdgFileSystemTests, AppendsToTheUsersOwnPlainFileOnly) {
     EXPECT_EQ(contents(directory / "mine"), "mine");
     EXPECT_FALSE(fs::exists(directory / "new"));
 
-    if (::geteuid() != 0) GTEST_SKIP() << "the rest needs a file of somebody else's";
+    if (::geteuid() != 0) GTEST_SKIP() << "the rest needs another user's file";
     fs::permissions(path, fs::perms::all);
     const WithoutPrivileges nobody;
-    EXPECT_FALSE(files.append(path, "x")) << "somebody else's";
+    EXPECT_FALSE(files.append(path, "x")) << "another user's";
 }
 
 TEST(XdgFileSystemTests, CreatesFoldersAndSaysWhetherTheyAreThere) {

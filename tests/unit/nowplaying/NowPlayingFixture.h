@@ -14,7 +14,7 @@ namespace halvo {
 
 using namespace std::chrono_literals;
 
-/// A monitor on a machine of fakes.
+/// A monitor on fakes.
 class NowPlayingTest : public testing::Test {
   protected:
     using Lines = std::vector<std::string>;
@@ -42,7 +42,7 @@ class NowPlayingTest : public testing::Test {
         monitor->startHelperProcess();
         log.lines.clear();
     }
-    /// Lets the background and the main thread do what they have to.
+    /// Runs all pending background and main-thread work.
     void settle() {
         background.flush();
         queue.flush();

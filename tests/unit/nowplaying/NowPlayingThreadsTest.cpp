@@ -8,7 +8,7 @@ using namespace halvo;
 
 namespace {
 
-/// A thread for each piece of work.
+/// Runs each piece of work on its own thread.
 class Threads final : public BackgroundQueue {
   public:
     void async(std::function<void()> work) override { threads_.emplace_back(std::move(work)); }
@@ -32,7 +32,7 @@ using NowPlayingThreads = NowPlayingTest;
 
 } // namespace
 
-/// Meant for ThreadSanitizer: reading, polls and commands at once, while the main thread looks on.
+/// For ThreadSanitizer: reading, polls and commands at once, while the main thread runs.
 TEST_F(NowPlayingThreads, BackgroundWorkTouchesNothingThatIsPublished) {
     constexpr int kLines = 500;
     Threads threads;

@@ -62,7 +62,7 @@ TEST_F(Polls, ArtworkFollowsItsAddress) {
     settle();
     EXPECT_TRUE(hasArtwork());
     poll("playing|||2|||A|||L|||1|||http://art/2");
-    EXPECT_TRUE(hasArtwork()) << "the old one stays until the new one is there";
+    EXPECT_TRUE(hasArtwork()) << "the old one stays until the new one has loaded";
     session.answer(std::nullopt);
     settle();
     EXPECT_TRUE(hasArtwork()) << "a failure leaves it";

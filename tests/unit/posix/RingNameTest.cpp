@@ -11,7 +11,7 @@ namespace {
 
 using halvo::test::SharedObject;
 
-/// Sets the variable for a test and gives the earlier value back.
+/// Sets the variable for a test and restores the earlier value.
 class RingVariable {
   public:
     explicit RingVariable(const std::optional<std::string>& value) {

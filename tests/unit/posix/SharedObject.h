@@ -33,7 +33,7 @@ class SharedObject {
     bool resize(std::size_t size) const {
         return ::ftruncate(descriptor_, static_cast<off_t>(size)) == 0;
     }
-    /// Leaves nothing behind in a process that will not get as far as the destructor.
+    /// Removes the object in a process that will not run the destructor.
     void unlink() const { (void)::shm_unlink(name_.c_str()); }
     void* map(std::size_t size) const {
         return ::mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED, descriptor_, 0);

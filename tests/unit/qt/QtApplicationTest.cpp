@@ -25,7 +25,7 @@ TEST(QtApplicationTests, AQuitIsNeverLostAndLetsTheCurrentWorkFinish) {
     const auto quit = [](QtApplication& program) { program.terminate(); };
     const auto quitInNestedLoop = [](QtApplication& program) {
         program.terminate();
-        QCoreApplication::processEvents(); // takes the request before anybody listens
+        QCoreApplication::processEvents(); // handles the request before there is a handler
     };
     const std::vector<Case> cases{
         {"before the loop", quit, nothing},

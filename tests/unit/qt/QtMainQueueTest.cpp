@@ -125,7 +125,7 @@ TEST_F(QtMainQueueTests, MissedTicksAreLeftOut) {
         if (ticks.size() == 3) stop();
     });
     run();
-    // The second is late. Were the missed ones made up for, the third would follow immediately.
+    // The second is late. If missed ticks were made up for, the third would follow immediately.
     EXPECT_GE(ticks[2] - start, 7 * kPeriod);
 }
 
@@ -136,7 +136,7 @@ TEST_F(QtMainQueueTests, ATickMayEndItself) {
     ticking = queue_->every(1ms, [&, held] {
         ++*held;
         ticking.cancel();
-        ++*held; // still there: the work may not vanish beneath itself
+        ++*held; // the work must not be destroyed while it runs
     });
     queue_->after(8ms, [this] { stop(); });
     EXPECT_EQ(*held, 0);

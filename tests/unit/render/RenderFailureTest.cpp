@@ -57,7 +57,7 @@ TEST_F(RenderFailure, InputsThatCannotBeRead) {
     expectFailure("is a folder");
     fs::remove(folder / "in.wav");
     ASSERT_EQ(::mkfifo((folder / "in.wav").c_str(), 0600), 0);
-    expectFailure("is not a file"); // and does not wait for somebody to write
+    expectFailure("is not a file"); // and does not wait for a writer
 }
 
 TEST_F(RenderFailure, ACutIsSeenInEveryContainer) {

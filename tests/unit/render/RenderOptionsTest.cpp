@@ -14,7 +14,7 @@ namespace {
 
 using Arguments = std::vector<const char*>;
 
-/// The language of somebody who writes 5,24.
+/// A locale that writes 5,24.
 class DecimalComma : public std::numpunct<char> {
     char do_decimal_point() const override { return ','; }
 };
