@@ -1,43 +1,42 @@
-# What one does here. Each first installs what it lacks (Debian 12).
+# The entry points. Each first installs the packages it lacks (Debian 12 or 13).
 .PHONY: run demo test check check-macos bench package uninstall
-house := scripts
 
-# With a desktop and a sound server: the equalizer itself. Without: the demonstration.
+# With a desktop and a sound server: the equalizer. Without: the demonstration.
 run:
-	@$(house)/install-packages build run
-	@$(house)/run
+	@scripts/install-packages build run
+	@scripts/run
 
-# Two simulated outputs in a private session; what was heard is left in out/run/.
+# Plays a track in a private session with two simulated outputs; recordings and report in out/run/.
 demo:
-	@$(house)/install-packages build run
-	@$(house)/demo
+	@scripts/install-packages build run
+	@scripts/demo
 
 test:
-	@$(house)/install-packages build run test
-	@$(house)/test
+	@scripts/install-packages build run test
+	@scripts/test
 
-# Everything beyond the tests: format, lint, layers, sanitizers, the real-time rules.
+# All checks besides the tests: format, lint, layers, sanitizers, real-time rules.
 check:
-	@$(house)/install-packages build run test check
-	@$(house)/check
+	@scripts/install-packages build run test check
+	@scripts/check
 
-# A package for Debian 12 in out/package/, checked.
+# A Debian package in out/package/, checked by lintian.
 package:
-	@$(house)/install-packages build run package
-	@$(house)/package
+	@scripts/install-packages build run package
+	@scripts/package
 
-# Ends Halvo in your session, which has its default output and levels back, and removes the package.
+# Ends Halvo in your session, restores default output and levels, and removes the package.
 uninstall:
-	@$(house)/uninstall
+	@scripts/uninstall
 
-# All that macOS runs, compiled against an SDK's headers: CONTRIBUTING.md says how to get them.
+# Compiles the macOS sources against an SDK's headers; CONTRIBUTING.md says where to get them.
 check-macos:
-	@$(house)/install-packages build test check
-	@$(house)/check-macos "$(SDK)"
+	@scripts/install-packages build test check
+	@scripts/check-macos "$(SDK)"
 
-# What Halvo costs, beside its own limit and beside the distribution's other equalizers. A peer that
-# cannot be installed is left out.
+# Halvo's costs, compared with their lower bound and with the distribution's other equalizers. Leaves out
+# equalizers that cannot be installed.
 bench:
-	@$(house)/install-packages build run
-	@$(house)/install-packages bench || echo "Without all peers, then."
-	@$(house)/bench
+	@scripts/install-packages build run
+	@scripts/install-packages bench || echo "Some other equalizers are not installed; measuring without them."
+	@scripts/bench
