@@ -5,7 +5,7 @@
 
 namespace halvo {
 
-/// What the fakes were asked to do, in order, across all of them.
+/// The calls to all fakes, in order.
 class CallLog {
   public:
     void add(std::string call) { calls_.push_back(std::move(call)); }

@@ -10,7 +10,7 @@
 
 namespace halvo {
 
-/// One device of the fake; an absent property is one that cannot be read or set.
+/// One device of the fake; an absent property cannot be read or set.
 struct FakeDevice {
     std::optional<std::string> uid;
     std::optional<std::string> name;
@@ -19,13 +19,13 @@ struct FakeDevice {
     std::optional<bool> mute = false;
 };
 
-/// An audio server in memory. Changes made by the test (`add`, `remove`, `changeDefault`, …) are
-/// those of other programs: they reach the listeners one turn of the queue later.
+/// An audio server in memory. Changes made by the test (`add`, `remove`, `changeDefault`, …) act
+/// like other programs: listeners are notified later on the queue.
 class FakeAudioHardware final : public AudioHardware {
   public:
     FakeAudioHardware(MainQueue& queue, CallLog& log) : queue_(queue), log_(log) {}
 
-    // What the world does.
+    // Actions of the system and other programs.
     AudioDeviceID add(FakeDevice device);
     AudioDeviceID add(const std::string& uid, const std::string& name);
     void remove(AudioDeviceID device);

@@ -67,7 +67,7 @@ class FakePanelWindow final : public PanelWindow {
     bool isPressUnderWay() const override { return isHeld; }
 
     void press(std::optional<ScreenPoint> at) {
-        if (const auto handler = pressed) handler(at); // it may end its own monitor
+        if (const auto handler = pressed) handler(at); // the handler may end its own monitor
     }
 
     std::optional<PopoverServices> services;
@@ -80,7 +80,7 @@ class FakePanelWindow final : public PanelWindow {
     ScreenRect place;
     PanelMove lastMove = PanelMove::immediate;
     bool isHeld = false;
-    std::function<void(std::optional<ScreenPoint>)> pressed; ///< set while somebody monitors
+    std::function<void(std::optional<ScreenPoint>)> pressed; ///< set while presses are monitored
 };
 
 } // namespace halvo

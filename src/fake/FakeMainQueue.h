@@ -19,7 +19,7 @@ class FakeMainQueue final : public MainQueue {
     Subscription every(Duration period, Work work) override;
     Duration now() const override { return now_; }
 
-    /// Runs what is queued right now, but not what that work queues.
+    /// Runs the work that is queued now, but not the work which that queues.
     void runTurn();
     /// Runs until nothing is queued for the present moment.
     void flush();

@@ -46,9 +46,9 @@ class FakeOutputUnitFactory final : public OutputUnitFactory {
 
     std::unique_ptr<OutputUnit> makeOutputUnit() override;
 
-    bool hasNone = false;              ///< makeOutputUnit answers null
-    bool setupFails = false;           ///< every step of a unit's set-up answers false
-    FakeOutputUnit* current = nullptr; ///< the unit that lives, if any
+    bool hasNone = false;              ///< makeOutputUnit returns null
+    bool setupFails = false;           ///< every step of a unit's set-up returns false
+    FakeOutputUnit* current = nullptr; ///< the existing unit, if any
     int made = 0;
 
   private:

@@ -13,7 +13,7 @@
 
 namespace halvo {
 
-/// Every fake, wired together: a whole machine in memory and virtual time.
+/// All fakes together: a system in memory and virtual time.
 struct FakePlatform {
     CallLog log;
     FakeMainQueue mainQueue;
@@ -39,11 +39,11 @@ struct FakePlatform {
     FakeStatusItem statusItem;
     FakePanelWindow panelWindow;
 
-    /// Pending work may hold what uses the other fakes.
+    /// Pending work may use the other fakes.
     ~FakePlatform() { mainQueue.discard(); }
 
     Platform platform() { return platform(audioHardware); }
-    /// All of it, but for the hardware.
+    /// All of it except the hardware.
     Platform platform(AudioHardware& hardware) {
         return {.audioHardware = hardware,
                 .outputUnits = outputUnits,

@@ -21,7 +21,7 @@ void FakeHTTPSession::answer(std::optional<HTTPResponse> response) {
     completion(std::move(response));
 }
 
-/// A handle; its handlers fall silent with it.
+/// A handle; once destroyed, its handlers are not called.
 class FakeChildProcessLauncher::Process final : public ChildProcess {
   public:
     Process(FakeChildProcessLauncher& launcher, std::shared_ptr<ChildProcessHandlers> handlers)
@@ -73,7 +73,7 @@ std::expected<int, std::string> FakeChildProcessLauncher::run(const Command& com
 }
 
 void FakeChildProcessLauncher::say(const std::string& bytes) {
-    // Copies: a handler may drop its process.
+    // Copies: a handler may destroy its process.
     if (!isRunning_) return;
     if (const auto handler = handlers_->onOutput) handler(bytes);
 }

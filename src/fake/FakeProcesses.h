@@ -22,14 +22,14 @@ namespace halvo {
 class FakeBackgroundQueue final : public BackgroundQueue {
   public:
     void async(std::function<void()> work) override { queued_.push_back(std::move(work)); }
-    /// Runs everything, also what that work queues.
+    /// Runs all work, including work queued meanwhile.
     void flush();
 
   private:
     std::deque<std::function<void()>> queued_;
 };
 
-/// Requests that wait for the test's answer, oldest first.
+/// Requests that wait for the test's reply, oldest first.
 class FakeHTTPSession final : public HTTPSession {
   public:
     void get(const HTTPRequest& request, Completion completion) override;
@@ -41,7 +41,7 @@ class FakeHTTPSession final : public HTTPSession {
     std::deque<Completion> waiting_;
 };
 
-/// Helpers that say and do what the test makes them.
+/// Helpers controlled by the test.
 class FakeChildProcessLauncher final : public ChildProcessLauncher {
   public:
     explicit FakeChildProcessLauncher(CallLog& log) : log_(log) {}
@@ -79,7 +79,7 @@ class FakeScriptRunner final : public ScriptRunner {
     std::vector<std::string> sources;           ///< all that were run
 };
 
-/// Takes bytes that begin with "image" for a picture of one pixel.
+/// Treats bytes that begin with "image" as a picture of one pixel.
 class FakeImageReader final : public ImageReader {
   public:
     std::optional<Image> read(const std::string& bytes, int longestSide) override;

@@ -86,7 +86,7 @@ bool FakeSharedMemory::isCurrent(const char*, std::int32_t, const void* memory, 
 
 Subscription FakeSharedMemory::watch(const char*, std::function<void()> changed) {
     watchers_.push_back(std::move(changed));
-    // An iterator of a list stays good while others come and go.
+    // List iterators stay valid while other elements are added and removed.
     return Subscription(
         [this, position = std::prev(watchers_.end())] { watchers_.erase(position); });
 }

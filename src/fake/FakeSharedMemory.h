@@ -14,12 +14,12 @@ namespace halvo {
 /// One shared object that holds a ring, or nothing at all. The test plays the driver.
 class FakeSharedMemory final : public SharedMemory {
   public:
-    /// Makes a new object (the one before it stays mapped for whoever has it) and tells the
-    /// watchers. `bytes` overrides the size that the header calls for.
+    /// Makes a new object and notifies the watchers; existing mappings keep the previous one.
+    /// `bytes` overrides the size that the header calls for.
     void createRing(std::uint32_t sampleRate, std::uint32_t channels, std::uint32_t capacity);
     void createObject(std::size_t bytes);
     void removeObject();
-    /// Tells the watchers that something happened to the object.
+    /// Notifies the watchers of a change.
     void announceChange();
 
     RingHeader& header();
