@@ -12,7 +12,6 @@
 #include "linux/pipewire/PipeWireAudioHardware.h"
 #include "linux/pipewire/PipeWireConnection.h"
 #include "linux/pipewire/PipeWireOutputUnit.h"
-#include "linux/process/LinuxChildProcesses.h"
 #include "linux/process/LinuxDriverInstallation.h"
 #include "linux/process/LinuxSessionGuard.h"
 #include "linux/process/LinuxSharedMemory.h"
@@ -26,6 +25,7 @@
 #include "qt/ConsoleAlert.h"
 #include "qt/QtApplication.h"
 #include "qt/QtBackgroundQueue.h"
+#include "qt/QtChildProcesses.h"
 #include "qt/QtHTTPSession.h"
 #include "qt/QtImageReader.h"
 #include "qt/QtMainQueue.h"
@@ -91,7 +91,7 @@ class LinuxPlatform final : public PlatformHost {
     LinuxMediaHelper mediaHelper_;
     QtImageReader imageReader_;
     LinuxScriptRunner scriptRunner_;
-    LinuxChildProcessLauncher childProcesses_;
+    QtChildProcessLauncher childProcesses_;
     QtHTTPSession httpSession_;
     QtBackgroundQueue backgroundQueue_; // after all services that its work may use
 

@@ -4,7 +4,7 @@
 #include "macos/CoreFoundation.h"
 #include "macos/MacBundle.h"
 #include "posix/AtomicFile.h"
-#include "qt/PatientProcess.h"
+#include "qt/QtChildProcesses.h"
 
 #include <system_error>
 #include <thread>
@@ -58,7 +58,7 @@ std::optional<std::string> MacDriverInstallation::propertyListString(const fs::p
 std::expected<DriverCopyResult, std::string>
 MacDriverInstallation::copyWithPrivileges(const fs::path& source) {
     const auto command = driverCopyShellCommand(source, kPlugInFolder, installedPath());
-    const auto result = PatientProcess::run(administratorScript(command), std::nullopt);
+    const auto result = runProcess(administratorScript(command), std::nullopt);
     if (!result) return std::unexpected(result.error());
     return DriverCopyResult{.status = result->status, .output = result->output};
 }

@@ -4,6 +4,8 @@
 
 #include <QProcess>
 #include <QSocketNotifier>
+#include <QStandardPaths>
+#include <QStringDecoder>
 
 #include <algorithm>
 #include <array>
@@ -11,7 +13,6 @@
 #include <csignal>
 #include <fcntl.h>
 #include <memory>
-#include <optional>
 #include <unistd.h>
 #include <utility>
 
@@ -19,11 +20,11 @@ namespace halvo {
 
 namespace {
 
-constexpr int kLongestRun = 10000; // milliseconds
+constexpr std::chrono::seconds kLongestRun{10};
 constexpr long kMostDescriptors = 1024;
 constexpr std::size_t kReadSize = 65536; // bytes; what a pipe holds
 
-/// `output`: where the program's standard output goes; negative: nowhere.
+/// `output`: where the program's standard output goes; negative: where the toolkit leads it.
 void prepare(QProcess& process, const Command& command, int output) {
     QStringList arguments;
     for (const auto& argument : command.arguments)
@@ -31,26 +32,30 @@ void prepare(QProcess& process, const Command& command, int output) {
     process.setProgram(QString::fromStdString(command.program));
     process.setArguments(arguments);
     process.setStandardInputFile(QProcess::nullDevice());
-    process.setStandardOutputFile(QProcess::nullDevice());
-    process.setStandardErrorFile(QProcess::nullDevice());
     const auto limit = std::min(::sysconf(_SC_OPEN_MAX), kMostDescriptors);
     process.setChildProcessModifier([limit, output] {
         sigset_t none;
         sigemptyset(&none);
         (void)::sigprocmask(SIG_SETMASK, &none, nullptr);
         if (output >= 0) (void)::dup2(output, STDOUT_FILENO); // both are open: cannot fail
-        // Marked, not closed: the toolkit has one of its own by which it tells a failed start.
+        // Marked, not closed: the toolkit reports a failed start through a descriptor of its own.
         for (int descriptor = STDERR_FILENO + 1; descriptor < limit; ++descriptor)
-            (void)::fcntl(descriptor, F_SETFD, FD_CLOEXEC); // most are none
+            (void)::fcntl(descriptor, F_SETFD, FD_CLOEXEC); // most are not open
     });
 }
 
 int statusOf(const QProcess& process) {
-    const bool crashed = process.exitStatus() == QProcess::CrashExit;
-    return crashed ? 128 + process.exitCode() : process.exitCode();
+    const int code = process.exitCode(); // the signal's number after a crash
+    return process.exitStatus() == QProcess::CrashExit ? 128 + code : code;
 }
 
-/// Both ends of a pipe that no other child inherits; nothing when there are no descriptors left.
+std::string decoded(const QByteArray& bytes) {
+    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
+    const QString text = decoder(bytes);
+    return decoder.hasError() ? std::string() : text.toStdString();
+}
+
+/// Both ends of a pipe that no other child inherits; nothing when no descriptor is to be had.
 std::optional<std::pair<FileDescriptor, FileDescriptor>> makePipe() {
     std::array<int, 2> ends{};
     if (::pipe(ends.data()) != 0) return std::nullopt;
@@ -59,8 +64,8 @@ std::optional<std::pair<FileDescriptor, FileDescriptor>> makePipe() {
     return std::pair(FileDescriptor(ends[0]), FileDescriptor(ends[1]));
 }
 
-/// A launched program on the main loop. Once nobody listens it goes by itself when it has ended.
-/// The pipe is its own, because the toolkit's stays open until the program ends.
+/// A launched program on the main loop. Once abandoned it deletes itself when the program ends. It
+/// reads a pipe of its own, because QProcess keeps its pipe open until the program ends.
 class FollowedProcess final : public QProcess {
   public:
     FollowedProcess(FileDescriptor output, ChildProcessHandlers handlers)
@@ -70,7 +75,7 @@ class FollowedProcess final : public QProcess {
         connect(this, &QProcess::finished, this, [this] { takeEnd(); });
     }
 
-    /// Nobody listens any more. The handler that runs may be the one that says so.
+    /// The handle is gone; one of the handlers may be running.
     void abandon() {
         abandoned_ = true;
         handlers_ = {};
@@ -123,8 +128,8 @@ class QtChildProcess final : public ChildProcess {
     void terminate() override { process_->terminate(); }
 
   private:
-    FollowedProcess* process_; ///< its own owner from `abandon` on
-    std::int64_t identifier_;  ///< the toolkit forgets it at the end
+    FollowedProcess* process_; ///< owns itself from `abandon` on
+    std::int64_t identifier_;  ///< QProcess forgets it when the program ends
 };
 
 } // namespace
@@ -135,21 +140,35 @@ QtChildProcessLauncher::launch(const Command& command, ChildProcessHandlers hand
     if (!ends) return std::unexpected(qt_error_string().toStdString());
     auto process = std::make_unique<FollowedProcess>(std::move(ends->first), std::move(handlers));
     prepare(*process, command, ends->second.get());
+    process->setStandardOutputFile(QProcess::nullDevice());
+    process->setStandardErrorFile(QProcess::nullDevice());
     process->start(QIODevice::NotOpen);
     if (!process->waitForStarted(-1)) return std::unexpected(process->errorString().toStdString());
     return std::make_unique<QtChildProcess>(process.release());
 }
 
 std::expected<int, std::string> QtChildProcessLauncher::run(const Command& command) {
+    const auto result = runProcess(command, kLongestRun);
+    if (!result) return std::unexpected(result.error());
+    return result->status;
+}
+
+std::expected<ProcessResult, std::string>
+runProcess(const Command& command, std::optional<std::chrono::milliseconds> longest) {
     QProcess process;
     prepare(process, command, /*output*/ -1);
+    process.setProcessChannelMode(QProcess::MergedChannels);
+    if (!process.program().contains(u'/') &&
+        QStandardPaths::findExecutable(process.program()).isEmpty()) {
+        return std::unexpected(command.program + ": command not found");
+    }
     process.start();
     if (!process.waitForStarted(-1)) return std::unexpected(process.errorString().toStdString());
-    if (!process.waitForFinished(kLongestRun)) {
+    if (!process.waitForFinished(longest ? static_cast<int>(longest->count()) : -1)) {
         process.kill();
         (void)process.waitForFinished(-1);
     }
-    return statusOf(process);
+    return ProcessResult{statusOf(process), decoded(process.readAll())};
 }
 
 } // namespace halvo

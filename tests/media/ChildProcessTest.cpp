@@ -1,4 +1,3 @@
-#include "linux/process/LinuxChildProcesses.h"
 #include "qt/QtChildProcesses.h"
 
 #include <QCoreApplication>
@@ -49,13 +48,8 @@ bool hasChildren() {
 
 } // namespace
 
-/// Both launchers keep to the same rules.
-template <typename Launcher> class ChildProcessTest : public testing::Test {};
-using Launchers = testing::Types<LinuxChildProcessLauncher, QtChildProcessLauncher>;
-TYPED_TEST_SUITE(ChildProcessTest, Launchers);
-
-TYPED_TEST(ChildProcessTest, AHundredThatEndLeaveNothingBehind) {
-    TypeParam launcher;
+TEST(ChildProcessTest, AHundredThatEndLeaveNothingBehind) {
+    QtChildProcessLauncher launcher;
     int before = 0;
     for (int i = 0; i < 101; ++i) {
         std::string output;
@@ -80,8 +74,8 @@ TYPED_TEST(ChildProcessTest, AHundredThatEndLeaveNothingBehind) {
     EXPECT_FALSE(hasChildren());
 }
 
-TYPED_TEST(ChildProcessTest, AHandleMayGoWithinItsHandlerOrBeforeTheEnd) {
-    TypeParam launcher;
+TEST(ChildProcessTest, AHandleMayGoWithinItsHandlerOrBeforeTheEnd) {
+    QtChildProcessLauncher launcher;
     std::unique_ptr<ChildProcess> process;
     bool heard = false;
     bool heardMore = false;
@@ -99,13 +93,13 @@ TYPED_TEST(ChildProcessTest, AHandleMayGoWithinItsHandlerOrBeforeTheEnd) {
     EXPECT_FALSE(heardMore);
 }
 
-TYPED_TEST(ChildProcessTest, StartsWithNothingOfOurs) {
+TEST(ChildProcessTest, StartsWithNothingOfOurs) {
     sigset_t termination;
     sigemptyset(&termination);
     sigaddset(&termination, SIGTERM);
     ASSERT_EQ(::pthread_sigmask(SIG_BLOCK, &termination, nullptr), 0);
     const int leaking = ::fcntl(STDIN_FILENO, F_DUPFD, 50);
-    TypeParam launcher;
+    QtChildProcessLauncher launcher;
     std::string output;
     bool ended = false;
     const auto script = "test -e /proc/$$/fd/" + std::to_string(leaking) +
@@ -128,8 +122,8 @@ TYPED_TEST(ChildProcessTest, StartsWithNothingOfOurs) {
     (void)::pthread_sigmask(SIG_UNBLOCK, &termination, nullptr);
 }
 
-TYPED_TEST(ChildProcessTest, WhatCannotBeLaunchedSaysWhy) {
-    TypeParam launcher;
+TEST(ChildProcessTest, WhatCannotBeLaunchedSaysWhy) {
+    QtChildProcessLauncher launcher;
     const auto missing = launcher.launch({"/nonexistent/halvo-media-helper", {"loop"}}, {});
     ASSERT_FALSE(missing);
     EXPECT_TRUE(missing.error().ends_with("No such file or directory")) << missing.error();

@@ -1,8 +1,8 @@
 #include "linux/process/LinuxDriverInstallation.h"
 
 #include "posix/AtomicFile.h"
-#include "qt/PatientProcess.h"
 #include "qt/PropertyList.h"
+#include "qt/QtChildProcesses.h"
 
 #include <cstdlib>
 #include <system_error>
@@ -46,7 +46,7 @@ std::optional<std::string> otherBundle() {
 }
 
 bool succeeds(const std::string& program, const std::vector<std::string>& arguments) {
-    const auto result = PatientProcess::run({program, arguments}, kPatience);
+    const auto result = runProcess({program, arguments}, kPatience);
     return result && result->status == 0;
 }
 
@@ -81,10 +81,10 @@ std::optional<std::string> LinuxDriverInstallation::propertyListString(const fs:
 std::expected<DriverCopyResult, std::string>
 LinuxDriverInstallation::copyWithPrivileges(const fs::path& source) {
     const std::string dropIns = otherBundle() ? "" : (root_ / kDropInFolder).string();
-    const auto result = PatientProcess::run({"pkexec",
-                                             {"/bin/sh", "-c", kCopyScript, "halvo-install",
-                                              source.string(), installedPath().string(), dropIns}},
-                                            std::nullopt);
+    const auto result = runProcess({"pkexec",
+                                    {"/bin/sh", "-c", kCopyScript, "halvo-install", source.string(),
+                                     installedPath().string(), dropIns}},
+                                   std::nullopt);
     if (!result) return std::unexpected(result.error());
     return DriverCopyResult{result->status, result->output, result->status == kDismissed};
 }

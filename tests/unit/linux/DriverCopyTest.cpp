@@ -1,11 +1,9 @@
 #include "devices/DriverInstaller.h"
 #include "fake/FakeServices.h"
 #include "linux/process/LinuxDriverInstallation.h"
-#include "qt/PatientProcess.h"
 
 #include "unit/linux/TemporaryDirectory.h"
 
-#include <csignal>
 #include <cstdlib>
 #include <gtest/gtest.h>
 
@@ -218,24 +216,6 @@ TEST_F(DriverCopy, AReadOnlySystemIsNoSuccess) {
     EXPECT_EQ(alert.shown.back().message, "Driver Installation Error");
     EXPECT_NE(complaint().value_or("").find("Read-only file system"), std::string::npos);
     EXPECT_TRUE(fs::is_empty(root));
-}
-
-TEST(PatientProcessTests, TheChildInheritsNoBlockedSignal) {
-    sigset_t blocked;
-    sigset_t before;
-    sigemptyset(&blocked);
-    sigaddset(&blocked, SIGTERM);
-    ASSERT_EQ(::pthread_sigmask(SIG_BLOCK, &blocked, &before), 0);
-    const auto result = PatientProcess::run({"grep", {"SigBlk", "/proc/self/status"}}, {});
-    ASSERT_EQ(::pthread_sigmask(SIG_SETMASK, &before, nullptr), 0);
-    ASSERT_TRUE(result) << result.error();
-    EXPECT_EQ(result->output, "SigBlk:\t0000000000000000\n");
-}
-
-TEST(PatientProcessTests, OneThatTakesTooLongIsKilled) {
-    const auto result = PatientProcess::run({"sleep", {"1000"}}, std::chrono::milliseconds(10));
-    ASSERT_TRUE(result) << result.error();
-    EXPECT_EQ(result->status, 128 + SIGKILL);
 }
 
 } // namespace
