@@ -7,7 +7,11 @@
 namespace halvo {
 
 FileDescriptor::~FileDescriptor() {
-    if (descriptor_ >= 0) (void)::close(descriptor_); // nobody is left to hear of an error
+    if (descriptor_ >= 0) (void)close(); // nobody is left to hear of an error
+}
+
+int FileDescriptor::close() {
+    return ::close(std::exchange(descriptor_, -1)) == 0 ? 0 : errno;
 }
 
 bool isRegularFile(int descriptor) {

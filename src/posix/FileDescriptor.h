@@ -23,6 +23,8 @@ class FileDescriptor {
 
     explicit operator bool() const { return descriptor_ >= 0; }
     int get() const { return descriptor_; }
+    /// Closes it now. 0 or an error's number: some file systems tell only here of a full disk.
+    int close();
 
   private:
     int descriptor_ = -1;

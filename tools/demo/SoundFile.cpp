@@ -1,19 +1,16 @@
 #include "SoundFile.h"
 
-#include "support/PendingFile.h"
+#include "posix/AtomicFile.h"
+#include "posix/FileDescriptor.h"
 
 #include <sndfile.h>
 
 #include <cerrno>
-#include <string_view>
-#include <unistd.h>
 
 namespace halvo::demo {
 
-using tools::PendingFile;
-
 std::optional<std::string> writeSoundFile(const std::string& path, const StereoSound& sound) {
-    auto pending = PendingFile::create(path);
+    auto pending = AtomicFile::create(path);
     if (!pending) return pending.error();
     SF_INFO format{};
     format.samplerate = kSampleRate;
@@ -23,20 +20,15 @@ std::optional<std::string> writeSoundFile(const std::string& path, const StereoS
     if (file == nullptr) return "cannot write " + path + ": " + sf_strerror(nullptr);
     const auto count = static_cast<sf_count_t>(sound.frameCount());
     const bool complete = sf_writef_float(file, sound.samples.data(), count) == count;
-    if (sf_close(file) != 0 || !complete) return tools::cannotWrite(path, ENOSPC);
-    return pending->commit(PendingFile::Existing::replace);
+    if (sf_close(file) != 0 || !complete) return cannotWrite(path, ENOSPC);
+    return pending->commit(AtomicFile::Existing::replace);
 }
 
 std::optional<std::string> writeTextFile(const std::string& path, const std::string& text) {
-    auto pending = PendingFile::create(path);
+    auto pending = AtomicFile::create(path);
     if (!pending) return pending.error();
-    for (std::string_view rest = text; !rest.empty();) {
-        const auto count = ::write(pending->descriptor(), rest.data(), rest.size());
-        if (count < 0 && errno == EINTR) continue;
-        if (count < 0) return tools::cannotWrite(path, errno);
-        rest.remove_prefix(static_cast<std::size_t>(count));
-    }
-    return pending->commit(PendingFile::Existing::replace);
+    if (!writeAll(pending->descriptor(), text)) return cannotWrite(path, errno);
+    return pending->commit(AtomicFile::Existing::replace);
 }
 
 } // namespace halvo::demo

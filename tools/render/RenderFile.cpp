@@ -74,7 +74,7 @@ std::expected<RenderReport, std::string> renderFile(const Options& options, cons
 
     OfflineEqualizer equalizer(preset, reader->sampleRate(), options.bypass);
     auto failure = renderBlocks(*reader, equalizer, *writer, progress);
-    using Existing = tools::PendingFile::Existing;
+    using Existing = AtomicFile::Existing;
     if (!failure) failure = writer->finish(options.force ? Existing::replace : Existing::keep);
     if (failure) return std::unexpected(*failure);
     return RenderReport{.samples = reader->frameCount() * reader->channels(),

@@ -8,11 +8,9 @@
 
 namespace halvo::render {
 
-using tools::PendingFile;
-
 std::expected<WavWriter, std::string> WavWriter::create(const std::string& path,
                                                         const WavReader& like, bool writeFloat) {
-    auto pending = PendingFile::create(path);
+    auto pending = AtomicFile::create(path);
     if (!pending) return std::unexpected(pending.error());
     SF_INFO info{};
     info.samplerate = like.sampleRate();
@@ -21,7 +19,7 @@ std::expected<WavWriter, std::string> WavWriter::create(const std::string& path,
     auto output = std::make_unique<CheckedOutput>(pending->descriptor());
     SoundFileHandle file(output->open(info));
     if (!file) {
-        if (output->error() != 0) return std::unexpected(tools::cannotWrite(path, output->error()));
+        if (output->error() != 0) return std::unexpected(cannotWrite(path, output->error()));
         return std::unexpected("cannot write " + path + " in the input's format (" +
                                sf_strerror(nullptr) + "); try --float");
     }
@@ -32,7 +30,7 @@ std::expected<WavWriter, std::string> WavWriter::create(const std::string& path,
     return WavWriter(path, std::move(*pending), std::move(output), std::move(file), info);
 }
 
-WavWriter::WavWriter(std::string path, PendingFile pending, std::unique_ptr<CheckedOutput> output,
+WavWriter::WavWriter(std::string path, AtomicFile pending, std::unique_ptr<CheckedOutput> output,
                      SoundFileHandle file, const SF_INFO& info)
     : path_(std::move(path)), pending_(std::move(pending)), output_(std::move(output)),
       file_(std::move(file)), info_(info) {}
@@ -62,13 +60,13 @@ std::optional<std::string> WavWriter::write(float* frames, std::int64_t frameCou
     return written == count ? std::nullopt : std::optional(failure());
 }
 
-std::optional<std::string> WavWriter::finish(PendingFile::Existing existing) {
+std::optional<std::string> WavWriter::finish(AtomicFile::Existing existing) {
     if (sf_close(file_.release()) != 0 || output_->error() != 0) return failure();
     return pending_.commit(existing);
 }
 
 std::string WavWriter::failure() const {
-    return tools::cannotWrite(path_, output_->error() != 0 ? output_->error() : EIO);
+    return cannotWrite(path_, output_->error() != 0 ? output_->error() : EIO);
 }
 
 } // namespace halvo::render

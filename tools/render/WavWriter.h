@@ -1,8 +1,8 @@
 #pragma once
 
+#include "posix/AtomicFile.h"
 #include "render/CheckedOutput.h"
 #include "render/WavFormat.h"
-#include "support/PendingFile.h"
 
 #include <cstdint>
 #include <expected>
@@ -29,15 +29,15 @@ class WavWriter {
     std::optional<std::string> write(float* frames, std::int64_t frameCount);
 
     /// Completes the file and puts it in place. As `write`.
-    std::optional<std::string> finish(tools::PendingFile::Existing existing);
+    std::optional<std::string> finish(AtomicFile::Existing existing);
 
   private:
-    WavWriter(std::string path, tools::PendingFile pending, std::unique_ptr<CheckedOutput> output,
+    WavWriter(std::string path, AtomicFile pending, std::unique_ptr<CheckedOutput> output,
               SoundFileHandle file, const SF_INFO& info);
     std::string failure() const;
 
     std::string path_;
-    tools::PendingFile pending_;
+    AtomicFile pending_;
     std::unique_ptr<CheckedOutput> output_; // stays in its place when this object moves
     SoundFileHandle file_;                  // goes before the two that it uses
     SF_INFO info_;

@@ -11,7 +11,7 @@
 namespace {
 
 namespace fs = std::filesystem;
-namespace AtomicFile = halvo::AtomicFile;
+using halvo::AtomicFile;
 using halvo::test::contents;
 using halvo::test::inode;
 using halvo::test::mode;
