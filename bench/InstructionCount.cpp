@@ -1,7 +1,7 @@
 #include "InstructionCount.h"
 
-#include "ChildRun.h"
 #include "RenderPieces.h"
+#include "session/SpawnedProgram.h"
 
 #include <cstdlib>
 #include <filesystem>
@@ -70,10 +70,10 @@ std::expected<json, std::string> countInstructions() {
     std::error_code error;
     const auto self = fs::read_symlink("/proc/self/exe", error);
     const std::string runner = self.parent_path() / "halvo-instructions";
-    const auto run =
-        cpuSecondsOf({"valgrind", "--tool=callgrind",
-                      "--callgrind-out-file=" + folder.path() + "/count", runner, "--run"},
-                     folder.path() + "/log");
+    const auto run = session::SpawnedProgram::run(
+        {"valgrind", "--tool=callgrind", "--callgrind-out-file=" + folder.path() + "/count", runner,
+         "--run"},
+        folder.path() + "/log");
     if (!run) return std::unexpected(run.error());
     json result = json::object();
     for (const auto& entry : fs::directory_iterator(folder.path(), error)) {

@@ -1,11 +1,11 @@
 #include "PeerMeasurement.h"
 
 #include "BenchSound.h"
-#include "ChildRun.h"
 #include "ResponseCheck.h"
 #include "Statistics.h"
 #include "demo/Progress.h"
 #include "demo/SoundFile.h"
+#include "session/SpawnedProgram.h"
 
 #include <nlohmann/json.hpp>
 
@@ -16,6 +16,7 @@ namespace halvo::bench {
 
 using demo::progress;
 using nlohmann::ordered_json;
+using session::SpawnedProgram;
 
 namespace {
 
@@ -42,9 +43,9 @@ bool PeerMeasurement::prepare(Runner& runner) {
     const std::string filtered = folder_ + "/filtered.wav";
     if (const auto failure = demo::writeSoundFile(played, click()))
         return leaveOut(runner, *failure);
-    const auto seconds =
-        cpuSecondsOf(commandFor(runner.peer.filter, played, filtered), folder_ + "/log");
-    if (!seconds) return leaveOut(runner, seconds.error());
+    const auto filter =
+        SpawnedProgram::run(commandFor(runner.peer.filter, played, filtered), folder_ + "/log");
+    if (!filter) return leaveOut(runner, filter.error());
     const auto sound = readSoundFile(filtered);
     if (!sound) return leaveOut(runner, sound.error());
     const Deviation off = deviation(click(), *sound);
@@ -59,20 +60,22 @@ bool PeerMeasurement::turn(Runner& runner) {
     const std::string output = folder_ + "/out.wav";
     for (auto [words, times] : {std::pair(&runner.peer.filter, &runner.filterSeconds),
                                 std::pair(&runner.peer.null, &runner.nullSeconds)}) {
-        const auto seconds =
-            cpuSecondsOf(commandFor(*words, folder_ + "/long.wav", output), folder_ + "/log");
+        const auto pass = SpawnedProgram::run(commandFor(*words, folder_ + "/long.wav", output),
+                                              folder_ + "/log");
         // Every run has to find as much memory for its file as the one before.
         (void)std::remove(output.c_str());
-        if (!seconds) return leaveOut(runner, seconds.error());
-        times->push_back(*seconds);
+        if (!pass) return leaveOut(runner, pass.error());
+        times->push_back(pass->cpuSeconds);
     }
     return true;
 }
 
 std::string PeerMeasurement::version(const Peer& peer) const {
-    const std::string log = folder_ + "/log";
-    if (peer.package.empty()) return firstLineOf({peer.filter[0], "--version"}, log);
-    return firstLineOf({"dpkg-query", "-W", "-f", "${Version}", peer.package}, log);
+    const auto question = peer.package.empty()
+                              ? Peer::Words{peer.filter[0], "--version"}
+                              : Peer::Words{"dpkg-query", "-W", "-f", "${Version}", peer.package};
+    const auto answer = SpawnedProgram::run(question, folder_ + "/log");
+    return answer ? answer->output.substr(0, answer->output.find('\n')) : std::string();
 }
 
 ordered_json PeerMeasurement::json(const Runner& runner) const {

@@ -1,12 +1,12 @@
 #include "BenchReport.h"
 #include "CallbackMeasurement.h"
-#include "ChildRun.h"
 #include "PeerMeasurement.h"
 #include "RenderMeasurement.h"
 #include "SessionMeasurement.h"
 #include "demo/Progress.h"
 #include "demo/SoundFile.h"
 #include "session/SessionCleanup.h"
+#include "session/SpawnedProgram.h"
 
 #include <QCoreApplication>
 
@@ -47,17 +47,17 @@ class Workshop {
         std::string path =
             (fits ? fs::path("/dev/shm") : fs::temp_directory_path()) / "halvo-bench-XXXXXX";
         if (::mkdtemp(path.data()) == nullptr) return nullptr;
-        auto janitor = halvo::session::SessionCleanup::start(path, "/halvo_bench_none");
-        if (!janitor) return nullptr;
-        return std::unique_ptr<Workshop>(new Workshop(path, std::move(*janitor)));
+        auto cleanup = halvo::session::SessionCleanup::start(path, "/halvo_bench_none");
+        if (!cleanup) return nullptr;
+        return std::unique_ptr<Workshop>(new Workshop(path, std::move(*cleanup)));
     }
     const std::string& folder() const { return folder_; }
 
   private:
-    Workshop(std::string folder, std::unique_ptr<halvo::session::SessionCleanup> janitor)
-        : folder_(std::move(folder)), janitor_(std::move(janitor)) {}
+    Workshop(std::string folder, std::unique_ptr<halvo::session::SessionCleanup> cleanup)
+        : folder_(std::move(folder)), cleanup_(std::move(cleanup)) {}
     std::string folder_;
-    std::unique_ptr<halvo::session::SessionCleanup> janitor_;
+    std::unique_ptr<halvo::session::SessionCleanup> cleanup_;
 };
 
 constexpr const char* kParts[] = {"render", "callback", "session", "desktop", "peers"};
@@ -95,7 +95,7 @@ bool measureDesktop(ordered_json& report) {
     const auto workshop = Workshop::open();
     if (!workshop) return false;
     const std::string file = workshop->folder() + "/desktop.json";
-    const auto run = halvo::bench::cpuSecondsOf(
+    const auto run = halvo::session::SpawnedProgram::run(
         {buildFolder() + "/bench/halvo-desktop-bench", file}, workshop->folder() + "/log");
     if (run) {
         report.update(ordered_json::parse(std::ifstream(file)));

@@ -4,11 +4,13 @@
 #include "session/Recorder.h"
 
 #include <csignal>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <iterator>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
@@ -68,6 +70,27 @@ TEST(PrivateSessionTests, PassesTheCommandsStatusOn) {
     EXPECT_EQ(session->run({HALVO_SESSION, "--outputs", "0", "sh", "-c", "exit 7"}).status, 7);
     EXPECT_EQ(session->run({HALVO_SESSION, "--", "no-such-program"}).status, 127);
     EXPECT_EQ(session->run({HALVO_SESSION, "--rate", "x", "true"}).status, 2);
+}
+
+TEST(SpawnedProgramTests, RunsToTheEndAndSaysWhatFailed) {
+    std::string log = fs::temp_directory_path() / "halvo-run-XXXXXX";
+    ::close(::mkstemp(log.data()));
+    std::ofstream(log) << "from an earlier run\n";
+    // The work is done in a child of the program; its time counts.
+    const auto done = SpawnedProgram::run(
+        {"sh", "-c",
+         "(i=0; while [ $i -lt 100000 ]; do i=$((i+1)); done); echo $PATH; echo two >&2"},
+        log);
+    ASSERT_TRUE(done) << done.error();
+    EXPECT_EQ(done->output, std::string(std::getenv("PATH")) + "\ntwo\n");
+    EXPECT_GT(done->cpuSeconds, 0);
+    const auto failed = SpawnedProgram::run({"sh", "-c", "echo one; echo why; echo; exit 3"}, log);
+    ASSERT_FALSE(failed);
+    EXPECT_EQ(failed.error(), "sh failed: why");
+    const auto missing = SpawnedProgram::run({"halvo-no-such-program"}, log);
+    ASSERT_FALSE(missing);
+    EXPECT_EQ(missing.error(), "halvo-no-such-program: No such file or directory");
+    fs::remove(log);
 }
 
 TEST(PrivateSessionTests, SeveralSessionsDoNotHearEachOther) {

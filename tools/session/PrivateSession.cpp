@@ -37,12 +37,9 @@ bool accepts(const std::string& socketPath) {
     address.sun_family = AF_UNIX;
     if (socketPath.size() >= sizeof address.sun_path) return false;
     std::ranges::copy(socketPath, address.sun_path);
-    const int descriptor = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    if (descriptor < 0) return false;
-    const bool accepted =
-        ::connect(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
-    ::close(descriptor);
-    return accepted;
+    const FileDescriptor connection(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    return connection && ::connect(connection.get(), reinterpret_cast<const sockaddr*>(&address),
+                                   sizeof address) == 0;
 }
 
 bool isNear(const std::vector<float>& left, const std::vector<float>& right) {
@@ -81,7 +78,7 @@ PrivateSession::PrivateSession(Options options) : options_(std::move(options)) {
 PrivateSession::~PrivateSession() {
     stopServer();
     bus_.reset();
-    janitor_.reset();
+    cleanup_.reset();
 }
 
 std::optional<std::string> PrivateSession::prepareDirectory() {
@@ -89,12 +86,12 @@ std::optional<std::string> PrivateSession::prepareDirectory() {
     if (!made) return "no temporary directory can be made";
     directory_ = *made;
     ringName_ = "/halvo_session_" + directory_.substr(directory_.size() - 6);
-    auto janitor = SessionCleanup::start(directory_, ringName_);
-    if (!janitor) {
+    auto cleanup = SessionCleanup::start(directory_, ringName_);
+    if (!cleanup) {
         (void)::rmdir(directory_.c_str());
-        return janitor.error();
+        return cleanup.error();
     }
-    janitor_ = std::move(*janitor);
+    cleanup_ = std::move(*cleanup);
     environment_ = sessionEnvironment(directory_, ringName_, options_.withBus);
     if (!writeSessionFiles(directory_)) return "cannot write into " + directory_;
     return std::nullopt;

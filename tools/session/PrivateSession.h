@@ -119,7 +119,7 @@ class PrivateSession {
     std::string ringName_;
     std::vector<std::string> environment_;
     std::size_t spawned_ = 0;
-    std::unique_ptr<class SessionCleanup> janitor_;
+    std::unique_ptr<class SessionCleanup> cleanup_;
     std::unique_ptr<SpawnedProgram> bus_;
     std::unique_ptr<SpawnedProgram> server_;
     std::unique_ptr<SpawnedProgram> manager_;

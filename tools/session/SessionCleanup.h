@@ -8,22 +8,22 @@
 
 namespace halvo::session {
 
-/// Cleans up behind a session when its owner lets go of this or is gone, however it went: kills
+/// Cleans up after a session when this is destroyed or its process ends, even by SIGKILL: kills
 /// what still runs with the session's directory in its environment, removes the directory and the
 /// ring.
 class SessionCleanup {
   public:
     static std::expected<std::unique_ptr<SessionCleanup>, std::string>
     start(const std::string& directory, const std::string& ringName);
-    /// Returns when everything is clean.
+    /// Returns when the cleanup is done.
     ~SessionCleanup();
     SessionCleanup(const SessionCleanup&) = delete;
     SessionCleanup& operator=(const SessionCleanup&) = delete;
 
   private:
-    SessionCleanup(int pipe, std::unique_ptr<SpawnedProgram> program);
+    SessionCleanup(FileDescriptor pipe, std::unique_ptr<SpawnedProgram> program);
 
-    int pipe_;
+    FileDescriptor pipe_; ///< the program waits for its end
     std::unique_ptr<SpawnedProgram> program_;
 };
 

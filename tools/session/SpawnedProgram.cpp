@@ -9,6 +9,7 @@
 #include <iterator>
 #include <poll.h>
 #include <sys/prctl.h>
+#include <sys/resource.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -19,6 +20,7 @@ namespace halvo::session {
 namespace {
 
 constexpr SpawnedProgram::Milliseconds kGrace{2000};
+constexpr std::chrono::hours kLongestRun{1};
 
 std::vector<char*> pointers(std::vector<std::string>& texts) {
     std::vector<char*> result;
@@ -68,12 +70,16 @@ void redirect(const Preparation& preparation, const std::string& file, int descr
     redirect(preparation, request.outputFile, STDOUT_FILENO);
     redirect(preparation, request.errorFile, STDERR_FILENO);
     ::execvpe(preparation.arguments[0], preparation.arguments.data(),
-              preparation.environment.data());
+              request.environment.empty() ? environ : preparation.environment.data());
     giveUp(preparation);
 }
 
 int exitStatus(int status) {
     return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
+double seconds(const timeval& time) {
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) * 1e-6;
 }
 
 std::string contents(const std::string& file) {
@@ -90,30 +96,45 @@ SpawnedProgram::start(SpawnRequest request) {
     if (::pipe2(pipe.data(), O_CLOEXEC) != 0) {
         return std::unexpected(std::string("pipe: ") + std::strerror(errno));
     }
+    const FileDescriptor readEnd(pipe[0]);
+    FileDescriptor writeEnd(pipe[1]);
     auto arguments = request.arguments;
     auto environment = request.environment;
     const Preparation preparation{pointers(arguments), pointers(environment), request, ::getpid(),
                                   pipe[1]};
     const pid_t pid = ::fork();
     if (pid == 0) becomeProgram(preparation);
-    ::close(pipe[1]);
     int error = pid < 0 ? errno : 0;
-    const bool failed = pid < 0 || ::read(pipe[0], &error, sizeof error) > 0;
-    ::close(pipe[0]);
-    if (failed) {
+    (void)writeEnd.close(); // the child alone keeps it, until it executes the program
+    if (pid < 0 || ::read(readEnd.get(), &error, sizeof error) > 0) {
         if (pid > 0) ::waitpid(pid, nullptr, 0);
         return std::unexpected(request.arguments.front() + ": " + std::strerror(error));
     }
-    const auto descriptor = static_cast<int>(::syscall(SYS_pidfd_open, pid, 0));
-    return std::unique_ptr<SpawnedProgram>(new SpawnedProgram(pid, descriptor, std::move(request)));
+    FileDescriptor process(static_cast<int>(::syscall(SYS_pidfd_open, pid, 0)));
+    return std::unique_ptr<SpawnedProgram>(
+        new SpawnedProgram(pid, std::move(process), std::move(request)));
 }
 
-SpawnedProgram::SpawnedProgram(int pid, int processDescriptor, SpawnRequest request)
-    : pid_(pid), processDescriptor_(processDescriptor), request_(std::move(request)) {}
+std::expected<SpawnedProgram::Completed, std::string>
+SpawnedProgram::run(const std::vector<std::string>& arguments, const std::string& log) {
+    (void)::unlink(log.c_str()); // the log of the program before, if there was one
+    auto program =
+        start({.arguments = arguments, .environment = {}, .outputFile = log, .errorFile = log});
+    if (!program) return std::unexpected(program.error());
+    const auto status = (*program)->wait(kLongestRun);
+    std::string output = (*program)->standardOutput();
+    if (status == 0) return Completed{std::move(output), (*program)->cpuSeconds_};
+    while (output.ends_with('\n'))
+        output.pop_back();
+    return std::unexpected(arguments.front() + (status ? " failed: " : " does not end: ") +
+                           output.substr(output.rfind('\n') + 1));
+}
+
+SpawnedProgram::SpawnedProgram(int pid, FileDescriptor process, SpawnRequest request)
+    : pid_(pid), process_(std::move(process)), request_(std::move(request)) {}
 
 SpawnedProgram::~SpawnedProgram() {
     end();
-    if (processDescriptor_ >= 0) ::close(processDescriptor_);
 }
 
 bool SpawnedProgram::isRunning() {
@@ -124,22 +145,27 @@ bool SpawnedProgram::signal(int number) {
     return isRunning() && ::kill(pid_, number) == 0;
 }
 
-std::optional<int> SpawnedProgram::wait(Milliseconds deadline) {
-    if (status_) return status_;
+bool SpawnedProgram::hasEnded(Milliseconds deadline) const {
     const auto until = std::chrono::steady_clock::now() + deadline;
-    pollfd ended{processDescriptor_, POLLIN, 0};
+    pollfd ended{process_.get(), POLLIN, 0};
     for (;;) {
         const auto left =
             std::chrono::duration_cast<Milliseconds>(until - std::chrono::steady_clock::now());
         const auto timeout = static_cast<int>(std::max(left, Milliseconds{0}).count());
         const int ready = ::poll(&ended, 1, timeout);
-        if (ready > 0) break;
-        if (ready == 0 || errno != EINTR) return std::nullopt;
+        if (ready >= 0 || errno != EINTR) return ready > 0;
     }
+}
+
+std::optional<int> SpawnedProgram::wait(Milliseconds deadline) {
+    if (status_) return status_;
+    if (!hasEnded(deadline)) return std::nullopt;
     int status = 0;
-    while (::waitpid(pid_, &status, 0) < 0) {
+    rusage usage{};
+    while (::wait4(pid_, &status, 0, &usage) < 0) {
         if (errno != EINTR) return status_ = -1;
     }
+    cpuSeconds_ = seconds(usage.ru_utime) + seconds(usage.ru_stime);
     return status_ = exitStatus(status);
 }
 
@@ -147,8 +173,7 @@ void SpawnedProgram::end() {
     if (status_) return;
     const int target = request_.group == SpawnRequest::Group::own ? -pid_ : pid_;
     ::kill(target, SIGTERM);
-    pollfd ended{processDescriptor_, POLLIN, 0};
-    (void)::poll(&ended, 1, static_cast<int>(kGrace.count()));
+    (void)hasEnded(kGrace);
     // Before it is reaped: until then its number, and so the group's, belongs to nobody else.
     ::kill(target, SIGKILL);
     (void)wait(kGrace);
