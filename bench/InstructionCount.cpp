@@ -1,7 +1,7 @@
 #include "InstructionCount.h"
 
 #include "RenderPieces.h"
-#include "session/SpawnedProgram.h"
+#include "session/SessionDirectory.h"
 
 #include <cstdlib>
 #include <filesystem>
@@ -44,39 +44,21 @@ std::optional<std::string> valueIn(const fs::path& file, const std::string& labe
     return std::nullopt;
 }
 
-/// A new folder that goes with this object.
-class TemporaryFolder {
-  public:
-    TemporaryFolder() : path_(fs::temp_directory_path() / "halvo-instructions-XXXXXX") {
-        isMade_ = ::mkdtemp(path_.data()) != nullptr;
-    }
-    ~TemporaryFolder() {
-        std::error_code error;
-        if (isMade_) fs::remove_all(path_, error);
-    }
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-    const std::string& path() const { return path_; }
-
-  private:
-    std::string path_;
-    bool isMade_ = false;
-};
-
 } // namespace
 
 std::expected<json, std::string> countInstructions() {
-    const TemporaryFolder folder;
+    const auto folder = session::SessionDirectory::create();
+    if (!folder) return std::unexpected(folder.error());
     std::error_code error;
     const auto self = fs::read_symlink("/proc/self/exe", error);
     const std::string runner = self.parent_path() / "halvo-instructions";
     const auto run = session::SpawnedProgram::run(
-        {"valgrind", "--tool=callgrind", "--callgrind-out-file=" + folder.path() + "/count", runner,
-         "--run"},
-        folder.path() + "/log");
+        {"valgrind", "--tool=callgrind", "--callgrind-out-file=" + (*folder)->path() + "/count",
+         runner, "--run"},
+        (*folder)->path() + "/log");
     if (!run) return std::unexpected(run.error());
     json result = json::object();
-    for (const auto& entry : fs::directory_iterator(folder.path(), error)) {
+    for (const auto& entry : fs::directory_iterator((*folder)->path(), error)) {
         const auto name = valueIn(entry.path(), "desc: Trigger: Client Request: ");
         const auto total = valueIn(entry.path(), "totals: ");
         if (name && total) {

@@ -5,7 +5,7 @@
 #include "SessionMeasurement.h"
 #include "demo/Progress.h"
 #include "demo/SoundFile.h"
-#include "session/SessionCleanup.h"
+#include "session/SessionDirectory.h"
 #include "session/SpawnedProgram.h"
 
 #include <QCoreApplication>
@@ -28,6 +28,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using halvo::demo::progress;
+using halvo::session::SessionDirectory;
 using nlohmann::ordered_json;
 
 constexpr const char* kUsage =
@@ -35,30 +36,17 @@ constexpr const char* kUsage =
     "Measures what Halvo costs and writes report.json into FOLDER (out/bench).\n"
     "  --only PART  render, callback, peers, session or desktop\n";
 
-/// A folder in memory where there is room, so that no disk is measured; on the disk else. It goes
-/// with the process, however that ends.
-class Workshop {
-  public:
-    static std::unique_ptr<Workshop> open() {
-        constexpr std::uintmax_t kNeeded = 1'000'000'000;
-        std::error_code error;
-        const auto space = fs::space("/dev/shm", error);
-        const bool fits = !error && space.available > kNeeded;
-        std::string path =
-            (fits ? fs::path("/dev/shm") : fs::temp_directory_path()) / "halvo-bench-XXXXXX";
-        if (::mkdtemp(path.data()) == nullptr) return nullptr;
-        auto cleanup = halvo::session::SessionCleanup::start(path, "/halvo_bench_none");
-        if (!cleanup) return nullptr;
-        return std::unique_ptr<Workshop>(new Workshop(path, std::move(*cleanup)));
-    }
-    const std::string& folder() const { return folder_; }
-
-  private:
-    Workshop(std::string folder, std::unique_ptr<halvo::session::SessionCleanup> cleanup)
-        : folder_(std::move(folder)), cleanup_(std::move(cleanup)) {}
-    std::string folder_;
-    std::unique_ptr<halvo::session::SessionCleanup> cleanup_;
-};
+/// A directory in memory where there is room, so that no disk is measured; else on the disk.
+std::unique_ptr<SessionDirectory> makeWorkDirectory() {
+    constexpr std::uintmax_t kNeeded = 1'000'000'000; // bytes
+    std::error_code error;
+    const auto space = fs::space("/dev/shm", error);
+    const bool fits = !error && space.available > kNeeded;
+    auto made = SessionDirectory::create(fits ? "/dev/shm" : "");
+    if (made) return std::move(*made);
+    (void)std::fprintf(stderr, "halvo-bench: %s\n", made.error().c_str());
+    return nullptr;
+}
 
 constexpr const char* kParts[] = {"render", "callback", "session", "desktop", "peers"};
 
@@ -90,13 +78,13 @@ std::string buildFolder() {
     return self.parent_path().parent_path(); // this program lies in bench/ of it
 }
 
-/// In a program of its own, which has the toolkit on a screen in memory.
+/// In another program, which has an application object and a virtual screen.
 bool measureDesktop(ordered_json& report) {
-    const auto workshop = Workshop::open();
-    if (!workshop) return false;
-    const std::string file = workshop->folder() + "/desktop.json";
+    const auto work = makeWorkDirectory();
+    if (!work) return false;
+    const std::string file = work->path() + "/desktop.json";
     const auto run = halvo::session::SpawnedProgram::run(
-        {buildFolder() + "/bench/halvo-desktop-bench", file}, workshop->folder() + "/log");
+        {buildFolder() + "/bench/halvo-desktop-bench", file}, work->path() + "/log");
     if (run) {
         report.update(ordered_json::parse(std::ifstream(file)));
     } else {
@@ -126,9 +114,9 @@ bool measure(const Arguments& arguments, ordered_json& report) {
         report["callback"] = halvo::bench::measureCallback();
     }
     if (arguments.parts.contains("peers")) {
-        const auto workshop = Workshop::open();
-        if (!workshop) return false;
-        report.update(halvo::bench::PeerMeasurement(workshop->folder(), buildFolder()).run());
+        const auto work = makeWorkDirectory();
+        if (!work) return false;
+        report.update(halvo::bench::PeerMeasurement(work->path(), buildFolder()).run());
         isWhole = report["missing"].empty();
     }
     if (arguments.parts.contains("session")) {

@@ -69,13 +69,11 @@ std::optional<int> HelperRun::leave(std::chrono::milliseconds deadline) {
 }
 
 BusScene::BusScene(Bus bus) {
-    directory_ = (std::filesystem::temp_directory_path() / "halvo-session-XXXXXX").string();
-    if (::mkdtemp(directory_.data()) == nullptr) throw std::runtime_error("no temporary folder");
-    const std::string ring = "/halvo_session_" + directory_.substr(directory_.size() - 6);
-    auto cleanup = session::SessionCleanup::start(directory_, ring);
-    if (!cleanup) throw std::runtime_error(cleanup.error());
-    cleanup_ = std::move(*cleanup);
-    environment_ = session::sessionEnvironment(directory_, ring, true);
+    auto made = session::SessionDirectory::create();
+    if (!made) throw std::runtime_error(made.error());
+    ownDirectory_ = std::move(*made);
+    directory_ = ownDirectory_->path();
+    environment_ = session::sessionEnvironment(directory_, ownDirectory_->ringName(), true);
     for (const auto& variable : environment_) { // what this process starts inherits it
         const auto name = variable.substr(0, variable.find('='));
         const char* before = std::getenv(name.c_str());

@@ -2,7 +2,7 @@
 
 #include "linux/process/SpawnedChild.h"
 #include "media/ScriptedPlayer.h"
-#include "session/SessionCleanup.h"
+#include "session/SessionDirectory.h"
 #include "session/SpawnedProgram.h"
 
 #include <nlohmann/json_fwd.hpp>
@@ -71,7 +71,7 @@ class BusScene {
     std::string directory_;
     std::vector<std::string> environment_;
     std::vector<std::pair<std::string, std::optional<std::string>>> outer_; ///< this process's own
-    std::unique_ptr<session::SessionCleanup> cleanup_;
+    std::unique_ptr<session::SessionDirectory> ownDirectory_;
     std::unique_ptr<session::SpawnedProgram> bus_;
 };
 

@@ -1,7 +1,7 @@
 #include "session/PrivateSession.h"
 
 #include "session/ServerView.h"
-#include "session/SessionCleanup.h"
+#include "session/SessionDirectory.h"
 #include "session/SessionFiles.h"
 
 #include <algorithm>
@@ -23,14 +23,6 @@ namespace {
 constexpr std::chrono::milliseconds kPoll{2};
 // For a program inside to come up; generous, because sanitized builds share two cores.
 constexpr std::chrono::milliseconds kStart{15000};
-
-std::optional<std::string> makeDirectory() {
-    std::error_code error;
-    const auto base = std::filesystem::temp_directory_path(error);
-    std::string path = (error ? std::filesystem::path("/tmp") : base) / "halvo-session-XXXXXX";
-    if (::mkdtemp(path.data()) == nullptr) return std::nullopt;
-    return path;
-}
 
 bool accepts(const std::string& socketPath) {
     sockaddr_un address{};
@@ -78,20 +70,15 @@ PrivateSession::PrivateSession(Options options) : options_(std::move(options)) {
 PrivateSession::~PrivateSession() {
     stopServer();
     bus_.reset();
-    cleanup_.reset();
+    ownDirectory_.reset();
 }
 
 std::optional<std::string> PrivateSession::prepareDirectory() {
-    const auto made = makeDirectory();
-    if (!made) return "no temporary directory can be made";
-    directory_ = *made;
-    ringName_ = "/halvo_session_" + directory_.substr(directory_.size() - 6);
-    auto cleanup = SessionCleanup::start(directory_, ringName_);
-    if (!cleanup) {
-        (void)::rmdir(directory_.c_str());
-        return cleanup.error();
-    }
-    cleanup_ = std::move(*cleanup);
+    auto made = SessionDirectory::create();
+    if (!made) return made.error();
+    ownDirectory_ = std::move(*made);
+    directory_ = ownDirectory_->path();
+    ringName_ = ownDirectory_->ringName();
     environment_ = sessionEnvironment(directory_, ringName_, options_.withBus);
     if (!writeSessionFiles(directory_)) return "cannot write into " + directory_;
     return std::nullopt;

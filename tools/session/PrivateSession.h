@@ -15,7 +15,7 @@ namespace halvo::session {
 
 class ServerView;
 
-/// A simulated stereo output whose monitor hears the volume, as a real device's ear would.
+/// A simulated stereo output. Its monitor is after the volume, as the ear at a real device is.
 struct SimulatedOutput {
     std::string nodeName;
     std::string description;
@@ -31,7 +31,7 @@ struct Options {
     std::vector<SimulatedOutput> outputs = simulatedOutputs(2);
     /// The output that the session manager prefers; empty: the first one. No default is configured.
     std::string defaultOutput;
-    bool withBus = true;    ///< a session bus of its own; without it no bus can be reached
+    bool withBus = true;    ///< a session bus of its own; without it there is no bus at all
     bool withPulse = false; ///< also the PulseAudio-compatible server
 };
 
@@ -41,8 +41,8 @@ struct RunResult {
 };
 
 /// A sound server, session manager and session bus of its own, with its own home and configuration
-/// directories, for tests and the demonstration. Nothing of it is left behind, even when the owner
-/// is killed. The programs die with the thread that called `create`; use it from that thread.
+/// directories, for tests and the demonstration. It leaves nothing behind, even when its owner is
+/// killed. The programs end with the thread that called `create`; use it from that thread.
 class PrivateSession {
   public:
     using Milliseconds = std::chrono::milliseconds;
@@ -56,9 +56,9 @@ class PrivateSession {
 
     /// The complete environment of a program inside, NAME=VALUE.
     const std::vector<std::string>& environment() const { return environment_; }
-    /// Gives this process that environment. Before other threads read it.
+    /// Sets the environment of this process, before other threads read it.
     void setEnvironmentOfThisProcess() const;
-    /// The temporary directory that holds everything of the session; goes with it.
+    /// The temporary directory that holds all files of the session; removed with it.
     const std::string& directory() const { return directory_; }
     /// The ring's name (HALVO_RING_NAME), unique to the session.
     const std::string& ringName() const { return ringName_; }
@@ -72,14 +72,14 @@ class PrivateSession {
     /// Runs a program inside to its end.
     RunResult run(const std::vector<std::string>& arguments, Milliseconds deadline = kPatience);
 
-    /// An output comes or goes; true when it is announced, with ports, or gone from the server.
-    /// Survives a restart of the server as real hardware does.
+    /// Adds or removes an output; true when the server shows it with its ports, or no longer. As
+    /// real hardware, it is still there after the server restarts.
     bool plug(const SimulatedOutput& output);
     bool unplug(const std::string& nodeName);
 
     /// Ends, or starts again, the server with its session manager; the bus stays.
     void stopServer();
-    /// The server alone, as a crash would; `stopServer` comes before the next `startServer`.
+    /// Kills the server alone, as a crash would; call `stopServer` before `startServer`.
     void killServer();
     bool isServerRunning() { return server_ && server_->isRunning(); }
     bool startServer();
@@ -88,7 +88,7 @@ class PrivateSession {
     bool setDefault(const std::string& nodeName);
     /// The default output in effect; empty when there is none.
     std::string defaultSink() const;
-    /// What somebody asked for as the default; nothing when the key is absent.
+    /// The configured default output; nothing when the key is absent.
     std::optional<std::string> configuredDefault() const;
 
     /// Linear amplitude per channel; empty when there is no such node.
@@ -119,7 +119,7 @@ class PrivateSession {
     std::string ringName_;
     std::vector<std::string> environment_;
     std::size_t spawned_ = 0;
-    std::unique_ptr<class SessionCleanup> cleanup_;
+    std::unique_ptr<class SessionDirectory> ownDirectory_;
     std::unique_ptr<SpawnedProgram> bus_;
     std::unique_ptr<SpawnedProgram> server_;
     std::unique_ptr<SpawnedProgram> manager_;

@@ -8,7 +8,7 @@
 
 namespace halvo::session {
 
-/// Everything is allocated beforehand; the counters hand over what stands below them.
+/// Allocated up front; what lies below the counters may be read from any thread.
 struct Recorder::Stream {
     std::vector<float> samples;
     std::vector<Recording::Block> blocks;
@@ -16,7 +16,7 @@ struct Recorder::Stream {
     std::atomic<std::size_t> blockCount{0};
     std::atomic<std::size_t> firstBlock{0};
     const spa_io_position* position = nullptr; // data thread only
-    // Last: no event may arrive when the rest is gone.
+    // Last, so destroyed first: no event may arrive after that.
     StreamHost host;
 
     static void onIoChanged(void* data, std::uint32_t id, void* area, std::uint32_t) {

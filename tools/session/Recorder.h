@@ -20,17 +20,17 @@ struct Recording {
     std::vector<Block> blocks;
 
     std::size_t frames() const { return samples.size() / 2; }
-    /// Frames that the clock advanced without any being delivered (missed cycles).
+    /// Frames by which the clock advanced without delivering any (missed cycles).
     std::uint64_t lostFrames() const;
     /// The loudest absolute sample from `firstFrame` on.
     float peak(std::size_t firstFrame = 0) const;
 };
 
 /// Records what a sink plays (its monitor), without resampling or level changes, into memory, on a
-/// thread of its own. It stays with that sink whatever the default is. Any thread.
+/// thread of its own. It never follows the default output. Any thread.
 class Recorder {
   public:
-    /// Whether the sink stays awake for it while nobody plays.
+    /// Whether it keeps the sink from suspending while nothing plays.
     enum class Sink { staysAwake, maySleep };
 
     /// Connects to the server at `socket` and records the sink `nodeName`, at most `maxSeconds`.
@@ -38,7 +38,7 @@ class Recorder {
              double maxSeconds = 60.0, Sink sink = Sink::staysAwake);
     ~Recorder();
 
-    /// Whether frames arrive; unless the sink may sleep, they do even while nobody plays.
+    /// Whether frames arrive; unless the sink may sleep, they do so even in silence.
     bool isRunning() const;
     /// Frames recorded so far.
     std::size_t frames() const;

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdint>
 #include <cstring>
+#include <functional>
 #include <nlohmann/json.hpp>
 #include <pipewire/extensions/metadata.h>
 #include <pipewire/pipewire.h>
@@ -73,6 +74,8 @@ struct ServerView::Connection {
     void addNode(std::uint32_t id, const spa_dict* properties);
     void addMetadata(std::uint32_t id, const spa_dict* properties);
     void remove(std::uint32_t id);
+    /// Sends one property, which `build` writes, to the node of that name; false without one.
+    bool setProperty(const std::string& name, const std::function<void(spa_pod_builder*)>& build);
 
     static void onError(void* data, std::uint32_t id, int, int result, const char*) {
         if (id == PW_ID_CORE && result == -EPIPE) static_cast<Connection*>(data)->connected = false;
@@ -192,6 +195,22 @@ void ServerView::Connection::remove(std::uint32_t id) {
     }
 }
 
+bool ServerView::Connection::setProperty(const std::string& name,
+                                         const std::function<void(spa_pod_builder*)>& build) {
+    const Lock lock(loop);
+    auto* entry = find(name);
+    if (entry == nullptr) return false;
+    std::array<std::uint8_t, 1024> buffer{};
+    spa_pod_builder builder{};
+    spa_pod_builder_init(&builder, buffer.data(), static_cast<std::uint32_t>(buffer.size()));
+    spa_pod_frame frame{};
+    spa_pod_builder_push_object(&builder, &frame, SPA_TYPE_OBJECT_Props, SPA_PARAM_Props);
+    build(&builder);
+    auto* pod = static_cast<spa_pod*>(spa_pod_builder_pop(&builder, &frame));
+    auto* node = reinterpret_cast<pw_node*>(entry->proxy);
+    return pw_node_set_param(node, SPA_PARAM_Props, 0, pod) >= 0;
+}
+
 std::unique_ptr<ServerView> ServerView::connect(const std::string& socket) {
     static const pw_core_events coreEvents = [] {
         pw_core_events result{};
@@ -273,36 +292,18 @@ bool ServerView::setDefault(const std::string& name) {
 }
 
 bool ServerView::setVolume(const std::string& name, const std::vector<float>& volumes) {
-    const Lock lock(connection_->loop);
-    auto* entry = connection_->find(name);
-    if (entry == nullptr) return false;
-    std::array<std::uint8_t, 1024> buffer{};
-    spa_pod_builder builder{};
-    spa_pod_builder_init(&builder, buffer.data(), static_cast<std::uint32_t>(buffer.size()));
-    spa_pod_frame frame{};
-    spa_pod_builder_push_object(&builder, &frame, SPA_TYPE_OBJECT_Props, SPA_PARAM_Props);
-    spa_pod_builder_prop(&builder, SPA_PROP_channelVolumes, 0);
-    spa_pod_builder_array(&builder, sizeof(float), SPA_TYPE_Float,
-                          static_cast<std::uint32_t>(volumes.size()), volumes.data());
-    auto* pod = static_cast<spa_pod*>(spa_pod_builder_pop(&builder, &frame));
-    auto* node = reinterpret_cast<pw_node*>(entry->proxy);
-    return pw_node_set_param(node, SPA_PARAM_Props, 0, pod) >= 0;
+    return connection_->setProperty(name, [&](spa_pod_builder* builder) {
+        spa_pod_builder_prop(builder, SPA_PROP_channelVolumes, 0);
+        spa_pod_builder_array(builder, sizeof(float), SPA_TYPE_Float,
+                              static_cast<std::uint32_t>(volumes.size()), volumes.data());
+    });
 }
 
 bool ServerView::setMuted(const std::string& name, bool muted) {
-    const Lock lock(connection_->loop);
-    auto* entry = connection_->find(name);
-    if (entry == nullptr) return false;
-    std::array<std::uint8_t, 256> buffer{};
-    spa_pod_builder builder{};
-    spa_pod_builder_init(&builder, buffer.data(), static_cast<std::uint32_t>(buffer.size()));
-    spa_pod_frame frame{};
-    spa_pod_builder_push_object(&builder, &frame, SPA_TYPE_OBJECT_Props, SPA_PARAM_Props);
-    spa_pod_builder_prop(&builder, SPA_PROP_mute, 0);
-    spa_pod_builder_bool(&builder, muted);
-    auto* pod = static_cast<spa_pod*>(spa_pod_builder_pop(&builder, &frame));
-    auto* node = reinterpret_cast<pw_node*>(entry->proxy);
-    return pw_node_set_param(node, SPA_PARAM_Props, 0, pod) >= 0;
+    return connection_->setProperty(name, [muted](spa_pod_builder* builder) {
+        spa_pod_builder_prop(builder, SPA_PROP_mute, 0);
+        spa_pod_builder_bool(builder, muted);
+    });
 }
 
 bool ServerView::createNode(const std::vector<std::pair<std::string, std::string>>& properties) {

@@ -8,8 +8,8 @@
 
 namespace halvo::session {
 
-/// A sound server seen from outside: its nodes and their levels, its default output. Kept up to
-/// date on a thread of its own. Any thread.
+/// An observer of a sound server: its nodes, their levels and the default output. Updated on a
+/// thread of its own. Any thread.
 class ServerView {
   public:
     struct Node {
@@ -20,13 +20,13 @@ class ServerView {
         bool muted = false;
     };
 
-    /// Null when nobody listens at the socket.
+    /// Null when no server listens at the socket.
     static std::unique_ptr<ServerView> connect(const std::string& socket);
     ~ServerView();
 
     /// Whether the session manager has published its defaults.
     bool hasManager() const;
-    /// False once the server went away.
+    /// False once the server is gone.
     bool isConnected() const;
 
     std::optional<Node> node(const std::string& name) const;
@@ -34,7 +34,7 @@ class ServerView {
     std::vector<Node> nodes() const;
     /// The default output in effect; empty when there is none.
     std::string defaultSink() const;
-    /// The default output that somebody asked for; nothing when the key is absent.
+    /// The configured default output; nothing when the key is absent.
     std::optional<std::string> configuredDefault() const;
 
     // Requests; they take effect later. False when there is no such node or session manager.

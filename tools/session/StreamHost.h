@@ -15,7 +15,7 @@ class StreamHost {
     StreamHost(const StreamHost&) = delete;
     StreamHost& operator=(const StreamHost&) = delete;
 
-    /// Takes `properties`. False when nobody listens at the socket.
+    /// Takes ownership of `properties`. False when no server listens at the socket.
     bool start(const std::string& socket, pw_direction direction, std::uint32_t rate,
                pw_properties* properties, const pw_stream_events& events, void* data);
     pw_stream* stream() const { return stream_; }
