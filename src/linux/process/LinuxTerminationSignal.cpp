@@ -36,12 +36,6 @@ void LinuxTerminationSignal::unblock() {
     (void)::pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
 }
 
-void LinuxTerminationSignal::unblockInChild() noexcept {
-    sigset_t none;
-    sigemptyset(&none);
-    (void)::sigprocmask(SIG_SETMASK, &none, nullptr);
-}
-
 LinuxTerminationSignal::LinuxTerminationSignal(AudioHardware& mainHardware,
                                                MakeHardware makeHardware,
                                                std::filesystem::path defaults,
@@ -61,7 +55,7 @@ void LinuxTerminationSignal::install(Handler handler) {
     signal_ = FileDescriptor(::signalfd(-1, &set, SFD_CLOEXEC));
     stop_ = FileDescriptor(::eventfd(0, EFD_CLOEXEC));
     if (!signal_ || !stop_) {
-        unblock(); // then at least it ends the process
+        unblock(); // then SIGTERM at least ends the process
         return;
     }
     thread_ = std::thread([this, handler] { waitForSignal(handler); });
@@ -73,7 +67,7 @@ void LinuxTerminationSignal::waitForSignal(Handler handler) {
         if (errno != EINTR) return;
     }
     if (waiting[0].revents == 0) return;
-    // Before the handler's first write, or the main thread would answer it.
+    // Before the handler's first write, or the main thread would react to it.
     ProcessTermination::runLimited([this] { mainHardware_.silenceListeners(); });
     ProcessTermination::runLimited([this, handler] {
         const auto hardware = makeHardware_();

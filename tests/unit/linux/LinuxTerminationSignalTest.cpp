@@ -11,7 +11,6 @@
 #include <gtest/gtest.h>
 #include <memory>
 #include <optional>
-#include <sys/wait.h>
 #include <unistd.h>
 
 namespace {
@@ -130,21 +129,6 @@ TEST_F(LinuxTerminationSignalTests, AfterTheNormalEndTheSignalWaitsUntilItIsUnbl
         say("not reached");
     };
     EXPECT_EXIT(run(), testing::KilledBySignal(SIGTERM), "^blocked $");
-}
-
-TEST_F(LinuxTerminationSignalTests, ChildrenInheritNoBlockedSignal) {
-    const auto run = [] {
-        LinuxTerminationSignal::blockBeforeThreads();
-        const auto child = ::fork();
-        if (child == 0) {
-            LinuxTerminationSignal::unblockInChild();
-            (void)::execlp("sh", "sh", "-c", "kill -TERM $$; echo survived >&2", nullptr);
-        }
-        int status = 0;
-        (void)::waitpid(child, &status, 0);
-        std::_Exit(WIFSIGNALED(status) && WTERMSIG(status) == SIGTERM ? 0 : 1);
-    };
-    EXPECT_EXIT(run(), testing::ExitedWithCode(0), "^$");
 }
 
 } // namespace
