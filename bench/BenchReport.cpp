@@ -21,7 +21,7 @@ std::optional<double> number(const ordered_json& report, const std::string& path
     return report.at(pointer).get<double>();
 }
 
-/// The object or list of that name; an empty one when there is none.
+/// The object or list of that name, or an empty one.
 const ordered_json& part(const ordered_json& report, const std::string& name) {
     static const ordered_json empty;
     const auto found = report.find(name);

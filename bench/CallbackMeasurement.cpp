@@ -20,7 +20,7 @@ constexpr std::uint32_t kRate = 48000;
 constexpr std::uint32_t kCapacity = 16384;
 constexpr std::array<std::uint32_t, 4> kBlocks{64, 128, 512, 1024};
 constexpr std::size_t kCallbacks = 3000;
-// Long enough for the processor to have turned to something else.
+// Long enough for the processor to do other work in between.
 constexpr std::chrono::milliseconds kPause{1};
 
 /// The engine with a ring in memory in place of the driver's.

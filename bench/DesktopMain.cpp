@@ -7,7 +7,7 @@
 #include <cstdlib>
 #include <exception>
 
-/// Measures the desktop's side in a process of its own and writes the report into a file.
+/// Measures tray item and panel in a process of its own and writes the report into a file.
 int main(int argumentCount, char** words) try {
     if (argumentCount != 2) {
         (void)std::fputs("usage: halvo-desktop-bench FILE\n", stderr);

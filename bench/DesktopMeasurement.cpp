@@ -35,7 +35,7 @@ constexpr int kStarts = 5;
 constexpr int kOpenings = 10;
 constexpr std::chrono::microseconds kLook{500};
 constexpr auto kPanelReady = 2s; // its views are made in the first idle moment
-constexpr auto kUntilIdle = 8s;  // the session manager suspends what nobody plays to after five
+constexpr auto kUntilIdle = 8s;  // the session manager suspends an idle sink after five
 constexpr auto kUntilSteady = 3s;
 constexpr auto kWindow = 5s;
 constexpr int kWindows = 3;

@@ -55,14 +55,14 @@ bool PeerMeasurement::prepare(Runner& runner) {
     return true;
 }
 
-/// The filter and then the same without it, once each.
-bool PeerMeasurement::turn(Runner& runner) {
+/// Once with the filter and once without.
+bool PeerMeasurement::measureOnce(Runner& runner) {
     const std::string output = folder_ + "/out.wav";
     for (auto [words, times] : {std::pair(&runner.peer.filter, &runner.filterSeconds),
                                 std::pair(&runner.peer.null, &runner.nullSeconds)}) {
         const auto pass = SpawnedProgram::run(commandFor(*words, folder_ + "/long.wav", output),
                                               folder_ + "/log");
-        // Every run has to find as much memory for its file as the one before.
+        // Each run starts with the same free memory for its file.
         (void)std::remove(output.c_str());
         if (!pass) return leaveOut(runner, pass.error());
         times->push_back(pass->cpuSeconds);
@@ -100,8 +100,10 @@ ordered_json PeerMeasurement::run() {
         }
         for (int round = 1; round <= kRounds; ++round) {
             progress("Ten minutes of sound through each, round %d of %d", round, kRounds);
-            // Halvo goes between all others: it is what every ratio rests on.
-            std::erase_if(runners, [&](Runner& runner) { return !turn(halvo) || !turn(runner); });
+            // Halvo runs before each of the others: every ratio depends on it.
+            std::erase_if(runners, [&](Runner& runner) {
+                return !measureOnce(halvo) || !measureOnce(runner);
+            });
         }
         result["halvo"] = json(halvo);
         for (const Runner& runner : runners) {

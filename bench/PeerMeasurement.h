@@ -10,7 +10,7 @@
 namespace halvo::bench {
 
 /// Halvo's offline renderer against its peers on the same file: processor time per minute of sound,
-/// reading and writing taken off. The runs take turns; medians count.
+/// reading and writing taken off. Runs alternate; medians count.
 class PeerMeasurement {
   public:
     /// `folder`: for the files, of which there are 500 MB; `build`: where our own programs lie.
@@ -31,7 +31,7 @@ class PeerMeasurement {
     };
 
     bool prepare(Runner& runner);
-    bool turn(Runner& runner);
+    bool measureOnce(Runner& runner);
     bool leaveOut(const Runner& runner, const std::string& sentence);
     nlohmann::ordered_json json(const Runner& runner) const;
     std::string version(const Peer& peer) const;

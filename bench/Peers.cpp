@@ -57,7 +57,7 @@ Peer sox() {
             .null = copy};
 }
 
-/// Tried besides, on the same file: double precision and `biquad` cost the same; dearer are the
+/// Also tried on the same file: double precision and `biquad` cost the same; more expensive are the
 /// other forms of `equalizer` (dii, tdi, tdii, latt, svf, zdf), `anequalizer`, `aiir` (serial,
 /// parallel) and packets of the usual 4096 bytes; larger packets than these gain nothing.
 Peer ffmpeg() {
@@ -77,7 +77,7 @@ Peer ffmpeg() {
                      filters,      "-c:a",
                      "pcm_f32le",  Peer::kOutput};
     };
-    // The filters' own sample format, so that the way there and back is taken off, too.
+    // The filters' own sample format, so that the conversions are subtracted, too.
     return {.name = "ffmpeg",
             .package = "ffmpeg",
             .form = "ten equalizer filters, direct form I, single precision, packets of 64 KiB",

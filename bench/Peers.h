@@ -5,10 +5,10 @@
 
 namespace halvo::bench {
 
-/// Somebody's way to filter a file with ten peaking filters, and the same way without a filter.
+/// Another program's command to filter a file with ten peaking filters, and the same without them.
 struct Peer {
     using Words = std::vector<std::string>;
-    /// Stand for the two files in the words.
+    /// Placeholders for the two files.
     static constexpr const char* kInput = "<in>";
     static constexpr const char* kOutput = "<out>";
 
@@ -26,8 +26,8 @@ Peer::Words commandFor(const Peer::Words& words, const std::string& input,
 /// The offline renderer, on the engine's own stage. `build` is the build's folder.
 Peer halvoRenderer(const std::string& build);
 
-/// Everything that the distribution has for this work, with the preset's curve, each in the
-/// cheapest form that gives it.
+/// The programs of the distribution that can do this, set to the preset's curve, each in its
+/// cheapest form.
 std::vector<Peer> peers(const std::string& build);
 
 } // namespace halvo::bench

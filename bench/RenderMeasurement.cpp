@@ -35,8 +35,8 @@ double nanoseconds(const std::function<void()>& work) {
         .count();
 }
 
-/// Pieces that take turns, so that a machine that slows down slows all of them.
-class Turns {
+/// Runs the pieces alternately, so that a slower machine slows all of them.
+class AlternatingRuns {
   public:
     void add(const std::string& name, const Piece& piece, std::int64_t block) {
         if (piece.canRun()) entries_.push_back({name, piece, block, {}});
@@ -95,17 +95,17 @@ std::string atBlock(const char* name, std::int64_t block) {
     return result += std::to_string(block);
 }
 
-json cascadeFigures(const Turns& turns) {
+json cascadeFigures(const AlternatingRuns& runs) {
     const auto usual = [](const char* name) { return atBlock(name, kUsualBlock); };
     json forms = json::object();
     for (const char* form : {"fourLanes", "eightLanes"}) {
-        if (!turns.perFrame(usual(form))) continue;
+        if (!runs.perFrame(usual(form))) continue;
         json byBlock = json::object();
         for (const auto block : kBlocks)
-            byBlock[std::to_string(block)] = *turns.perFrame(atBlock(form, block));
-        forms[form] = {{"nsPerFrame", *turns.perFrame(usual(form))},
-                       {"ratioToLimit", turns.ratio(usual(form), usual("limit"))},
-                       {"ratioToPlain", turns.ratio(usual(form), usual("plain"))},
+            byBlock[std::to_string(block)] = *runs.perFrame(atBlock(form, block));
+        forms[form] = {{"nsPerFrame", *runs.perFrame(usual(form))},
+                       {"ratioToLimit", runs.ratio(usual(form), usual("limit"))},
+                       {"ratioToPlain", runs.ratio(usual(form), usual("plain"))},
                        {"byBlockSize", byBlock}};
     }
     const auto* form = RenderPieces::nameOf(BiquadCascade::fastestForm());
@@ -120,25 +120,25 @@ json cascadeFigures(const Turns& turns) {
             {"instructionsPerFrame", instructions},
             {"nsPerFrame", forms[form]["nsPerFrame"]},
             {"ratioToLimit", forms[form]["ratioToLimit"]},
-            {"plainNsPerFrame", *turns.perFrame(usual("plain"))},
-            {"limitNsPerFrame", *turns.perFrame(usual("limit"))},
+            {"plainNsPerFrame", *runs.perFrame(usual("plain"))},
+            {"limitNsPerFrame", *runs.perFrame(usual("limit"))},
             {"forms", forms}};
 }
 
-json wholeFigures(const Turns& turns) {
+json wholeFigures(const AlternatingRuns& runs) {
     json result = json::object();
     for (const auto block : kBlocks) {
         const auto whole = atBlock("processBuffer", block);
         result[std::to_string(block)] = {
-            {"nsPerFrame", *turns.perFrame(whole)},
-            {"plainNsPerFrame", *turns.perFrame(atBlock("plainProcessBuffer", block))},
-            {"ratioToLimit", turns.ratio(whole, atBlock("limit", kUsualBlock))}};
+            {"nsPerFrame", *runs.perFrame(whole)},
+            {"plainNsPerFrame", *runs.perFrame(atBlock("plainProcessBuffer", block))},
+            {"ratioToLimit", runs.ratio(whole, atBlock("limit", kUsualBlock))}};
     }
     return result;
 }
 
-/// Silence after sound leaves ever smaller numbers in the filters, at last such as some processors
-/// are slow with.
+/// After the sound the filters' state decays, possibly to denormal numbers, with which some
+/// processors are slow.
 json silenceFigures() {
     const auto heard = std::make_unique<RenderPieces>();
     const auto faded = std::make_unique<RenderPieces>();
@@ -163,32 +163,32 @@ json silenceFigures() {
             ratios[run].push_back(silence[run].back() / sound);
         }
     }
-    const auto dearest = std::ranges::max_element(ratios, {}, median);
-    const auto run = static_cast<std::size_t>(dearest - ratios.begin());
+    const auto slowest = std::ranges::max_element(ratios, {}, median);
+    const auto run = static_cast<std::size_t>(slowest - ratios.begin());
     return {{"silenceNsPerFrame", median(silence[run])}, {"ratio", median(ratios[run])}};
 }
 
 } // namespace
 
 json measureRenderPath() {
-    Turns turns;
+    AlternatingRuns runs;
     for (const auto block : kBlocks) {
         for (const auto pieces : {RenderPieces::cascades(), RenderPieces::wholes()}) {
             for (const auto& piece : pieces)
-                turns.add(atBlock(piece.name, block), piece, block);
+                runs.add(atBlock(piece.name, block), piece, block);
         }
     }
     for (const auto& stage : RenderPieces::stages())
-        turns.add(stage.name, stage, kUsualBlock);
-    turns.add("fft", RenderPieces::transform(), RealFFT::kSize);
-    turns.run();
+        runs.add(stage.name, stage, kUsualBlock);
+    runs.add("fft", RenderPieces::transform(), RealFFT::kSize);
+    runs.run();
     json stages = json::object();
     for (const auto& stage : RenderPieces::stages())
-        stages[stage.name] = *turns.perFrame(stage.name);
-    return {{"cascade", cascadeFigures(turns)},
+        stages[stage.name] = *runs.perFrame(stage.name);
+    return {{"cascade", cascadeFigures(runs)},
             {"stages", stages},
-            {"processBuffer", wholeFigures(turns)},
-            {"fft", {{"microseconds", *turns.perFrame("fft") * RealFFT::kSize / 1000}}},
+            {"processBuffer", wholeFigures(runs)},
+            {"fft", {{"microseconds", *runs.perFrame("fft") * RealFFT::kSize / 1000}}},
             {"silenceAfterSound", silenceFigures()}};
 }
 

@@ -17,7 +17,7 @@ namespace halvo::bench {
 ///  "fft": {"microseconds"},
 ///  "silenceAfterSound": {"silenceNsPerFrame", "ratio"}}
 /// In blocks of 512 frames where no size is named. A form that this processor cannot run is left
-/// out; instructions are null without valgrind. The silence is its dearest stretch.
+/// out; instructions are null without valgrind. The silence is its most expensive part.
 nlohmann::json measureRenderPath();
 
 } // namespace halvo::bench

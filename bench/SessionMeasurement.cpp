@@ -26,7 +26,7 @@ using Outcome = std::expected<ordered_json, std::string>;
 
 namespace {
 
-// The session manager suspends what nobody plays to after five seconds.
+// The session manager suspends an idle sink after five seconds.
 constexpr Seconds kUntilIdle{8};
 constexpr Seconds kUntilSteady{2};
 constexpr Seconds kWindow{5};

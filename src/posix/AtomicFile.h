@@ -57,7 +57,7 @@ class AtomicFile {
 
     std::filesystem::path target_;    ///< as the caller named it
     std::filesystem::path place_;     ///< after all symbolic links
-    std::filesystem::path temporary_; ///< empty: there is none any more
+    std::filesystem::path temporary_; ///< empty once it is moved
     FileDescriptor file_;
     int error_ = 0; ///< why there is no file
 };

@@ -5,11 +5,11 @@
 
 namespace halvo {
 
-/// Closes a file descriptor when it goes.
+/// Owns a file descriptor and closes it.
 class FileDescriptor {
   public:
     FileDescriptor() = default;
-    /// Takes the descriptor over; a negative one stands for none.
+    /// Takes the descriptor over; a negative one means none.
     explicit FileDescriptor(int descriptor) : descriptor_(descriptor) {}
     ~FileDescriptor();
     FileDescriptor(FileDescriptor&& other) noexcept
@@ -23,7 +23,7 @@ class FileDescriptor {
 
     explicit operator bool() const { return descriptor_ >= 0; }
     int get() const { return descriptor_; }
-    /// Closes it now. 0 or an error's number: some file systems tell only here of a full disk.
+    /// Closes it now. 0 or an errno: some file systems report a full disk only here.
     int close();
 
   private:
@@ -32,7 +32,7 @@ class FileDescriptor {
 
 bool isRegularFile(int descriptor);
 
-/// Writes all bytes, however many calls that takes. False on the first error; `errno` tells which.
+/// Writes all bytes, in as many calls as it takes. False on the first error; see `errno`.
 bool writeAll(int descriptor, std::string_view bytes);
 
 } // namespace halvo

@@ -13,7 +13,7 @@ namespace halvo {
 
 namespace {
 
-/// Not every system numbers its objects.
+/// Not every system gives shared memory objects an inode number.
 bool isNumbered(const struct stat& object) {
     return object.st_ino != 0;
 }
@@ -22,14 +22,14 @@ bool sameObject(const struct stat& one, const struct stat& other) {
     return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
 }
 
-/// Whether the ring at `memory` is the one behind `descriptor`. What is no ring is not.
+/// Whether `memory` maps the ring behind `descriptor`; false when that is no ring.
 bool sameRing(const void* memory, int descriptor, std::int64_t size) {
     if (size < static_cast<std::int64_t>(kRingHeaderSize)) return false;
     void* named = ::mmap(nullptr, kRingHeaderSize, PROT_READ, MAP_SHARED, descriptor, 0);
     if (named == MAP_FAILED) return false;
     const bool same =
         isSameRing(*static_cast<const RingHeader*>(memory), *static_cast<const RingHeader*>(named));
-    (void)::munmap(named, kRingHeaderSize); // of a mapping just made: cannot fail
+    (void)::munmap(named, kRingHeaderSize); // just mapped: cannot fail
     return same;
 }
 
@@ -50,13 +50,13 @@ void* PosixSharedMemory::map(std::int32_t descriptor, std::int64_t size) {
     void* memory = ::mmap(nullptr, length, PROT_READ | PROT_WRITE, MAP_SHARED, descriptor, 0);
     if (memory == MAP_FAILED) return nullptr;
     if (MappingGuard::add(memory, length)) return memory;
-    (void)::munmap(memory, length); // of a mapping just made: cannot fail
+    (void)::munmap(memory, length); // just mapped: cannot fail
     return nullptr;
 }
 
 void PosixSharedMemory::unmap(void* memory, std::int64_t size) {
     MappingGuard::remove(memory);
-    (void)::munmap(memory, static_cast<std::size_t>(size)); // nothing could be done about it
+    (void)::munmap(memory, static_cast<std::size_t>(size)); // nothing can be done about it
 }
 
 void PosixSharedMemory::close(std::int32_t descriptor) {

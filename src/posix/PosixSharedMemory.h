@@ -6,7 +6,7 @@
 
 namespace halvo {
 
-/// POSIX shared memory but for the watching, which each system does its own way. Main thread only.
+/// POSIX shared memory; watching an object is left to each system. Main thread only.
 class PosixSharedMemory : public SharedMemory {
   public:
     std::int32_t open(const char* name) override;
@@ -15,12 +15,12 @@ class PosixSharedMemory : public SharedMemory {
     void unmap(void* memory, std::int64_t size) override;
     void close(std::int32_t descriptor) override;
 
-    /// Where the system does not tell two objects apart, rings are told by what stands in them.
+    /// Where the system gives objects no inode numbers, compares the contents of the rings.
     bool isCurrent(const char* name, std::int32_t descriptor, const void* memory,
                    std::int64_t size) override;
 
   protected:
-    /// What the system calls the object of that name.
+    /// The name under which the system knows the object.
     virtual std::string systemName(const std::string& name) const = 0;
 };
 

@@ -10,7 +10,7 @@ namespace halvo {
 
 namespace {
 
-/// Keeps the signal of a broken pipe from this thread, and takes back the one that arose meanwhile.
+/// Blocks SIGPIPE on this thread, and consumes the one that a write has raised meanwhile.
 class BrokenPipeGuard {
   public:
     BrokenPipeGuard() {
@@ -20,7 +20,7 @@ class BrokenPipeGuard {
         (void)::pthread_sigmask(SIG_BLOCK, &brokenPipe_, &before_);
     }
     ~BrokenPipeGuard() {
-        // Blocked and pending: this does not wait.
+        // It is pending, so this does not wait.
         int taken = 0;
         if (!wasPending_ && isPending()) (void)::sigwait(&brokenPipe_, &taken);
         (void)::pthread_sigmask(SIG_SETMASK, &before_, nullptr);
@@ -39,7 +39,7 @@ class BrokenPipeGuard {
     bool wasPending_ = false;
 };
 
-/// Whether writing may be tried again after the error that it just met.
+/// Whether a write that just failed may be tried again.
 bool mayRetry() {
     if (errno == EINTR) return true;
     if (errno != EAGAIN) return false;

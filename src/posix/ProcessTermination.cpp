@@ -31,7 +31,7 @@ void runLimited(const std::function<void()>& step) {
             progress->changed.notify_one();
         }).detach();
     } catch (const std::system_error&) {
-        // No thread to be had: better without the limit than not at all.
+        // No thread can be started: better without the limit than not at all.
         step();
         return;
     }

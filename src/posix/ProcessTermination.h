@@ -4,10 +4,10 @@
 
 namespace halvo::ProcessTermination {
 
-/// Runs `step` on another thread and waits for it, but at most 450 ms. Any thread.
+/// Runs `step` on another thread and waits for it, 450 ms at most. Any thread.
 void runLimited(const std::function<void()>& step);
 
-/// Ends the process as SIGTERM does by itself, whatever was set up for it. Any thread.
+/// Ends the process by SIGTERM with its default action. Any thread.
 void dieBySignal();
 
 } // namespace halvo::ProcessTermination

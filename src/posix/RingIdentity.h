@@ -4,12 +4,12 @@
 
 namespace halvo {
 
-/// Whether two mappings show one ring, as far as its words tell: the same format, and a write index
-/// that the first one had between two looks. Two rings in which nothing is written may pass for
-/// one until something is. Any thread.
+/// Whether two mappings show the same ring, judging by its contents: the format is equal, and the
+/// second write index lies between two readings of the first. Two rings that nobody writes to may
+/// pass for one. Any thread.
 bool isSameRing(const RingHeader& mapped, const RingHeader& named);
 
-/// What about a ring changes only when its driver changes it.
+/// The part of the header that changes only when the driver reconfigures the ring.
 struct RingFormat {
     std::uint32_t sampleRate = 0;
     std::uint32_t channelCount = 0;

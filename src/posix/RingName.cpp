@@ -1,6 +1,7 @@
 #include "posix/RingName.h"
 
 #include "platform/RingLayout.h"
+#include "posix/FileDescriptor.h"
 
 #include <cerrno>
 #include <cstdlib>
@@ -21,13 +22,11 @@ bool isValid(std::string_view name) {
            name.find('/', 1) == std::string_view::npos;
 }
 
-bool belongsToSomebodyElse(const std::string& name) {
-    const int descriptor = ::shm_open(name.c_str(), O_RDONLY, 0);
-    if (descriptor < 0) return errno == EACCES;
+bool belongsToAnotherUser(const std::string& name) {
+    const FileDescriptor object(::shm_open(name.c_str(), O_RDONLY, 0));
+    if (!object) return errno == EACCES;
     struct stat status{};
-    const bool foreign = ::fstat(descriptor, &status) == 0 && status.st_uid != ::geteuid();
-    ::close(descriptor);
-    return foreign;
+    return ::fstat(object.get(), &status) == 0 && status.st_uid != ::geteuid();
 }
 
 } // namespace
@@ -39,7 +38,7 @@ std::string ringName() {
 }
 
 std::string ownedRingName(const std::string& base) {
-    return belongsToSomebodyElse(base) ? base + "_" + std::to_string(::geteuid()) : base;
+    return belongsToAnotherUser(base) ? base + "_" + std::to_string(::geteuid()) : base;
 }
 
 } // namespace halvo

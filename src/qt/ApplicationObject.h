@@ -12,7 +12,7 @@ namespace halvo {
 std::unique_ptr<QCoreApplication> makeApplicationObject(int& argc, char** argv,
                                                         const std::string& screens);
 
-/// Whether the application object can show windows that somebody sees.
+/// Whether the application object can show windows on a real screen.
 bool hasScreen();
 
 } // namespace halvo

@@ -13,7 +13,7 @@ namespace halvo {
 namespace {
 
 constexpr int kMostRedirects = 5;
-constexpr qint64 kReadBuffer = 1 << 16; ///< bytes; more waits in the socket
+constexpr qint64 kReadBuffer = 1 << 16; ///< bytes; the rest waits in the socket
 
 /// The system's proxies, but never for this machine itself.
 class OutsideProxies final : public QNetworkProxyFactory {
@@ -27,7 +27,7 @@ class OutsideProxies final : public QNetworkProxyFactory {
     }
 };
 
-/// One exchange from its start to its end; belongs to its reply and goes with it.
+/// One request and its response; owned by its reply.
 class Exchange final : public QObject {
   public:
     Exchange(QNetworkReply& reply, const HTTPRequest& request,
@@ -37,7 +37,7 @@ class Exchange final : public QObject {
         reply.setReadBufferSize(kReadBuffer);
         connect(&reply, &QNetworkReply::readyRead, this, &Exchange::take);
         connect(&reply, &QNetworkReply::finished, this, &Exchange::finish);
-        // The toolkit's own limit starts again with every byte; a dripping server never meets it.
+        // Qt's own timeout restarts with every byte, so a slow drip would never end.
         QTimer::singleShot(request.timeout, Qt::PreciseTimer, this, [this] { fail(); });
     }
 
@@ -56,7 +56,7 @@ class Exchange final : public QObject {
     void finish() {
         if (deliver_) take();
         const auto status = reply_.attribute(QNetworkRequest::HttpStatusCodeAttribute);
-        // A status such as 404 is an answer, too; everything below that is none.
+        // A status such as 404 is a response, too; a network error is not.
         const bool complete = reply_.error() == QNetworkReply::NoError ||
                               reply_.error() > QNetworkReply::UnknownProxyError;
         if (complete && status.isValid() && reply_.error() != QNetworkReply::ProtocolFailure) {

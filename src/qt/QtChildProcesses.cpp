@@ -55,7 +55,8 @@ std::string decoded(const QByteArray& bytes) {
     return decoder.hasError() ? std::string() : text.toStdString();
 }
 
-/// Both ends of a pipe that no other child inherits; nothing when no descriptor is to be had.
+/// Both ends of a pipe that no other child inherits; nothing when the process has no descriptor
+/// left.
 std::optional<std::pair<FileDescriptor, FileDescriptor>> makePipe() {
     std::array<int, 2> ends{};
     if (::pipe(ends.data()) != 0) return std::nullopt;

@@ -11,12 +11,12 @@ namespace halvo {
 
 class HTTPWorker;
 
-/// Requests over the toolkit's network library, on a thread of their own: loading that library's
-/// plugins and the system's certificates takes longer than a frame. Nothing is loaded and no thread
-/// exists before the first request. A request that is under way when this goes never completes.
+/// HTTP over Qt Network, on a thread of its own, because loading that library's plugins and the
+/// system's certificates takes longer than a frame. Thread and library are loaded with the first
+/// request. A request in flight when this is destroyed never completes.
 class QtHTTPSession final : public HTTPSession {
   public:
-    /// Addresses that begin with `origin` are asked at `replacement` instead; neither, if empty.
+    /// URLs that begin with `origin` go to `replacement` instead, unless that is empty.
     explicit QtHTTPSession(std::string origin = {}, std::string replacement = {});
     ~QtHTTPSession() override;
 
@@ -25,9 +25,9 @@ class QtHTTPSession final : public HTTPSession {
   private:
     std::string origin_;
     std::string replacement_;
-    QObject context_; ///< where completions run; they end with it
+    QObject context_; ///< completions run on its thread, and none after it
     QThread thread_;
-    HTTPWorker* worker_ = nullptr; ///< lives on the thread and ends with it
+    HTTPWorker* worker_ = nullptr; ///< lives on the thread; deleted when it finishes
 };
 
 } // namespace halvo

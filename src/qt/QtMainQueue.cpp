@@ -17,7 +17,7 @@ using Milliseconds = std::chrono::milliseconds;
 
 const QString kPeriodic = QStringLiteral("periodic");
 
-/// The event loop counts whole milliseconds; rounding up never runs work too early.
+/// The event loop counts whole milliseconds; rounded up, work never runs too early.
 Milliseconds wholeMilliseconds(Clock::duration delay) {
     return std::max(Milliseconds(0), std::chrono::ceil<Milliseconds>(delay));
 }
@@ -37,7 +37,7 @@ QTimer* startOnce(QObject& parent, Clock::duration delay, MainQueue::Work work) 
     return timer;
 }
 
-/// Ends a timer from anywhere, its own work included, and whether or not its queue still exists.
+/// Stops a timer, even from its own work or after its queue is gone.
 Subscription cancellation(QTimer* timer) {
     return Subscription([guarded = QPointer<QTimer>(timer)] {
         if (!guarded) return;
@@ -95,7 +95,7 @@ void QtMainQueue::setWatch(std::function<bool()> isWatched) {
 }
 
 void QtMainQueue::stir() {
-    wake(); // in silence too: what is shown is from when it rested
+    wake(); // in silence too: what is shown is out of date
 }
 
 void QtMainQueue::wake() {
@@ -105,7 +105,7 @@ void QtMainQueue::wake() {
     restSoon();
 }
 
-/// Looks again and again, until it rests.
+/// Checks again every `untilRest_`, until it may pause.
 void QtMainQueue::restSoon() {
     rest_.cancel();
     if (!quiet_ && !isWatched_) return;

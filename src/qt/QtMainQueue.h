@@ -13,24 +13,24 @@ namespace halvo {
 /// application object; work that is still waiting then is dropped.
 class QtMainQueue final : public MainQueue {
   public:
-    /// `untilRest`: for how long nothing goes on before periodic work rests.
+    /// `untilRest`: how long everything is quiet before periodic work pauses.
     explicit QtMainQueue(std::chrono::milliseconds untilRest = std::chrono::seconds(2))
         : untilRest_(untilRest) {}
 
     void async(Work work) override;
     void after(Duration delay, Work work) override;
     Subscription afterCancellable(Duration delay, Work work) override;
-    /// Keeps to the grid of whole periods since the call; ticks that were missed are left out.
+    /// Fires at whole periods since the call; missed ticks are skipped.
     Subscription every(Duration period, Work work) override;
 
-    /// Says whether anything goes on that periodic work could follow. When nothing has for
-    /// `untilRest`, that work rests until something does. Any thread.
+    /// Tells whether there is nothing for periodic work to follow. After `untilRest` of quiet, it
+    /// pauses until there is something. Any thread.
     void setQuiet(bool quiet);
 
-    /// Answers whether somebody can see what periodic work makes. When nobody can for
-    /// `untilRest`, that work rests until `stir`. Without it somebody always can. Main thread.
+    /// `isWatched` returns whether the results of periodic work are visible. Once they have been
+    /// hidden for `untilRest`, it pauses until `stir`. By default always visible. Main thread.
     void setWatch(std::function<bool()> isWatched);
-    /// Somebody looks again. Main thread.
+    /// The results are visible again. Main thread.
     void stir();
 
   private:

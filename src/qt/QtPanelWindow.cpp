@@ -15,16 +15,16 @@ namespace halvo {
 
 namespace {
 
-constexpr int kUntilPrepared = 500; // milliseconds; the start itself comes first
+constexpr int kUntilPrepared = 500; // milliseconds; after the start, not during it
 constexpr int kRadius = 10;
-constexpr int kUntilReported = 500; // milliseconds; a click is told after its end
+constexpr int kUntilReported = 500; // milliseconds; the tray reports a click after its release
 
 ScreenRect toScreenRect(const QRect& rect) {
     return {static_cast<double>(rect.x()), static_cast<double>(rect.y()),
             static_cast<double>(rect.width()), static_cast<double>(rect.height())};
 }
 
-/// By its frame, so that the title stays on the screen.
+/// With its frame, so that the title bar stays on the screen.
 void center(QWindow& window) {
     QRect frame(QPoint(0, 0), window.size());
     frame.moveCenter(window.screen()->availableGeometry().center());
@@ -192,7 +192,7 @@ QtPanelWindow::monitorOutsidePresses(std::function<void(std::optional<ScreenPoin
     presses_ = desktop_.watchPresses([this] { takePress(); }, [this] { takeRelease(); });
     return Subscription([this] {
         pressed_ = nullptr;
-        if (!isPressed_) presses_.reset(); // else once its end is heard
+        if (!isPressed_) presses_.reset(); // else when it is released
     });
 }
 
@@ -211,7 +211,7 @@ void QtPanelWindow::takePress() {
     const QPoint place = QCursor::pos();
     if (!pressed_ || content_->menuContains(place)) return;
     content_->closeMenus();
-    const auto pressed = pressed_; // it may end its own monitor
+    const auto pressed = pressed_; // it may cancel this very subscription
     pressed(ScreenPoint{static_cast<double>(place.x()), static_cast<double>(place.y())});
 }
 

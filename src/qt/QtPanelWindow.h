@@ -15,8 +15,8 @@
 
 namespace halvo {
 
-/// The panel as a frameless window of Qt's with the popover in it. The views are made soon after
-/// the start, or when the panel is first needed. Main thread only.
+/// The panel: a frameless Qt window that holds the popover. The views are created shortly after the
+/// start, or when the panel is first needed. Main thread only.
 class QtPanelWindow : public QObject, public PanelWindow {
     Q_OBJECT
 
@@ -25,8 +25,8 @@ class QtPanelWindow : public QObject, public PanelWindow {
         MainQueue& mainQueue;
         VolumeTaper volumeTaper;
         std::function<void()> quit;
-        /// Hears presses anywhere, and their ends, until the answer is destroyed; null where a
-        /// desktop tells none.
+        /// Reports presses and releases anywhere on the desktop until the result is destroyed;
+        /// returns null where the desktop does not report them.
         std::function<std::shared_ptr<void>(std::function<void()> pressed,
                                             std::function<void()> released)>
             watchPresses;
@@ -50,7 +50,7 @@ class QtPanelWindow : public QObject, public PanelWindow {
     monitorOutsidePresses(std::function<void(std::optional<ScreenPoint>)> pressed) override;
     bool isPressUnderWay() const override;
 
-    /// Called each time that the panel has come to the front.
+    /// Called each time the panel comes to the front.
     std::function<void()> onShown;
     void setSystemAppearance(const SystemAppearance& appearance);
     /// Opens the window with the four tabs.
@@ -60,7 +60,7 @@ class QtPanelWindow : public QObject, public PanelWindow {
     QQuickWindow* settingsWindow() const;
 
   protected:
-    /// Makes the views and their window, if there are services to show and they are not made yet.
+    /// Creates the views and their window, if there are services and it is not done yet.
     void prepare();
     /// Whether a move is to go in steps: not while the content moves by itself, with which the
     /// window keeps up.

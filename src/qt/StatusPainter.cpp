@@ -66,7 +66,7 @@ QImage StatusPainter::paint(const StatusPicture& picture, QSize size, qreal scal
                             const StatusTones& tones) {
     const QImage shape = mask(picture, size, scale);
     QImage image(shape.size(), QImage::Format_ARGB32);
-    // The tone is put in last: through premultiplied pixels a faint edge would lose its colour.
+    // Coloured last: premultiplied pixels would lose the colour of a faint edge.
     const QRgb tone = toneOf(picture, tones).rgb() & 0x00FFFFFFU;
     for (int y = 0; y < image.height(); ++y) {
         const auto* from = reinterpret_cast<const QRgb*>(shape.constScanLine(y));

@@ -19,7 +19,7 @@ struct StatusTones {
 /// Draws the status item's pictures. Main thread only.
 class StatusPainter {
   public:
-    /// One colour over transparency: straight ARGB, `size` points at `scale` pixels each.
+    /// One colour on transparent: ARGB, not premultiplied; `size` points of `scale` pixels each.
     static QImage paint(const StatusPicture& picture, QSize size, qreal scale,
                         const StatusTones& tones);
 

@@ -4,11 +4,11 @@
 
 namespace halvo::render {
 
-/// The file below the library's writing, which remembers the first failure: of what fails while it
-/// closes a file, the library tells nothing.
+/// The file that libsndfile writes to. Remembers the first error: the library does not report
+/// those that occur while it closes the file.
 class CheckedOutput {
   public:
-    /// The descriptor stays the caller's, and at this object the library keeps pointing.
+    /// The caller keeps the descriptor; the library keeps a pointer to this object.
     explicit CheckedOutput(int descriptor) : descriptor_(descriptor) {}
     CheckedOutput(const CheckedOutput&) = delete;
     CheckedOutput& operator=(const CheckedOutput&) = delete;
@@ -16,7 +16,7 @@ class CheckedOutput {
     /// As `sf_open`, for writing.
     SNDFILE* open(SF_INFO& info);
 
-    /// The number of the first error of the system; 0 as long as all went well.
+    /// The errno of the first error; 0 while there was none.
     int error() const { return error_; }
 
   private:

@@ -16,14 +16,14 @@ static_assert(std::atomic<int>::is_always_lock_free);
 Interruption::Interruption() {
     for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
         struct sigaction present{};
-        (void)::sigaction(number, nullptr, &present); // these three can be asked for
+        (void)::sigaction(number, nullptr, &present); // cannot fail for these three
         if (present.sa_handler == SIG_IGN) continue;
         struct sigaction action{};
         action.sa_handler = [](int signal) { caught.store(signal, std::memory_order_relaxed); };
         action.sa_flags = SA_RESTART;
         (void)::sigaction(number, &action, nullptr);
     }
-    // Too large a file, or nobody to read the messages, is an error to handle, not an end.
+    // A file that is too large, or a closed pipe, is an error to report, not the end.
     (void)std::signal(SIGXFSZ, SIG_IGN);
     (void)std::signal(SIGPIPE, SIG_IGN);
 }

@@ -2,17 +2,17 @@
 
 namespace halvo::render {
 
-/// Notes Ctrl+C, SIGTERM and a terminal that goes, so that the work can end tidily. One per
+/// Catches SIGINT, SIGTERM and SIGHUP, so that the program can clean up before it ends. One per
 /// process.
 class Interruption {
   public:
-    /// Takes the signals, but those that the caller has the process ignore.
+    /// Handles those of the signals that the process does not ignore already.
     Interruption();
 
-    /// The signal that came; 0 for none.
+    /// The signal that arrived; 0 for none.
     int signal() const;
 
-    /// Ends the process by the signal that came, as it would have without this class.
+    /// Ends the process by that signal, as it would have ended without this class.
     [[noreturn]] static void endBy(int signal);
 };
 

@@ -94,7 +94,7 @@ constexpr Setting kSettings[] = {
      }},
 };
 
-/// Reads the option at the front of `rest` and takes it, with its value, away.
+/// Reads the first option in `rest` and removes it with its value.
 Failure readOption(std::span<const char* const>& rest, Options& options) {
     const std::string_view argument = rest.front();
     rest = rest.subspan(1);

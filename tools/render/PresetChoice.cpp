@@ -68,7 +68,7 @@ std::string folded(std::string text) {
     return text;
 }
 
-/// How many letters must be put in, left out or replaced to make one of the other.
+/// The edit distance: how many letters to insert, delete or replace.
 std::size_t distance(const std::string& from, const std::string& to) {
     std::vector<std::size_t> row(to.size() + 1);
     for (std::size_t i = 0; i < row.size(); ++i)

@@ -22,7 +22,7 @@ using Failure = std::optional<std::string>; ///< a sentence
 
 constexpr std::int64_t kBlockFrames = 16384; // few calls of the system
 
-/// What speaks against writing to the output.
+/// Why the output must not be written; nothing when it may be.
 Failure objectionTo(const Options& options) {
     std::error_code error;
     const auto status = fs::status(options.output, error);

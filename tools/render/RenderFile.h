@@ -18,15 +18,15 @@ struct RenderReport {
     float peak = 0;             ///< largest magnitude ahead of the clip; 1 is full scale
     std::int64_t notFinite = 0; ///< samples that became silence
 
-    /// Sentences about what a listener should know; empty when all is well.
+    /// Sentences about what the user should know; empty when all is well.
     std::string remarks() const;
 };
 
-/// Hears how many frames of how many are done; false stops the work.
+/// Called with the frames done and the total; return false to stop.
 using RenderProgress = std::function<bool(std::int64_t done, std::int64_t total)>;
 
-/// Renders the input to the output, block by block. The error is a sentence that says what to do;
-/// then, and when it is stopped, the output is as it was before.
+/// Renders the input to the output, block by block. The error is a sentence that says what to do.
+/// After an error or a stop the output is as it was before.
 std::expected<RenderReport, std::string> renderFile(const Options& options, const EQPreset& preset,
                                                     const RenderProgress& progress);
 

@@ -3,7 +3,7 @@
 #include <bit>
 #include <cmath>
 
-// Plain loops without a branch: the compiler turns each into vectors.
+// Plain loops without branches, which the compiler vectorizes.
 
 namespace halvo::render {
 

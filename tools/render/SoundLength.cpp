@@ -11,8 +11,8 @@ namespace halvo::render {
 
 namespace {
 
-// A program that writes to a pipe cannot come back to fill the length in. What stands there
-// instead: 0, the largest number, or one near the largest that has a sign.
+// A program that writes to a pipe cannot go back to fill in the length. It writes 0 instead, the
+// largest unsigned number, or one near the largest signed number.
 constexpr std::uint32_t kUnknown = 0xFFFFFFFFU;
 constexpr std::uint32_t kUnknownSignedFrom = 0x7FFF0000U;
 constexpr std::uint32_t kUnknownSignedTo = 0x7FFFFFFFU;
@@ -21,7 +21,7 @@ class Headers {
   public:
     explicit Headers(int descriptor) : descriptor_(descriptor) {}
 
-    /// Loads a chunk's identity and the 24 bytes behind it; false where the file ends.
+    /// Loads a chunk's identifier and the bytes after it; false at the end of the file.
     bool load(std::int64_t offset) {
         bytes_ = {};
         return ::pread(descriptor_, bytes_.data(), bytes_.size(), offset) >= kHeader;

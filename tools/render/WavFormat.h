@@ -7,9 +7,9 @@
 namespace halvo::render {
 
 struct CloseSoundFile {
-    void operator()(SNDFILE* file) const { (void)sf_close(file); } // tells nothing of use
+    void operator()(SNDFILE* file) const { (void)sf_close(file); } // its result says nothing of use
 };
-/// Closes the library's side of the file; its descriptor is somebody else's.
+/// Closes the library's handle; the descriptor belongs to another object.
 using SoundFileHandle = std::unique_ptr<SNDFILE, CloseSoundFile>;
 
 /// How samples are best exchanged with the library for a file's encoding.

@@ -23,10 +23,10 @@ std::expected<WavWriter, std::string> WavWriter::create(const std::string& path,
         return std::unexpected("cannot write " + path + " in the input's format (" +
                                sf_strerror(nullptr) + "); try --float");
     }
-    // The peak comes with the time of writing: the same input would give another file each time.
+    // The peak chunk holds the time of writing: the same input would give different files.
     (void)sf_command(file.get(), SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
     for (const auto& [kind, text] : like.texts())
-        (void)sf_set_string(file.get(), kind, text.c_str()); // sound without a title is sound
+        (void)sf_set_string(file.get(), kind, text.c_str()); // a missing title is no error
     return WavWriter(path, std::move(*pending), std::move(output), std::move(file), info);
 }
 

@@ -15,8 +15,8 @@ namespace halvo::render {
 
 class WavReader;
 
-/// A WAV file of one channel or two, written from stereo in blocks. It appears under its name when
-/// `finish` succeeds; until then, and if that never comes, nothing is there but what was before.
+/// A mono or stereo WAV file, written from stereo blocks. It appears under its name when `finish`
+/// succeeds; until then whatever was there before stays.
 class WavWriter {
   public:
     /// For the length, rate, channels, texts and, unless floats are wanted, the format of `like`.
@@ -24,7 +24,7 @@ class WavWriter {
     static std::expected<WavWriter, std::string> create(const std::string& path,
                                                         const WavReader& like, bool writeFloat);
 
-    /// Writes stereo frames and may change them; of a mono file's two equal sides one is written.
+    /// Writes stereo frames and may change them; a mono file gets the left channel.
     /// Gives nothing when it worked, else a sentence.
     std::optional<std::string> write(float* frames, std::int64_t frameCount);
 
@@ -38,8 +38,8 @@ class WavWriter {
 
     std::string path_;
     AtomicFile pending_;
-    std::unique_ptr<CheckedOutput> output_; // stays in its place when this object moves
-    SoundFileHandle file_;                  // goes before the two that it uses
+    std::unique_ptr<CheckedOutput> output_; // not moved with this object: the library points at it
+    SoundFileHandle file_;                  // destroyed before the two that it uses
     SF_INFO info_;
     std::vector<std::int16_t> shorts_;
     std::vector<std::int32_t> integers_;

@@ -4,8 +4,8 @@
 
 namespace halvo {
 
-/// Where a helper of the application is: in its installation's lib/halvo, else beside the
-/// application, else /usr/lib/halvo. `directory` is the one of the application's own program.
+/// The path of a helper program: in lib/halvo of the same installation, else beside the
+/// application, else in /usr/lib/halvo. `directory` holds the application's program.
 std::filesystem::path helperProgram(const std::filesystem::path& directory, const char* name);
 
 } // namespace halvo

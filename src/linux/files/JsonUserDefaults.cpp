@@ -22,7 +22,7 @@ namespace fs = std::filesystem;
 using Json = nlohmann::ordered_json;
 
 constexpr std::size_t kMaximumFileSize = std::size_t{16} << 20U; // bytes
-/// Ours is two levels deep; writing recurses once per level.
+/// Our file is two levels deep; writing recurses once per level.
 constexpr int kMaximumDepth = 64;
 constexpr const char* kDataMember = "data";
 constexpr int kIndentation = 4;
@@ -80,7 +80,7 @@ JsonUserDefaults::JsonUserDefaults(fs::path path, Access access)
 JsonUserDefaults::JsonUserDefaults(fs::path path, SystemLog& log)
     : JsonUserDefaults(std::move(path), Access::readWrite) {
     if (load(path_, *values_) != FileState::unreadable) return;
-    // What could not be moved out of the way must not be written over either.
+    // A file that could not be set aside must not be overwritten.
     if (!setAside(path_, log)) access_ = Access::readOnly;
 }
 
@@ -163,7 +163,7 @@ void JsonUserDefaults::set(const std::string& key, Json value) {
 
 void JsonUserDefaults::save() const {
     if (access_ == Access::readOnly) return;
-    std::error_code ignored; // then the write fails, and failed writes are silent
+    std::error_code ignored; // the write then fails, silently by design
     if (fs::create_directories(path_.parent_path(), ignored)) {
         fs::permissions(path_.parent_path(), fs::perms::owner_all, ignored);
     }

@@ -11,17 +11,17 @@ namespace halvo {
 class SystemLog;
 
 /// The user defaults as one JSON object in a file of mode 0600. Every change replaces the file
-/// before the call returns. Entries that this program does not know are kept. Main thread.
+/// before the call returns. Unknown entries are kept. Main thread.
 class JsonUserDefaults final : public UserDefaults {
   public:
     /// $XDG_CONFIG_HOME/halvo/defaults.json, by default under ~/.config.
     static std::filesystem::path standardPath();
 
-    /// Reads the file, if there is one. One that cannot be read is renamed to
-    /// "<name>.unreadable-<date>", which the log is told; if even that fails, it is left alone and
-    /// nothing is written any more.
+    /// Reads the file, if there is one. An unreadable file is renamed to
+    /// "<name>.unreadable-<date>", and the log says so; if even that fails, the file stays and
+    /// nothing is saved.
     JsonUserDefaults(std::filesystem::path path, SystemLog& log);
-    /// What is saved at this moment, for reading: changes never reach the file. Any thread.
+    /// What is saved now, for reading: changes never reach the file. Any thread.
     static JsonUserDefaults readOnly(const std::filesystem::path& path);
 
     ~JsonUserDefaults() override;

@@ -9,16 +9,16 @@
 
 namespace halvo {
 
-/// Held by the one process that may change the session's devices: the application while it runs,
-/// or who gives back what a dead one left. Ends with the object, or with the process however that
-/// ends. Any thread.
+/// Held by the one process that may change the session's devices: the running application, or the
+/// guard that restores them after a crash. Released with the object, or when the process ends in
+/// any way. Any thread.
 class SessionLock {
   public:
-    /// In the session's own directory, or beside the settings where there is none.
+    /// In the session's runtime directory, or beside the settings where there is none.
     static std::filesystem::path standardPath();
 
-    /// Nothing when another process held it all the time. Where no such file can be made nobody
-    /// else can have one either: that counts as taken.
+    /// Nothing when another process holds it all that time. Where the file cannot be made no other
+    /// process can have it either, so the lock counts as taken.
     static std::optional<SessionLock> take(const std::filesystem::path& path,
                                            std::chrono::milliseconds longest);
 

@@ -4,8 +4,8 @@
 
 namespace halvo {
 
-// The user's base directories. A variable that is unset, empty or relative does not count, as the
-// XDG base directories are defined. Any thread, while nobody changes the environment.
+// The user's XDG base directories. By their definition, a variable that is unset, empty or relative
+// does not count. Any thread, while the environment does not change.
 
 /// $XDG_CONFIG_HOME, by default ~/.config.
 std::filesystem::path configDirectory();

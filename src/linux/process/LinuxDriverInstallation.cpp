@@ -95,7 +95,7 @@ void LinuxDriverInstallation::takeUp() {
         succeeds("systemctl", {"--user", "restart", server})) {
         return;
     }
-    (void)succeeds(driverProgram(), {"--end"}); // the one that was replaced, if it runs
+    (void)succeeds(driverProgram(), {"--end"}); // the replaced one, if it still runs
     (void)succeeds(driverProgram(), {"--start"});
 }
 

@@ -31,7 +31,7 @@ LinuxSessionGuard::LinuxSessionGuard(MainQueue& queue, SystemLog& log,
     const char* other = std::getenv(kVariable);
     program_ = other != nullptr ? other : helperProgram(directory, kProgram);
     std::array<int, 2> ends{};
-    if (::pipe2(ends.data(), O_CLOEXEC) != 0) return; // then there is no guard
+    if (::pipe2(ends.data(), O_CLOEXEC) != 0) return; // runs without a guard
     readEnd_ = FileDescriptor(ends[0]);
     writeEnd_ = FileDescriptor(ends[1]);
 }
@@ -45,7 +45,7 @@ void LinuxSessionGuard::watch() {
 }
 
 void LinuxSessionGuard::dismiss() const {
-    (void)writeAll(writeEnd_.get(), "."); // the pipe holds many; without one there is no guard
+    (void)writeAll(writeEnd_.get(), "."); // the pipe has room; without a pipe there is no guard
 }
 
 void LinuxSessionGuard::start() {
@@ -66,7 +66,7 @@ void LinuxSessionGuard::start() {
 void LinuxSessionGuard::ended() {
     if (!child_ || !child_->wait(0ms)) return;
     notifier_->setEnabled(false);
-    notifier_.release()->deleteLater(); // it is the caller
+    notifier_.release()->deleteLater(); // it is emitting this signal
     child_.reset();
     queue_.after(delay_, [this, alive = lifetime_.watch()] {
         if (!alive.expired()) start();

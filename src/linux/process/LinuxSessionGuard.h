@@ -15,23 +15,22 @@ namespace halvo {
 
 class SystemLog;
 
-/// The program halvo-session-guard, which gives devices and default back when this process ends
-/// without having done so. Environment variable HALVO_SESSION_GUARD: another program, empty: none.
-/// Main thread, but for `dismiss`.
+/// Runs the program halvo-session-guard, which restores the devices' levels and the default output
+/// when this process ends without having done so. The environment variable HALVO_SESSION_GUARD
+/// names another program; empty means none. Main thread, except `dismiss`.
 class LinuxSessionGuard {
   public:
-    /// `directory` is the one of the application's own program. Queue and log must outlive this.
+    /// `directory` holds the application's program. Queue and log must outlive this.
     LinuxSessionGuard(MainQueue& queue, SystemLog& log, const std::filesystem::path& directory);
-    /// Dismisses it.
+    /// Dismisses the guard.
     ~LinuxSessionGuard();
     LinuxSessionGuard(const LinuxSessionGuard&) = delete;
     LinuxSessionGuard& operator=(const LinuxSessionGuard&) = delete;
 
-    /// There is something to give back: from now on the guard runs. One that ends is started again,
-    /// a second later and each time after twice as long, a minute at most; without one the
-    /// application lives on.
+    /// There is something to restore: starts the guard. One that ends is restarted, after a second
+    /// and each time after twice as long, up to a minute. The application also works without one.
     void watch();
-    /// Nothing is left to give back: it ends and does nothing. Any thread.
+    /// There is nothing to restore any more: the guard ends without doing anything. Any thread.
     void dismiss() const;
 
   private:
@@ -41,7 +40,7 @@ class LinuxSessionGuard {
     MainQueue& queue_;
     SystemLog& log_;
     std::filesystem::path program_; ///< empty: none
-    // Both ends stay open here, so the guard's end of it breaks when the process is gone.
+    // Both ends stay open here, so the guard sees the end of the pipe when this process ends.
     FileDescriptor readEnd_;
     FileDescriptor writeEnd_;
     bool isWatched_ = false;

@@ -11,13 +11,13 @@ class QSocketNotifier;
 
 namespace halvo {
 
-/// POSIX shared memory. The ring goes by the name that this user's driver uses. Main thread only.
+/// POSIX shared memory. The ring has the name that this user's driver uses. Main thread only.
 class LinuxSharedMemory final : public PosixSharedMemory {
   public:
     LinuxSharedMemory();
     ~LinuxSharedMemory() override;
 
-    /// One call for all that happened since the main loop's last turn.
+    /// One call for all changes since the last iteration of the main loop.
     Subscription watch(const char* name, std::function<void()> changed) override;
 
   protected:

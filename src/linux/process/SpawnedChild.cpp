@@ -16,7 +16,7 @@ namespace halvo {
 
 namespace {
 
-/// What the child is to change about itself, with its memory.
+/// The file actions and attributes for posix_spawn, with their memory.
 class SpawnPlan {
   public:
     SpawnPlan(int output, SpawnedChild::Ties ties) {
@@ -87,7 +87,7 @@ std::expected<SpawnedChild, std::string> SpawnedChild::start(const Command& comm
     if (const int error = SpawnPlan(writeEnd.get(), ties).run(command, pid)) {
         return std::unexpected(description(error));
     }
-    // The child cannot be reaped before; its number is still its own.
+    // Nobody has reaped the child yet, so the number is still its own.
     FileDescriptor process(static_cast<int>(::syscall(SYS_pidfd_open, pid, 0)));
     if (!process) {
         const auto reason = description(errno);

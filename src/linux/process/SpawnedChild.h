@@ -11,22 +11,23 @@
 
 namespace halvo {
 
-/// A program that was started with no descriptors but the standard ones and default signals. Not
-/// reaped by itself. One thread at a time.
+/// A program started without the toolkit, for programs that do not link it and for children that
+/// outlive the application. It inherits the standard descriptors alone and has default signal
+/// handling. It runs on when this is destroyed; only `wait` reaps it. One thread at a time.
 class SpawnedChild {
   public:
     enum class Output { pipe, discarded };
     enum class Session { callers, own };
 
-    /// What it has in common with this process.
+    /// What it shares with this process.
     struct Ties {
         int input = -1; ///< a descriptor for its standard input; -1: nothing to read
-        /// Its own, with a process group of its own: no terminal's signal reaches it, nor the one
-        /// for a group that is stopped when its last tie to the rest goes.
+        /// `own` gives it a process group of its own, too: neither a terminal's signals reach it
+        /// nor the SIGHUP for an orphaned group.
         Session session = Session::callers;
     };
 
-    /// Returns once the program is executed; an error's description when it cannot be.
+    /// Returns once the program runs; an error's description when it cannot be executed.
     static std::expected<SpawnedChild, std::string> start(const Command& command, Output output,
                                                           Ties ties = {-1, Session::callers});
 
