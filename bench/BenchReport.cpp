@@ -22,9 +22,9 @@ std::optional<double> number(const ordered_json& report, const std::string& path
 }
 
 /// The object or list of that name, or an empty one.
-const ordered_json& part(const ordered_json& report, const std::string& name) {
+const ordered_json& part(const ordered_json& report, std::string_view name) {
     static const ordered_json empty;
-    const auto found = report.find(name);
+    const auto found = report.find(std::string(name));
     return found == report.end() ? empty : *found;
 }
 

@@ -1,5 +1,6 @@
 #include "driver/linux/Driver.h"
 
+#include "linux/pipewire/ClientConfiguration.h"
 #include "posix/RingName.h"
 
 #include <algorithm>
@@ -50,8 +51,8 @@ int Driver::run() {
     reconcileTimer_ = pw_loop_add_timer(loop_, onReconcile, this);
     checkTimer_ = pw_loop_add_timer(loop_, onCheck, this);
     // Real-time priority for the data thread comes with this configuration only.
-    context_ =
-        pw_context_new(loop_, pw_properties_new(PW_KEY_CONFIG_NAME, "client-rt.conf", nullptr), 0);
+    context_ = pw_context_new(
+        loop_, pw_properties_new(PW_KEY_CONFIG_NAME, realtimeClientConfiguration(), nullptr), 0);
     if (context_ == nullptr) {
         say("the sound system's client configuration cannot be used");
         return kFailed;

@@ -3,6 +3,7 @@
 #include <atomic>
 #include <csignal>
 #include <cstdlib>
+#include <initializer_list>
 
 namespace halvo::render {
 

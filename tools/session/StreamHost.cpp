@@ -1,7 +1,10 @@
 #include "session/StreamHost.h"
 
+#include "linux/pipewire/ClientConfiguration.h"
+
 #include <array>
 #include <spa/param/audio/format-utils.h>
+#include <unistd.h>
 
 namespace halvo::session {
 
@@ -20,8 +23,13 @@ bool StreamHost::start(const std::string& socket, pw_direction direction, std::u
     pw_init(nullptr, nullptr);
     loop_ = pw_thread_loop_new("stream-host", nullptr);
     // The real-time configuration: otherwise the data thread competes with the build machine.
-    context_ = pw_context_new(pw_thread_loop_get_loop(loop_),
-                              pw_properties_new(PW_KEY_CONFIG_NAME, "client-rt.conf", nullptr), 0);
+    // Without privileges that asks for them on the bus of this process, which is not the session's.
+    const bool isPrivileged = ::geteuid() == 0;
+    context_ =
+        pw_context_new(pw_thread_loop_get_loop(loop_),
+                       pw_properties_new(PW_KEY_CONFIG_NAME, realtimeClientConfiguration(),
+                                         "module.rt", isPrivileged ? "true" : "false", nullptr),
+                       0);
     if (context_ != nullptr) {
         core_ = pw_context_connect(
             context_, pw_properties_new(PW_KEY_REMOTE_NAME, socket.c_str(), nullptr), 0);

@@ -1,11 +1,13 @@
 #include "linux/pipewire/PipeWireConnection.h"
 
+#include "linux/pipewire/ClientConfiguration.h"
 #include "linux/pipewire/PipeWireGraph.h"
 #include "linux/pipewire/PipeWireHandles.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <ctime>
+#include <semaphore>
 #include <utility>
 #include <vector>
 
@@ -82,7 +84,8 @@ bool PipeWireConnection::Implementation::start() {
     threadLoop.reset(pw_thread_loop_new("halvo-server", nullptr));
     if (!threadLoop) return false;
     // The real-time configuration: without it the render thread has no priority.
-    auto* properties = pw_properties_new(PW_KEY_CONFIG_NAME, "client-rt.conf", nullptr);
+    auto* properties =
+        pw_properties_new(PW_KEY_CONFIG_NAME, realtimeClientConfiguration(), nullptr);
     auto* loop = pw_thread_loop_get_loop(threadLoop.get());
     context.reset(pw_context_new(loop, properties, 0));
     if (!context) return false;
@@ -282,13 +285,22 @@ pw_data_loop* PipeWireConnection::dataLoop() const {
 }
 
 void PipeWireConnection::removeBetweenCycles(PipeWireHook& hook) {
+    struct Removal {
+        PipeWireHook& hook;
+        std::binary_semaphore isDone{0};
+    } removal{hook};
     pw_data_loop_invoke(
         dataLoop(),
         [](spa_loop*, bool, std::uint32_t, const void*, std::size_t, void* data) {
-            static_cast<PipeWireHook*>(data)->remove();
+            auto& asked = *static_cast<Removal*>(data);
+            asked.hook.remove();
+            asked.isDone.release();
             return 0;
         },
-        0, nullptr, 0, true, &hook);
+        0, nullptr, 0, true, &removal);
+    // From 1.0 on removing a filter's listener invokes the loop itself, and the end of that inner
+    // call ends the wait for the outer one, too.
+    removal.isDone.acquire();
 }
 
 PipeWireGraph& PipeWireConnection::graph() {
