@@ -39,6 +39,19 @@ TEST_F(LevelTest, WritesAreSeenByTheNextRead) {
         << "the other one is as it was";
 }
 
+TEST_F(LevelTest, OfASinkThatNeverPlayedIsSeenByEverybody) {
+    ASSERT_TRUE(session_->plug({"acc.c", "Never Played"}));
+    ASSERT_TRUE(waitFor([&] { return hardware_->deviceForUID("acc.c").has_value(); }));
+    const auto id = device("acc.c");
+    for (const float volume : {0.25F, 0.5F}) {
+        ASSERT_TRUE(hardware_->setLevel(id, {{volume, volume}, true}, LevelPersistence::temporary));
+        EXPECT_EQ(hardware_->volume(id, VolumeElement::main), volume);
+        EXPECT_EQ(session_->volume("acc.c"), (std::vector<float>{volume, volume}));
+        EXPECT_TRUE(session_->isMuted("acc.c"));
+    }
+    EXPECT_FALSE(hardware_->hasForeignStreams(id));
+}
+
 TEST_F(LevelTest, MuteLeavesTheVolumeAlone) {
     const auto id = device("acc.a");
     ASSERT_TRUE(hardware_->setVolume(id, VolumeElement::main, 0.5F));

@@ -2,6 +2,7 @@
 
 #include "linux/pipewire/PipeWireConnection.h"
 #include "linux/pipewire/PipeWireGraph.h"
+#include "linux/pipewire/PipeWireWakeUp.h"
 
 #include <algorithm>
 #include <chrono>
@@ -16,6 +17,8 @@ using Lock = PipeWireConnection::Lock;
 using Topic = PipeWireListeners::Topic;
 
 constexpr std::chrono::milliseconds kLongestWrite{200};
+/// Until the session manager has linked a stream and the sink has run a cycle, on a busy machine.
+constexpr std::chrono::milliseconds kLongestWakeUp{1000};
 
 std::optional<std::size_t> channelIndex(VolumeElement element) {
     switch (element) {
@@ -201,12 +204,15 @@ bool PipeWireAudioHardware::writeLevel(AudioDeviceID device, LevelUpdate update,
     if (!graph.setLevel(*sink, update, persistence)) return false;
     // A card first reports that something changed and then, on request, what: two round trips.
     if (!lock.roundTrip(kLongestWrite) || !lock.roundTrip(kLongestWrite)) return false;
-    return lock.waitFor(
-        [this, &graph, &update, device] {
-            const auto* now = this->device(device);
-            return now && shows(graph.level(*now), update);
-        },
-        kLongestWrite);
+    const auto isShown = [this, &graph, &update, device] {
+        const auto* now = this->device(device);
+        return now && shows(graph.level(*now), update);
+    };
+    if (isShown()) return true;
+    sink = this->device(device);
+    if (!sink || graph.hasRoute(*sink)) return lock.waitFor(isShown, kLongestWrite);
+    const PipeWireWakeUp wakeUp(connection_, sink->name());
+    return lock.waitFor(isShown, kLongestWakeUp);
 }
 
 bool PipeWireAudioHardware::listenToDeviceList(Listener listener) {

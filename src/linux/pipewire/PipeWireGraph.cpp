@@ -1,5 +1,7 @@
 #include "linux/pipewire/PipeWireGraph.h"
 
+#include "linux/pipewire/PipeWireWakeUp.h"
+
 #include <algorithm>
 #include <charconv>
 #include <string_view>
@@ -12,6 +14,10 @@ namespace {
 constexpr const char* kOwnGroup = "halvo";
 /// A restarted server counts serial numbers from 0 again; this keeps the ids apart.
 constexpr AudioDeviceID kSerialsPerServer = 1U << 24;
+
+bool isOwn(const std::string& linkGroup) {
+    return linkGroup == kOwnGroup || linkGroup == PipeWireWakeUp::kLinkGroup;
+}
 
 std::uint32_t number(const spa_dict& properties, const char* key) {
     const char* text = spa_dict_lookup(&properties, key);
@@ -97,7 +103,7 @@ bool PipeWireGraph::hasForeignStreams(const PipeWireNode& sink) const {
         if (link.inputNode != sink.globalID()) return false;
         const auto source = nodes_.find(link.outputNode);
         // A stream that is not known yet may be loud, so it counts.
-        return source == nodes_.end() || source->second->linkGroup() != kOwnGroup;
+        return source == nodes_.end() || !isOwn(source->second->linkGroup());
     });
 }
 

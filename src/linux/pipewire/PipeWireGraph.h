@@ -34,6 +34,8 @@ class PipeWireGraph final : private PipeWireNode::Owner, private PipeWireCard::O
     const PipeWireNode* sinkNamed(const std::string& name) const;
     /// Empty when the sink has no volume. Not limited to 1.
     LevelUpdate level(const PipeWireNode& sink) const;
+    /// Whether a card keeps the sink's level.
+    bool hasRoute(const PipeWireNode& sink) const { return route(sink) != nullptr; }
     /// False while disconnected.
     bool setLevel(const PipeWireNode& sink, const LevelUpdate& update,
                   LevelPersistence persistence);
