@@ -1,6 +1,6 @@
 #include "application/ApplicationScene.h"
 #include "media/ScriptedPlayer.h"
-#include "media/TagService.h"
+#include "media/TagServer.h"
 
 #include <QCoreApplication>
 
@@ -32,7 +32,7 @@ class ListeningScene {
 
   public:
     ApplicationScene scene;
-    halvo::media::TagService tags;
+    halvo::media::TagServer tags;
     std::unique_ptr<ScriptedPlayer> player;
 
     ListeningScene() {

@@ -1,5 +1,5 @@
 #include "media/BusScene.h"
-#include "media/TagService.h"
+#include "media/TagServer.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -93,7 +93,7 @@ TEST(MediaHelper, MpvShowsATaggedFileAndObeys) {
 
 TEST(MediaHelper, TakesWhatPlayersSayInWhateverTypes) {
     BusScene scene;
-    media::TagService server;
+    media::TagServer server;
     server.setContent("/cover.png", "from the network");
     struct Case {
         const char* name;

@@ -1,6 +1,6 @@
 #include "fake/FakeServices.h"
 #include "media/BusScene.h"
-#include "media/TagService.h"
+#include "media/TagServer.h"
 #include "nowplaying/LastFMClient.h"
 #include "qt/QtHTTPSession.h"
 #include "qt/QtMainQueue.h"
@@ -21,7 +21,7 @@ namespace halvo::test {
 
 namespace {
 
-using media::TagService;
+using media::TagServer;
 using Clock = std::chrono::steady_clock;
 using std::chrono_literals::operator""ms;
 using std::chrono_literals::operator""s;
@@ -105,16 +105,16 @@ Outcome fetch(QtHTTPSession& session, const HTTPRequest& request) {
 } // namespace
 
 TEST(Network, EveryExchangeIsOverInTimeAndHoldsUpNothing) {
-    using enum TagService::Behaviour;
+    using enum TagServer::Behaviour;
     struct Case {
         const char* name;
-        TagService::Behaviour behaviour;
+        TagServer::Behaviour behaviour;
         int status; ///< 0: no answer
     };
     const Case cases[]{
         {"answers", answers, 200},  {"page", page, 200}, {"server error", serverError, 500},
         {"too large", tooLarge, 0}, {"drips", drips, 0}, {"hangs", hangs, 0}};
-    TagService service;
+    TagServer service;
     QtHTTPSession session;
     MachineDelay machine;
     const MainLoopDelay mainLoop;
@@ -139,7 +139,7 @@ TEST(Network, WithoutTrustOrAServerThereIsNoAnswer) {
     QtHTTPSession session;
     std::string nobody;
     {
-        const TagService secure(TagService::Identity{certificate, key});
+        const TagServer secure(TagServer::Identity{certificate, key});
         MachineDelay machine;
         const MainLoopDelay mainLoop;
         const auto outcome = fetch(session, {secure.address() + "/", "", 5s, 1000});
@@ -147,7 +147,7 @@ TEST(Network, WithoutTrustOrAServerThereIsNoAnswer) {
         EXPECT_LT(outcome.time, 4s) << "refused, not timed out";
         EXPECT_TRUE(secure.requests().empty());
         EXPECT_LT(mainLoop.longest(), std::max<Clock::duration>(16ms, 2 * machine.finish()));
-        nobody = TagService().address();
+        nobody = TagServer().address();
     }
     EXPECT_FALSE(fetch(session, {nobody + "/", "", 5s, 1000}).response) << "refused";
     for (const auto* address : {"file:///etc/hostname", "", "http://", "nonsense"})
@@ -156,7 +156,7 @@ TEST(Network, WithoutTrustOrAServerThereIsNoAnswer) {
 
 TEST(Network, TagsArriveWhateverTheArtistIsCalled) {
     const std::string origin = "https://ws.audioscrobbler.com";
-    TagService service;
+    TagServer service;
     QtHTTPSession session(origin, service.address());
     QtMainQueue queue;
     const QtUnicodeText unicode;
@@ -179,7 +179,7 @@ TEST(Network, TagsArriveWhateverTheArtistIsCalled) {
               "5b2e9d07a41c86f3e0d9b7a2c4f61e88&format=json");
     EXPECT_TRUE(service.requests().front().userAgent.starts_with("Halvo/"));
 
-    using enum TagService::Behaviour;
+    using enum TagServer::Behaviour;
     for (const auto behaviour : {countsAsText, errorInside, page, serverError, tooLarge}) {
         service.setBehaviour(behaviour);
         const auto artist = "Artist " + std::to_string(static_cast<int>(behaviour));

@@ -3,7 +3,7 @@
 #include "ApplicationRun.h"
 #include "Progress.h"
 #include "media/ScriptedPlayer.h"
-#include "media/TagService.h"
+#include "media/TagServer.h"
 
 #include <QDBusConnection>
 #include <QDBusInterface>
@@ -20,7 +20,7 @@ namespace halvo::demo {
 namespace {
 
 using media::ScriptedPlayer;
-using media::TagService;
+using media::TagServer;
 using session::PrivateSession;
 
 const QString kConnectionName = QStringLiteral("halvo-demo-genres");
@@ -28,7 +28,7 @@ const QString kConnectionName = QStringLiteral("halvo-demo-genres");
 struct DemoSong {
     const char* title;
     const char* artist;
-    TagService::Tags tags;
+    TagServer::Tags tags;
     const char* preset;
 };
 
@@ -41,7 +41,7 @@ const std::vector<DemoSong>& songs() {
     return all;
 }
 
-std::string joined(const TagService::Tags& tags) {
+std::string joined(const TagServer::Tags& tags) {
     std::string text;
     for (const auto& [name, count] : tags)
         text += (text.empty() ? "" : ", ") + name;
@@ -70,7 +70,7 @@ std::string activePreset(const QDBusConnection& bus) {
     return name.value().toStdString();
 }
 
-AnnouncedTrack announce(const DemoSong& song, ScriptedPlayer& player, const TagService& service,
+AnnouncedTrack announce(const DemoSong& song, ScriptedPlayer& player, const TagServer& service,
                         const QDBusConnection& bus) {
     const auto asked = service.requests().size();
     const auto begin = std::chrono::steady_clock::now();
@@ -89,7 +89,7 @@ AnnouncedTrack announce(const DemoSong& song, ScriptedPlayer& player, const TagS
 }
 
 std::expected<std::vector<AnnouncedTrack>, std::string> announceAll(const std::string& busAddress,
-                                                                    const TagService& service) {
+                                                                    const TagServer& service) {
     const auto player = ScriptedPlayer::start(busAddress, "demo");
     if (!player) return std::unexpected("The demo's player cannot join the session bus.");
     const auto bus =
@@ -103,7 +103,7 @@ std::expected<std::vector<AnnouncedTrack>, std::string> announceAll(const std::s
 } // namespace
 
 std::expected<std::vector<AnnouncedTrack>, std::string> showGenres(Stage& stage) {
-    TagService service;
+    TagServer service;
     for (const auto& song : songs())
         service.setTags(song.artist, song.tags);
     if (!switchOn(stage)) return std::unexpected("The settings cannot be written.");

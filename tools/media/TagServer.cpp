@@ -1,4 +1,4 @@
-#include "media/TagService.h"
+#include "media/TagServer.h"
 
 #include <QFile>
 #include <QSslCertificate>
@@ -56,7 +56,7 @@ std::string artistIn(const std::string& target) {
     return query.queryItemValue(QStringLiteral("artist"), QUrl::FullyDecoded).toStdString();
 }
 
-std::unique_ptr<QTcpServer> makeServer(const TagService::Identity& identity) {
+std::unique_ptr<QTcpServer> makeServer(const TagServer::Identity& identity) {
     if (identity.certificateFile.empty()) return std::make_unique<QTcpServer>();
     QFile key(QString::fromStdString(identity.keyFile));
     if (!key.open(QIODevice::ReadOnly)) return std::make_unique<QTcpServer>();
@@ -71,7 +71,7 @@ std::unique_ptr<QTcpServer> makeServer(const TagService::Identity& identity) {
 
 } // namespace
 
-TagService::TagService(const Identity& identity)
+TagServer::TagServer(const Identity& identity)
     : server_(makeServer(identity).release()), isSecure_(!identity.certificateFile.empty()) {
     if (server_->listen(QHostAddress::LocalHost)) port_ = server_->serverPort();
     QObject::connect(server_, &QTcpServer::pendingConnectionAvailable, server_, [this] {
@@ -86,37 +86,37 @@ TagService::TagService(const Identity& identity)
     thread_.start();
 }
 
-TagService::~TagService() {
+TagServer::~TagServer() {
     thread_.quit();
     (void)thread_.wait(); // without a limit it cannot fail
 }
 
-std::string TagService::address() const {
+std::string TagServer::address() const {
     if (port_ == 0) return {};
     return (isSecure_ ? "https://127.0.0.1:" : "http://127.0.0.1:") + std::to_string(port_);
 }
 
-void TagService::setBehaviour(Behaviour behaviour) {
+void TagServer::setBehaviour(Behaviour behaviour) {
     const std::lock_guard lock(mutex_);
     behaviour_ = behaviour;
 }
 
-void TagService::setTags(const std::string& artist, Tags tags) {
+void TagServer::setTags(const std::string& artist, Tags tags) {
     const std::lock_guard lock(mutex_);
     tags_[artist] = std::move(tags);
 }
 
-void TagService::setContent(const std::string& path, std::string bytes) {
+void TagServer::setContent(const std::string& path, std::string bytes) {
     const std::lock_guard lock(mutex_);
     contents_[path] = std::move(bytes);
 }
 
-std::vector<TagService::Request> TagService::requests() const {
+std::vector<TagServer::Request> TagServer::requests() const {
     const std::lock_guard lock(mutex_);
     return requests_;
 }
 
-void TagService::take(QTcpSocket& socket) {
+void TagServer::take(QTcpSocket& socket) {
     const auto head = socket.peek(1 << 16);
     if (!head.contains(kHeaderEnd)) return;
     socket.readAll();
@@ -127,7 +127,7 @@ void TagService::take(QTcpSocket& socket) {
     respond(socket, target);
 }
 
-std::string TagService::answerFor(const std::string& target) const {
+std::string TagServer::answerFor(const std::string& target) const {
     if (behaviour_ == Behaviour::errorInside) {
         return R"({"error":6,"message":"The artist you supplied could not be found"})";
     }
@@ -141,7 +141,7 @@ std::string TagService::answerFor(const std::string& target) const {
     return nlohmann::json{{"toptags", {{"tag", std::move(list)}}}}.dump();
 }
 
-void TagService::respond(QTcpSocket& socket, const std::string& target) const {
+void TagServer::respond(QTcpSocket& socket, const std::string& target) const {
     const auto content = contents_.find(target);
     if (content != contents_.end()) return send(socket, response(200, content->second));
     switch (behaviour_) {

@@ -18,7 +18,7 @@ namespace halvo::media {
 
 /// A tag service on this machine's loopback, over real HTTP, that behaves as it is told. It serves
 /// on a thread of its own. Any thread; needs an application object.
-class TagService {
+class TagServer {
   public:
     using Tags = std::vector<std::pair<std::string, int>>;
 
@@ -39,11 +39,11 @@ class TagService {
         std::string keyFile;
     };
 
-    TagService() : TagService(Identity()) {}
-    explicit TagService(const Identity& identity);
-    ~TagService();
-    TagService(const TagService&) = delete;
-    TagService& operator=(const TagService&) = delete;
+    TagServer() : TagServer(Identity()) {}
+    explicit TagServer(const Identity& identity);
+    ~TagServer();
+    TagServer(const TagServer&) = delete;
+    TagServer& operator=(const TagServer&) = delete;
 
     /// "http://127.0.0.1:4711", or with https; empty when it cannot listen.
     std::string address() const;
