@@ -3,9 +3,9 @@
 #include "BenchSound.h"
 #include "CostWatch.h"
 #include "demo/ApplicationRun.h"
+#include "demo/MeasurementSession.h"
 #include "demo/PresetsFile.h"
 #include "demo/Progress.h"
-#include "demo/Stage.h"
 
 #include <nlohmann/json.hpp>
 
@@ -17,8 +17,8 @@
 namespace halvo::bench {
 
 using demo::ApplicationRun;
+using demo::MeasurementSession;
 using demo::progress;
-using demo::Stage;
 using nlohmann::ordered_json;
 using std::chrono_literals::operator""s;
 using Seconds = std::chrono::duration<double>;
@@ -33,13 +33,13 @@ constexpr Seconds kWindow{5};
 constexpr int kWindows = 3;
 
 /// Both programs together, and each of them: medians of some windows of time.
-Outcome measure(const Stage& stage, const ApplicationRun& application) {
+Outcome measure(const MeasurementSession& session, const ApplicationRun& application) {
     std::vector<Cost> together;
     std::vector<Cost> ofApplication;
     std::vector<Cost> ofDriver;
     for (int window = 0; window < kWindows; ++window) {
         const CostWatch applicationWatch(application.pid());
-        const CostWatch driverWatch(stage.driverPid());
+        const CostWatch driverWatch(session.driverPid());
         std::this_thread::sleep_for(kWindow);
         const auto applicationCost = applicationWatch.finish();
         const auto driverCost = driverWatch.finish();
@@ -55,17 +55,17 @@ Outcome measure(const Stage& stage, const ApplicationRun& application) {
     return result;
 }
 
-Outcome measurePlaying(Stage& stage, const ApplicationRun& application) {
-    const auto path = stage.prepare("bench.wav", stretch(kStretchSeconds));
+Outcome measurePlaying(MeasurementSession& session, const ApplicationRun& application) {
+    const auto path = session.prepare("bench.wav", stretch(kStretchSeconds));
     if (!path) return std::unexpected(path.error());
-    const auto player = stage.startPlayingIntoVirtualOutput(*path);
+    const auto player = session.startPlayingIntoVirtualOutput(*path);
     if (!player) return std::unexpected(player.error());
     std::this_thread::sleep_for(kUntilSteady);
-    auto result = measure(stage, application);
+    auto result = measure(session, application);
     if (!result) return result;
     if (!(*player)->isRunning()) return std::unexpected("The player ended too early.");
     (*player)->end();
-    (*result)["quantum"] = stage.session().options().quantum;
+    (*result)["quantum"] = session.privateSession().options().quantum;
     return result;
 }
 
@@ -74,21 +74,19 @@ Outcome measurePlaying(Stage& stage, const ApplicationRun& application) {
 Outcome measureSession() {
     auto programs = demo::Programs::find();
     if (!programs) return std::unexpected(programs.error());
-    const auto stage = Stage::open(std::move(*programs));
-    if (!stage) return std::unexpected(stage.error());
-    if (auto failure = demo::writePresetsFile((*stage)->dataHome(), kPreset, presetGains()))
+    const auto session = MeasurementSession::open(std::move(*programs));
+    if (!session) return std::unexpected(session.error());
+    if (auto failure = demo::writePresetsFile((*session)->dataHome(), kPreset, presetGains()))
         return std::unexpected(*failure);
-    const auto application = ApplicationRun::start(**stage);
+    const auto application = ApplicationRun::start(**session);
     if (!application) return std::unexpected(application.error());
-    if (auto ready = (*application)->waitUntilReady(); !ready)
-        return std::unexpected(ready.error());
 
     progress("Application and driver while nothing plays");
     std::this_thread::sleep_for(kUntilIdle);
-    auto idle = measure(**stage, **application);
+    auto idle = measure(**session, **application);
     if (!idle) return idle;
     progress("Application and driver while music plays");
-    auto playing = measurePlaying(**stage, **application);
+    auto playing = measurePlaying(**session, **application);
     if (!playing) return playing;
     if (auto quit = (*application)->quit(); !quit) return std::unexpected(quit.error());
     return ordered_json{{"idle", *idle}, {"playing", *playing}};

@@ -2,7 +2,7 @@
 #include "support/SessionPrograms.h"
 
 #include "base/NumberText.h"
-#include "demo/QuitRequest.h"
+#include "demo/ApplicationBus.h"
 
 #include <algorithm>
 #include <cmath>
@@ -57,7 +57,7 @@ bool ApplicationScene::isReady() {
 }
 
 std::optional<int> ApplicationScene::quit() {
-    const auto failure = demo::requestQuit(session_->directory() + "/run/bus");
+    const auto failure = demo::ApplicationBus(session_->directory() + "/run/bus").requestQuit();
     if (failure) throw std::runtime_error(*failure);
     return application_->wait(PrivateSession::kPatience);
 }

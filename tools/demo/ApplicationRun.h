@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Stage.h"
+#include "MeasurementSession.h"
 
 #include <chrono>
 #include <expected>
@@ -15,14 +15,12 @@ class ApplicationRun {
   public:
     using Clock = std::chrono::steady_clock;
 
-    /// Starts the application, with more (NAME=VALUE) in its environment; `waitUntilReady` tells
-    /// when sound can flow.
+    /// Starts the application, with more (NAME=VALUE) in its environment, and waits until it has
+    /// reported its start as done and clients play into the virtual output; else a sentence with
+    /// what the application said.
     static std::expected<std::unique_ptr<ApplicationRun>, std::string>
-    start(Stage& stage, const std::vector<std::string>& extra = {});
+    start(MeasurementSession& session, const std::vector<std::string>& extra = {});
 
-    /// Until the application has reported its start as done and clients play into the virtual
-    /// output; else a sentence with what the application said.
-    std::expected<void, std::string> waitUntilReady();
     /// Asks over the bus for a normal quit; checks that the program ended well and gave the default
     /// output back.
     std::expected<void, std::string> quit();
@@ -31,12 +29,13 @@ class ApplicationRun {
     Clock::time_point startTime() const { return startTime_; }
 
   private:
-    ApplicationRun(Stage& stage, std::unique_ptr<session::SpawnedProgram> program,
+    ApplicationRun(MeasurementSession& session, std::unique_ptr<session::SpawnedProgram> program,
                    Clock::time_point startTime)
-        : stage_(stage), program_(std::move(program)), startTime_(startTime) {}
+        : session_(session), program_(std::move(program)), startTime_(startTime) {}
+    std::expected<void, std::string> waitUntilReady();
     std::string complaint(const std::string& what) const;
 
-    Stage& stage_;
+    MeasurementSession& session_;
     std::unique_ptr<session::SpawnedProgram> program_;
     Clock::time_point startTime_;
 };

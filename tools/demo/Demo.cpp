@@ -1,13 +1,12 @@
 #include "Demo.h"
 
-#include "Alignment.h"
+#include "ApplicationBus.h"
 #include "ExpectedResponse.h"
 #include "GenreShow.h"
 #include "PresetsFile.h"
 #include "ProcessUsage.h"
 #include "Progress.h"
 #include "SoundFile.h"
-#include "StatusWatch.h"
 #include "TransferFunction.h"
 
 #include <algorithm>
@@ -15,7 +14,6 @@
 #include <chrono>
 #include <cmath>
 #include <filesystem>
-#include <tuple>
 #include <utility>
 
 namespace halvo::demo {
@@ -26,9 +24,8 @@ using Seconds = std::chrono::duration<double>;
 
 constexpr std::array<float, 10> kFlat{};
 constexpr float kTestGainDb = 12;
-constexpr std::array<int, 4> kFirstBands{0, 3, 6, 9};
-constexpr std::array<int, 3> kSecondBands{1, 4, 7};
-constexpr std::array<int, 3> kThirdBands{2, 5, 8};
+/// Bands at this distance are measured in one run; one hardly reaches into the next.
+constexpr std::size_t kBandStep = 3;
 
 /// The gain that was heard at one band, in the channel that is further from what is expected.
 BandMeasurement measure(const TransferFunction& transfer, const ExpectedResponse& expected,
@@ -70,39 +67,32 @@ Demo::Outcome Demo::prepare() {
     std::error_code error;
     std::filesystem::create_directories(folder_, error);
     if (error) return std::unexpected("cannot create " + folder_ + ": " + error.message());
-    if (const auto failure = writeSoundFile(folder_ + "/before.wav", track_.sound()))
+    if (const auto failure = writeSoundFile(folder_ + "/before.wav", track_.sound))
         return std::unexpected(*failure);
 
-    auto stage = Stage::open(std::move(*programs));
-    if (!stage) return std::unexpected(stage.error());
-    stage_ = std::move(*stage);
-    for (const auto& [name, sound, path] : {std::tuple("track.wav", track_.sound(), &trackFile_),
-                                            std::tuple("music.wav", track_.music(), &musicFile_),
-                                            std::tuple("sweep.wav", track_.sweep(), &sweepFile_)}) {
-        auto prepared = stage_->prepare(name, sound);
-        if (!prepared) return std::unexpected(prepared.error());
-        *path = *prepared;
-    }
+    auto session = MeasurementSession::open(std::move(*programs));
+    if (!session) return std::unexpected(session.error());
+    session_ = std::move(*session);
     progress("A private sound session with simulated speakers and the driver is up.");
     return {};
 }
 
 Demo::Outcome Demo::straightRun() {
-    const StereoSound excerpt = track_.music().stretch(0, kSampleRate / 2);
-    const auto path = stage_->prepare("excerpt.wav", excerpt);
-    if (!path) return std::unexpected(path.error());
-    const auto take = Take::record(*stage_, *path, excerpt, Stage::kSpeakers);
-    if (!take) return std::unexpected(take.error());
-    if (take->heard.samples != excerpt.samples)
+    const StereoSound excerpt = track_.music.stretch(0, kSampleRate / 2);
+    const auto measured = Measurement::make(*session_, excerpt, MeasurementSession::kSpeakers);
+    if (!measured) return std::unexpected(measured.error());
+    if (measured->heard.stretch(0, excerpt.frameCount()).samples != excerpt.samples)
         return std::unexpected("Without Halvo the speakers do not play what is sent to them.");
     progress("Without Halvo the speakers play exactly what is sent to them.");
     return {};
 }
 
 Demo::Outcome Demo::flatRun() {
-    auto speakers = stage_->record(Stage::kSpeakers);
+    auto speakers = session_->record(MeasurementSession::kSpeakers);
     if (!speakers) return std::unexpected(speakers.error());
-    auto client = stage_->startPlayingIntoVirtualOutput(trackFile_);
+    const auto file = session_->prepare("track.wav", track_.sound);
+    if (!file) return std::unexpected(file.error());
+    auto client = session_->startPlayingIntoVirtualOutput(*file);
     if (!client) return std::unexpected(client.error());
     auto application = startWithGains(kFlat);
     if (!application) return std::unexpected(application.error());
@@ -126,10 +116,8 @@ Demo::Outcome Demo::measureStart(ApplicationRun& application, session::Recorder&
     // Counted back from now: the recording may have paused while the server joined the nodes.
     const session::Recording recording = speakers.recording();
     const auto now = ApplicationRun::Clock::now();
-    StereoSound sound;
-    sound.samples = recording.samples;
-    const std::size_t first = firstSoundingFrame(sound).value_or(sound.frameCount());
-    const Seconds ago(static_cast<double>(sound.frameCount() - first) / kSampleRate);
+    const auto first = std::ranges::find_if(recording.samples, [](float x) { return x != 0; });
+    const Seconds ago(static_cast<double>(recording.samples.end() - first) / (2.0 * kSampleRate));
     report_.startToSoundMs = 1000 * (Seconds(now - application.startTime()) - ago).count();
     progress("Halvo starts: the first sound after %.0f ms.", report_.startToSoundMs);
     return {};
@@ -137,21 +125,20 @@ Demo::Outcome Demo::measureStart(ApplicationRun& application, session::Recorder&
 
 Demo::Outcome Demo::playFlat(ApplicationRun& application) {
     const auto halvoBefore = ProcessUsage::of(application.pid());
-    const auto driverBefore = ProcessUsage::of(stage_->driverPid());
+    const auto driverBefore = ProcessUsage::of(session_->driverPid());
     const auto begin = ApplicationRun::Clock::now();
-    const StereoSound music = track_.music();
-    const auto take = Take::record(*stage_, musicFile_, music, Stage::kVirtualOutput);
-    if (!take) return std::unexpected(take.error());
+    const auto measured = playIntoHalvo(track_.music);
+    if (!measured) return std::unexpected(measured.error());
     const Seconds duration = ApplicationRun::Clock::now() - begin;
     const auto halvoAfter = ProcessUsage::of(application.pid());
-    const auto driverAfter = ProcessUsage::of(stage_->driverPid());
+    const auto driverAfter = ProcessUsage::of(session_->driverPid());
     if (!halvoBefore || !halvoAfter) return std::unexpected("halvo ended while it played.");
     if (!driverBefore || !driverAfter) return std::unexpected("The driver ended while it played.");
 
-    report_.flatBitExact = take->heard.samples == music.samples;
-    report_.underruns += take->gaps;
-    report_.repeatedTakes += take->repetitions;
-    report_.addedLatencyFrames = take->delayFrames;
+    const auto& heard = measured->heard.samples;
+    const auto found = std::ranges::search(heard, track_.music.samples);
+    report_.flatBitExact = !found.empty();
+    if (report_.flatBitExact) report_.addedLatencyFrames = (found.begin() - heard.begin()) / 2;
     report_.halvo = {.cpuPercent = cpuPercent(*halvoBefore, *halvoAfter, duration),
                      .rssMiB = halvoAfter->residentMiB};
     report_.driver = {.cpuPercent = cpuPercent(*driverBefore, *driverAfter, duration),
@@ -160,71 +147,60 @@ Demo::Outcome Demo::playFlat(ApplicationRun& application) {
 }
 
 Demo::Outcome Demo::bandRuns() {
-    for (const std::span<const int> bands :
-         {std::span<const int>(kFirstBands), std::span<const int>(kSecondBands),
-          std::span<const int>(kThirdBands)})
+    for (std::size_t firstBand = 0; firstBand < kBandStep; ++firstBand)
         for (const float gainDb : {kTestGainDb, -kTestGainDb})
-            if (auto outcome = bandRun(bands, gainDb); !outcome) return outcome;
+            if (auto outcome = bandRun(firstBand, gainDb); !outcome) return outcome;
     std::ranges::sort(report_.bands, {}, [](const BandMeasurement& band) {
         return std::pair(band.frequencyHz, band.gainDb);
     });
     return {};
 }
 
-Demo::Outcome Demo::bandRun(std::span<const int> bands, float gainDb) {
+Demo::Outcome Demo::bandRun(std::size_t firstBand, float gainDb) {
     std::array<float, 10> gains{};
-    for (const int band : bands)
-        gains[static_cast<std::size_t>(band)] = gainDb;
+    for (std::size_t band = firstBand; band < gains.size(); band += kBandStep)
+        gains[band] = gainDb;
     auto application = startWithGains(gains);
     if (!application) return std::unexpected(application.error());
-    const StereoSound sweep = track_.sweep();
-    const auto take = Take::record(*stage_, sweepFile_, sweep, Stage::kVirtualOutput);
-    if (!take) return std::unexpected(take.error());
-    report_.underruns += take->gaps;
-    report_.repeatedTakes += take->repetitions;
+    const auto measured = playIntoHalvo(track_.sweep);
+    if (!measured) return std::unexpected(measured.error());
 
-    const TransferFunction transfer(sweep, take->heardWithMargins);
+    const TransferFunction transfer(track_.sweep, measured->heard);
     const ExpectedResponse expected(gains, kSampleRate);
     double worst = 0;
-    for (const int band : bands) {
-        report_.bands.push_back(
-            measure(transfer, expected, static_cast<std::size_t>(band), gainDb));
-        worst = std::max(
-            worst, std::abs(report_.bands.back().measuredDb - report_.bands.back().expectedDb));
+    std::size_t count = 0;
+    for (std::size_t band = firstBand; band < gains.size(); band += kBandStep, ++count) {
+        report_.bands.push_back(measure(transfer, expected, band, gainDb));
+        worst = std::max(worst, report_.bands.back().deviation());
     }
-    progress("%zu bands at %+.0f dB: heard within %.2f dB of the formula.", bands.size(),
+    progress("%zu bands at %+.0f dB: heard within %.2f dB of the formula.", count,
              static_cast<double>(gainDb), worst);
     return (*application)->quit();
 }
 
 Demo::Outcome Demo::firstPresetRun() {
-    if (const auto failure = removePresetsFile(stage_->dataHome()))
+    if (const auto failure = removePresetsFile(session_->dataHome()))
         return std::unexpected(*failure);
-    auto application = ApplicationRun::start(*stage_);
+    auto application = ApplicationRun::start(*session_);
     if (!application) return std::unexpected(application.error());
-    if (auto ready = (*application)->waitUntilReady(); !ready) return ready;
-    StatusWatch status(stage_->session().directory() + "/run/bus");
-    const auto take = Take::record(*stage_, trackFile_, track_.sound(), Stage::kVirtualOutput);
-    const auto seen = status.finish();
-    if (!take) return std::unexpected(take.error());
-    report_.activePreset = seen.activePreset;
-    report_.bandLevels = seen.highestLevels;
-    report_.underruns += take->gaps;
-    report_.repeatedTakes += take->repetitions;
-    if (const auto failure = writeSoundFile(folder_ + "/after.wav", take->heard))
+    const ApplicationBus bus(session_->busSocket());
+    const auto measured = playIntoHalvo(track_.sound, [&] {
+        report_.activePreset = bus.activePreset();
+        std::ranges::transform(report_.bandLevels, bus.bandLevels(), report_.bandLevels.begin(),
+                               std::ranges::max);
+    });
+    if (!measured) return std::unexpected(measured.error());
+    if (const auto failure = writeSoundFile(folder_ + "/after.wav", measured->heard))
         return std::unexpected(*failure);
-    if (auto outcome = judgeFirstPreset(*take); !outcome) return outcome;
+    if (auto outcome = judgeFirstPreset(*measured); !outcome) return outcome;
     return (*application)->quit();
 }
 
-Demo::Outcome Demo::judgeFirstPreset(const Take& take) {
-    const auto preset = readFirstPreset(stage_->dataHome());
+Demo::Outcome Demo::judgeFirstPreset(const Measurement& measured) {
+    const auto preset = readFirstPreset(session_->dataHome());
     if (!preset) return std::unexpected("halvo has not written its list of factory presets.");
-    const ExpectedResponse expected(preset->gainsDb, kSampleRate);
-    const StereoSound sweep = track_.sweep();
-    const StereoSound heard =
-        take.heard.stretch(static_cast<std::ptrdiff_t>(track_.sweepBegin()), sweep.frameCount());
-    const TransferFunction transfer(sweep, heard);
+    const ExpectedResponse expected(preset->bands, kSampleRate);
+    const TransferFunction transfer(track_.sound, measured.heard);
     for (std::size_t band = 0; band < kBandFrequencies.size(); ++band)
         report_.firstPresetDeviationDb = std::max(report_.firstPresetDeviationDb,
                                                   measure(transfer, expected, band, 0).deviation());
@@ -234,7 +210,7 @@ Demo::Outcome Demo::judgeFirstPreset(const Take& take) {
 }
 
 Demo::Outcome Demo::genreRun() {
-    auto tracks = showGenres(*stage_);
+    auto tracks = showGenres(*session_);
     if (!tracks) return std::unexpected(tracks.error());
     report_.tracks = std::move(*tracks);
     return {};
@@ -246,15 +222,22 @@ Demo::Outcome Demo::writeReport() {
     return {};
 }
 
+std::expected<Measurement, std::string>
+Demo::playIntoHalvo(const StereoSound& sound, const std::function<void()>& whilePlaying) {
+    auto result =
+        Measurement::make(*session_, sound, MeasurementSession::kVirtualOutput, whilePlaying);
+    if (result) {
+        report_.underruns += countInterruptions(sound, result->heard);
+        report_.repeatedMeasurements += result->repetitions;
+    }
+    return result;
+}
+
 std::expected<std::unique_ptr<ApplicationRun>, std::string>
 Demo::startWithGains(std::span<const float> gainsDb) {
-    if (const auto failure = writePresetsFile(stage_->dataHome(), "Demo", gainsDb))
+    if (const auto failure = writePresetsFile(session_->dataHome(), "Demo", gainsDb))
         return std::unexpected(*failure);
-    auto application = ApplicationRun::start(*stage_);
-    if (!application) return std::unexpected(application.error());
-    if (auto ready = (*application)->waitUntilReady(); !ready)
-        return std::unexpected(ready.error());
-    return application;
+    return ApplicationRun::start(*session_);
 }
 
 } // namespace halvo::demo

@@ -2,10 +2,11 @@
 
 #include "ApplicationRun.h"
 #include "DemoTrack.h"
+#include "Measurement.h"
 #include "Report.h"
-#include "Take.h"
 
 #include <expected>
+#include <functional>
 #include <span>
 #include <string>
 
@@ -30,22 +31,22 @@ class Demo {
     Outcome measureStart(ApplicationRun& application, session::Recorder& speakers);
     Outcome playFlat(ApplicationRun& application);
     Outcome bandRuns();
-    Outcome bandRun(std::span<const int> bands, float gainDb);
+    Outcome bandRun(std::size_t firstBand, float gainDb);
     Outcome firstPresetRun();
-    Outcome judgeFirstPreset(const Take& take);
+    Outcome judgeFirstPreset(const Measurement& measured);
     Outcome genreRun();
     Outcome writeReport();
 
+    /// Plays into the virtual output; interruptions and repetitions go into the report.
+    std::expected<Measurement, std::string>
+    playIntoHalvo(const StereoSound& sound, const std::function<void()>& whilePlaying = [] {});
     /// Starts the application on a preset with these gains; ready when sound can flow.
     std::expected<std::unique_ptr<ApplicationRun>, std::string>
     startWithGains(std::span<const float> gainsDb);
 
     std::string folder_;
     DemoTrack track_;
-    std::string trackFile_;
-    std::string musicFile_;
-    std::string sweepFile_;
-    std::unique_ptr<Stage> stage_;
+    std::unique_ptr<MeasurementSession> session_;
     Report report_;
 };
 

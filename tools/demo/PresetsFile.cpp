@@ -2,10 +2,11 @@
 
 #include "SoundFile.h"
 
-#include <nlohmann/json.hpp>
+#include "presets/PresetCoding.h"
 
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 
 namespace halvo::demo {
 namespace {
@@ -22,13 +23,8 @@ std::optional<std::string> writePresetsFile(const std::string& dataHome, const s
     std::error_code error;
     std::filesystem::create_directories(path.parent_path(), error);
     if (error) return "cannot create " + path.parent_path().string() + ": " + error.message();
-    const nlohmann::ordered_json preset{
-        {"id", "7C0F8A52-3B1E-4D6A-9E2B-5A1D0C9F4E11"},
-        {"name", name},
-        {"preamp", 0.0F},
-        {"bands", std::vector<float>(gainsDb.begin(), gainsDb.end())},
-        {"isFactory", false}};
-    return writeTextFile(path.string(), nlohmann::ordered_json::array({preset}).dump());
+    const auto text = encodePresets({{.name = name, .bands = {gainsDb.begin(), gainsDb.end()}}});
+    return text ? writeTextFile(path.string(), *text) : "the gains are no numbers";
 }
 
 std::optional<std::string> removePresetsFile(const std::string& dataHome) {
@@ -38,15 +34,11 @@ std::optional<std::string> removePresetsFile(const std::string& dataHome) {
     return std::nullopt;
 }
 
-std::optional<StoredPreset> readFirstPreset(const std::string& dataHome) {
+std::optional<EQPreset> readFirstPreset(const std::string& dataHome) {
     std::ifstream file(presetsPath(dataHome));
-    try {
-        const nlohmann::json preset = nlohmann::json::parse(file).at(0);
-        return StoredPreset{.name = preset.at("name").get<std::string>(),
-                            .gainsDb = preset.at("bands").get<std::vector<float>>()};
-    } catch (const nlohmann::json::exception&) {
-        return std::nullopt;
-    }
+    const auto presets = decodePresets({std::istreambuf_iterator<char>(file), {}});
+    if (!presets || presets->empty()) return std::nullopt;
+    return presets->front();
 }
 
 } // namespace halvo::demo

@@ -1,9 +1,10 @@
 #pragma once
 
+#include "base/EQPreset.h"
+
 #include <optional>
 #include <span>
 #include <string>
-#include <vector>
 
 namespace halvo::demo {
 
@@ -15,13 +16,7 @@ std::optional<std::string> writePresetsFile(const std::string& dataHome, const s
 /// Removes the list: the application then starts as if newly installed.
 std::optional<std::string> removePresetsFile(const std::string& dataHome);
 
-/// A preset as the application keeps it.
-struct StoredPreset {
-    std::string name;
-    std::vector<float> gainsDb;
-};
-
 /// The first preset of the application's list; nothing when there is none that can be read.
-std::optional<StoredPreset> readFirstPreset(const std::string& dataHome);
+std::optional<EQPreset> readFirstPreset(const std::string& dataHome);
 
 } // namespace halvo::demo

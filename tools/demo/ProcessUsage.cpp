@@ -1,36 +1,26 @@
 #include "ProcessUsage.h"
 
 #include <fstream>
+#include <iterator>
 #include <sstream>
 #include <string>
+#include <vector>
 
 #include <unistd.h>
 
 namespace halvo::demo {
 
 std::optional<ProcessUsage> ProcessUsage::of(int pid) {
-    const std::string folder = "/proc/" + std::to_string(pid);
+    std::ifstream file("/proc/" + std::to_string(pid) + "/stat");
     std::string line;
-    std::ifstream statFile(folder + "/stat");
-    if (!std::getline(statFile, line)) return std::nullopt;
-    // The name in parentheses may hold blanks; behind it the state is field 3, utime 14, stime 15.
-    std::istringstream fields(line.substr(line.rfind(')') + 1));
-    std::string skipped;
-    for (int field = 3; field < 14; ++field)
-        fields >> skipped;
-    double userTicks = 0;
-    double systemTicks = 0;
-    fields >> userTicks >> systemTicks;
-
-    std::ifstream memoryFile(folder + "/statm");
-    double totalPages = 0;
-    double residentPages = 0;
-    memoryFile >> totalPages >> residentPages;
-    if (!fields || !memoryFile) return std::nullopt;
+    if (!std::getline(file, line)) return std::nullopt;
+    // The name in parentheses may hold blanks; behind it the state is field 3.
+    std::istringstream text(line.substr(line.rfind(')') + 1));
+    const std::vector<std::string> fields{std::istream_iterator<std::string>(text), {}};
+    const auto field = [&](std::size_t number) { return std::stod(fields.at(number - 3)); };
     return ProcessUsage{
-        .cpuSeconds = (userTicks + systemTicks) / static_cast<double>(::sysconf(_SC_CLK_TCK)),
-        .residentMiB =
-            residentPages * static_cast<double>(::sysconf(_SC_PAGESIZE)) / (1024.0 * 1024.0)};
+        .cpuSeconds = (field(14) + field(15)) / static_cast<double>(::sysconf(_SC_CLK_TCK)),
+        .residentMiB = field(24) * static_cast<double>(::sysconf(_SC_PAGESIZE)) / (1024.0 * 1024)};
 }
 
 } // namespace halvo::demo

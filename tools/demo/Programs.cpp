@@ -1,24 +1,11 @@
 #include "Programs.h"
 
-#include <cstdlib>
 #include <filesystem>
-#include <sstream>
-#include <vector>
-
-#include <unistd.h>
 
 namespace halvo::demo {
 namespace {
 
 namespace fs = std::filesystem;
-
-bool isInPath(const std::string& program) {
-    const char* path = std::getenv("PATH");
-    std::istringstream folders(path != nullptr ? path : "");
-    for (std::string folder; std::getline(folders, folder, ':');)
-        if (::access((folder + "/" + program).c_str(), X_OK) == 0) return true;
-    return false;
-}
 
 /// The folder of the build that this program belongs to, however deep it lies in there.
 fs::path buildFolder() {
@@ -30,24 +17,9 @@ fs::path buildFolder() {
     return folder;
 }
 
-/// What the session and the playing need from the system, and the Debian package that has it.
-struct SystemProgram {
-    const char* name;
-    const char* package;
-};
-constexpr SystemProgram kSystemPrograms[] = {{"pipewire", "pipewire"},
-                                             {"wireplumber", "wireplumber"},
-                                             {"pw-play", "pipewire-bin"},
-                                             {"dbus-daemon", "dbus-daemon"}};
-
 } // namespace
 
 std::expected<Programs, std::string> Programs::find() {
-    for (const SystemProgram& program : kSystemPrograms)
-        if (!isInPath(program.name))
-            return std::unexpected(std::string(program.name) +
-                                   " is missing. Please install it: apt-get install " +
-                                   program.package);
     std::error_code error;
     const fs::path build = buildFolder();
     const fs::path bundle = build / "driver" / "HalvoAudioDevice.driver";

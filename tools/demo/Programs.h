@@ -12,7 +12,7 @@ struct Programs {
     std::string driverBundle; ///< the folder that the application takes for the installed driver
 
     /// The ones of the same build as this program; else a sentence that says what is missing and
-    /// how to get it. Checks the system's own programs too.
+    /// how to get it.
     static std::expected<Programs, std::string> find();
 };
 

@@ -15,22 +15,12 @@ namespace {
 
 constexpr std::size_t kBandCount = 20;
 constexpr std::size_t kTrackCount = 3;
-constexpr std::size_t kMostRepeatedTakes = 3;
+constexpr std::size_t kMostRepetitions = 3;
 constexpr double kMostPresetDeviationDb = 0.4;
 constexpr std::int64_t kMostLatencyFrames = 4096;
 constexpr double kMostStartMs = 3000;
 constexpr Cost kMostOfHalvo{.cpuPercent = 50, .rssMiB = 256};
 constexpr Cost kMostOfDriver{.cpuPercent = 25, .rssMiB = 64};
-
-void judgeCost(std::vector<std::string>& failures, const char* program, const Cost& cost,
-               const Cost& most) {
-    if (!(cost.cpuPercent >= 0 && cost.cpuPercent <= most.cpuPercent))
-        failures.push_back(formattedText("%s took %.1f %% of a processor, more than %.0f %%.",
-                                         program, cost.cpuPercent, most.cpuPercent));
-    if (!(cost.rssMiB > 0 && cost.rssMiB <= most.rssMiB))
-        failures.push_back(formattedText("%s held %.1f MiB of memory, not between 0 and %.0f MiB.",
-                                         program, cost.rssMiB, most.rssMiB));
-}
 
 nlohmann::ordered_json bandJson(const BandMeasurement& band) {
     return {{"frequencyHz", band.frequencyHz},
@@ -58,46 +48,48 @@ double BandMeasurement::deviation() const {
 
 std::vector<std::string> Report::failures() const {
     std::vector<std::string> sentences;
-    if (bands.size() != kBandCount)
-        sentences.push_back(
-            formattedText("%zu of %zu bands were measured.", bands.size(), kBandCount));
+    const auto demand = [&](bool holds, std::string otherwise) {
+        if (!holds) sentences.push_back(std::move(otherwise));
+    };
+    const auto demandCost = [&](const char* program, const Cost& cost, const Cost& most) {
+        demand(cost.cpuPercent >= 0 && cost.cpuPercent <= most.cpuPercent,
+               formattedText("%s took %.1f %% of a processor, more than %.0f %%.", program,
+                             cost.cpuPercent, most.cpuPercent));
+        demand(cost.rssMiB > 0 && cost.rssMiB <= most.rssMiB,
+               formattedText("%s held %.1f MiB of memory, not between 0 and %.0f MiB.", program,
+                             cost.rssMiB, most.rssMiB));
+    };
+    demand(bands.size() == kBandCount,
+           formattedText("%zu of %zu bands were measured.", bands.size(), kBandCount));
     for (const BandMeasurement& band : bands)
-        if (!band.holds())
-            sentences.push_back(
-                formattedText("%d Hz at %+.0f dB was heard at %.2f dB; %.2f dB are expected.",
-                              band.frequencyHz, band.gainDb, band.measuredDb, band.expectedDb));
-    if (!(firstPresetDeviationDb <= kMostPresetDeviationDb))
-        sentences.push_back(formattedText("The first factory preset was heard %.2f dB off.",
-                                          firstPresetDeviationDb));
-    if (!flatBitExact)
-        sentences.push_back("With a flat preset the sound was not the same bit for bit.");
-    if (underruns > 0)
-        sentences.push_back(formattedText("The sound was interrupted %zu times.", underruns));
-    if (repeatedTakes > kMostRepeatedTakes)
-        sentences.push_back(
-            formattedText("The sound server missed cycles in %zu takes.", repeatedTakes));
-    if (addedLatencyFrames < 0 || addedLatencyFrames > kMostLatencyFrames)
-        sentences.push_back(
-            formattedText("Halvo adds %lld frames of delay, not between 0 and %lld.",
-                          static_cast<long long>(addedLatencyFrames),
-                          static_cast<long long>(kMostLatencyFrames)));
-    if (!(startToSoundMs > 0 && startToSoundMs <= kMostStartMs))
-        sentences.push_back(
-            formattedText("The first sound came %.0f ms after the start, not within %.0f ms.",
-                          startToSoundMs, kMostStartMs));
-    if (activePreset.empty()) sentences.push_back("Halvo did not tell its active preset.");
-    if (!std::ranges::all_of(bandLevels, [](double level) { return level > 0 && level <= 1; }))
-        sentences.push_back("Not every band level rose during the demo track.");
-    if (tracks.size() != kTrackCount)
-        sentences.push_back(
-            formattedText("%zu of %zu tracks were announced.", tracks.size(), kTrackCount));
+        demand(band.holds(),
+               formattedText("%d Hz at %+.0f dB was heard at %.2f dB; %.2f dB are expected.",
+                             band.frequencyHz, band.gainDb, band.measuredDb, band.expectedDb));
+    demand(
+        firstPresetDeviationDb <= kMostPresetDeviationDb,
+        formattedText("The first factory preset was heard %.2f dB off.", firstPresetDeviationDb));
+    demand(flatBitExact, "With a flat preset the sound was not the same bit for bit.");
+    demand(underruns == 0, formattedText("The sound was interrupted %zu times.", underruns));
+    demand(repeatedMeasurements <= kMostRepetitions,
+           formattedText("The sound server missed cycles in %zu takes.", repeatedMeasurements));
+    demand(addedLatencyFrames >= 0 && addedLatencyFrames <= kMostLatencyFrames,
+           formattedText("Halvo adds %lld frames of delay, not between 0 and %lld.",
+                         static_cast<long long>(addedLatencyFrames),
+                         static_cast<long long>(kMostLatencyFrames)));
+    demand(startToSoundMs > 0 && startToSoundMs <= kMostStartMs,
+           formattedText("The first sound came %.0f ms after the start, not within %.0f ms.",
+                         startToSoundMs, kMostStartMs));
+    demand(!activePreset.empty(), "Halvo did not tell its active preset.");
+    demand(std::ranges::all_of(bandLevels, [](double level) { return level > 0 && level <= 1; }),
+           "Not every band level rose during the demo track.");
+    demand(tracks.size() == kTrackCount,
+           formattedText("%zu of %zu tracks were announced.", tracks.size(), kTrackCount));
     for (const AnnouncedTrack& track : tracks)
-        if (track.preset != track.wanted || track.tags.empty())
-            sentences.push_back(formattedText("\"%s\" sounds as \"%s\" does, not as \"%s\".",
-                                              track.title.c_str(), track.preset.c_str(),
-                                              track.wanted.c_str()));
-    judgeCost(sentences, "halvo", halvo, kMostOfHalvo);
-    judgeCost(sentences, "The driver", driver, kMostOfDriver);
+        demand(track.preset == track.wanted && !track.tags.empty(),
+               formattedText("\"%s\" sounds as \"%s\" does, not as \"%s\".", track.title.c_str(),
+                             track.preset.c_str(), track.wanted.c_str()));
+    demandCost("halvo", halvo, kMostOfHalvo);
+    demandCost("The driver", driver, kMostOfDriver);
     return sentences;
 }
 
@@ -108,7 +100,7 @@ std::string Report::json() const {
         root["bands"].push_back(bandJson(band));
     root["flatBitExact"] = flatBitExact;
     root["underruns"] = underruns;
-    root["repeatedTakes"] = repeatedTakes;
+    root["repeatedTakes"] = repeatedMeasurements;
     root["addedLatencyFrames"] = addedLatencyFrames;
     root["startToSoundMs"] = startToSoundMs;
     root["activePreset"] = activePreset;
@@ -135,7 +127,7 @@ std::string Report::table() const {
         formattedText("  First factory preset       within %.2f dB\n", firstPresetDeviationDb);
     result += formattedText("  Flat preset, bit for bit   %s\n", flatBitExact ? "yes" : "NO");
     result += formattedText("  Interruptions              %zu\n", underruns);
-    result += formattedText("  Takes repeated             %zu\n", repeatedTakes);
+    result += formattedText("  Takes repeated             %zu\n", repeatedMeasurements);
     result += formattedText("  Added delay                %lld frames (%.1f ms)\n",
                             static_cast<long long>(addedLatencyFrames),
                             static_cast<double>(addedLatencyFrames) / 48.0);

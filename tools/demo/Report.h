@@ -46,8 +46,8 @@ struct Report {
     bool flatBitExact = false;
     std::size_t underruns = 0;
     /// How often something had to be played again because the server missed a cycle.
-    std::size_t repeatedTakes = 0;
-    std::int64_t addedLatencyFrames = 0;
+    std::size_t repeatedMeasurements = 0;
+    std::int64_t addedLatencyFrames = -1; ///< -1: not known
     double startToSoundMs = 0;
     /// The preset that the application said was active during the demo track, and how high each of
     /// its ten band levels (0 to 1) rose.

@@ -26,4 +26,9 @@ struct StereoSound {
     StereoSound stretch(std::ptrdiff_t first, std::size_t length) const;
 };
 
+/// How often `heard` is interrupted, which begins not later than a filter's answer to `played`
+/// does: falls silent for 32 frames or longer between its first and its last sound, or lacks a part
+/// of the beginning or the end. `played` itself has no silence in between.
+std::size_t countInterruptions(const StereoSound& played, const StereoSound& heard);
+
 } // namespace halvo::demo

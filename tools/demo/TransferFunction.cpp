@@ -9,13 +9,13 @@ namespace {
 
 /// One term of the discrete Fourier transform: the sum of x(n) e^(-jωn).
 std::complex<double> fourierSum(const StereoSound& sound, double frequencyHz, std::size_t channel) {
-    const std::complex<double> turn =
+    const std::complex<double> step =
         std::polar(1.0, -2 * std::numbers::pi * frequencyHz / kSampleRate);
     std::complex<double> sum = 0;
     std::complex<double> phase = 1;
     for (std::size_t frame = 0; frame < sound.frameCount(); ++frame) {
         sum += static_cast<double>(sound.at(frame, channel)) * phase;
-        phase *= turn;
+        phase *= step;
     }
     return sum;
 }

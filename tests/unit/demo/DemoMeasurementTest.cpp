@@ -1,4 +1,3 @@
-#include "demo/Alignment.h"
 #include "demo/ExpectedResponse.h"
 #include "demo/TransferFunction.h"
 #include "unit/demo/Filtered.h"
@@ -53,17 +52,6 @@ TEST(TransferFunctionTest, MeasuresAKnownFilterWhateverTheDelay) {
     }
 }
 
-TEST(TransferFunctionTest, FindsTheFormulaOfTheCascade) {
-    // A filter that rings, measured over a sweep, answers to the formula of its response.
-    const std::vector<float> gains{12, 0, 0, 12, 0, -12, 0, 0, 6, -6};
-    const ExpectedResponse response(gains, kSampleRate);
-    const StereoSound played = testSweep().stretch(0, 60000);
-    const TransferFunction transfer(played, filtered(response, played));
-    for (double frequency : kBandFrequencies)
-        EXPECT_NEAR(transfer.decibelsAt(frequency, 1), response.decibelsAt(frequency), 0.002)
-            << frequency;
-}
-
 TEST(TransferFunctionTest, TellsTheChannelsApart) {
     const StereoSound played = testSweep();
     StereoSound recorded = played;
@@ -96,73 +84,24 @@ TEST(ExpectedResponseTest, AddsUpNeighboursAndMirrorsTheSign) {
     EXPECT_EQ(ExpectedResponse({}, 48000).decibelsAt(1000), 0.0);
 }
 
-TEST(AlignmentTest, FindsThePlaceOfARecording) {
+TEST(InterruptionsTest, AreSilenceWhereSomethingWasPlayed) {
     const StereoSound played = testSweep();
-    struct Case {
-        std::string name;
-        std::ptrdiff_t begin; ///< where the recording starts within what was played
-        std::size_t length;
-        std::ptrdiff_t offset;
-    };
-    const std::vector<Case> cases{
-        {"later than played", -30000, 90000, 30000},
-        {"at once", 0, 48000, 0},
-        {"the recording began late, within the silence", 1500, 46500, -1500},
-    };
-    for (const Case& item : cases) {
-        const auto found = Alignment::find(played, played.stretch(item.begin, item.length));
-        ASSERT_TRUE(found) << item.name;
-        EXPECT_EQ(found->offset, item.offset) << item.name;
-        EXPECT_NEAR(found->similarity, 1.0, 1e-6) << item.name;
-    }
-}
-
-TEST(AlignmentTest, SurvivesALeadingCrackleAndALevel) {
-    const StereoSound played = testSweep();
-    StereoSound recorded = played.stretch(-5000, 60000);
-    for (float& sample : recorded.samples)
-        sample *= 0.3F;
-    recorded.samples[2 * (5000 + 2000 - 900)] = 0.01F;
-    const auto found = Alignment::find(played, recorded);
-    ASSERT_TRUE(found);
-    EXPECT_EQ(found->offset, 5000);
-}
-
-TEST(AlignmentTest, IsNotMisledByAFiltersPhase) {
-    std::vector<float> gains(10, 0.0F);
-    gains[0] = 12;
-    const StereoSound played = testSweep();
-    const StereoSound recorded = filtered(ExpectedResponse(gains, kSampleRate), played);
-    const auto found = Alignment::find(played, recorded);
-    ASSERT_TRUE(found);
-    EXPECT_EQ(found->offset, 0);
-    EXPECT_EQ(countGaps(played, recorded), 0U);
-}
-
-TEST(AlignmentTest, RefusesSilence) {
-    EXPECT_FALSE(Alignment::find(testSweep(), StereoSound(48000)));
-    EXPECT_FALSE(Alignment::find(StereoSound(48000), testSweep()));
-}
-
-TEST(AlignmentTest, RefusesAnotherSound) {
-    StereoSound whistle(48000);
-    for (std::size_t index = 0; index < whistle.samples.size(); ++index)
-        whistle.samples[index] = static_cast<float>(std::sin(0.7 * static_cast<double>(index / 2)));
-    EXPECT_FALSE(Alignment::find(testSweep(), whistle));
-}
-
-TEST(AlignmentTest, CountsGapsWhereSomethingWasPlayed) {
-    const StereoSound played = testSweep();
-    EXPECT_EQ(countGaps(played, played), 0U);
-    const auto withHole = [&](std::size_t first, std::size_t length) {
-        StereoSound sound = played;
+    const auto withHole = [](StereoSound sound, std::size_t first, std::size_t length) {
         for (std::size_t index = 2 * first; index < 2 * (first + length); ++index)
             sound.samples[index] = 0;
         return sound;
     };
-    EXPECT_EQ(countGaps(played, withHole(20000, 1024)), 1U);
-    EXPECT_EQ(countGaps(played, withHole(20000, 3)), 0U) << "a zero crossing is no gap";
-    EXPECT_EQ(countGaps(played, withHole(500, 1024)), 0U) << "nothing was played there";
+    const StereoSound late = played.stretch(-1000, 60000);
+    EXPECT_EQ(countInterruptions(played, late), 0U);
+    EXPECT_EQ(countInterruptions(played, withHole(late, 20000, 1024)), 1U);
+    EXPECT_EQ(countInterruptions(played, withHole(late, 20000, 3)), 0U) << "a zero crossing";
+    EXPECT_EQ(countInterruptions(played, withHole(late, 500, 1024)), 0U) << "nothing was played";
+    EXPECT_EQ(countInterruptions(played, withHole(late, 3000, 1024)), 1U) << "the beginning";
+    EXPECT_EQ(countInterruptions(played, withHole(late, 40000, 1024)), 1U) << "the end";
+    EXPECT_EQ(countInterruptions(played, StereoSound(48000)), 1U) << "all of it";
+    std::vector<float> gains(10, 12.0F);
+    EXPECT_EQ(countInterruptions(played, filtered(ExpectedResponse(gains, kSampleRate), played)),
+              0U);
 }
 
 } // namespace

@@ -1,14 +1,10 @@
-#include "demo/ClockedSound.h"
 #include "demo/PresetsFile.h"
 #include "demo/Report.h"
-#include "presets/PresetCoding.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-#include <array>
 #include <filesystem>
-#include <fstream>
 #include <functional>
 #include <limits>
 #include <sstream>
@@ -37,7 +33,9 @@ Report goodReport() {
 }
 
 TEST(ReportTest, NamesEachNumberThatDoesNotHold) {
-    EXPECT_TRUE(goodReport().failures().empty());
+    Report good = goodReport();
+    good.bands[0].measuredDb = good.bands[0].expectedDb - 0.35; // more tolerance at 32 Hz
+    EXPECT_TRUE(good.failures().empty());
     struct Case {
         std::string name;
         std::function<void(Report&)> damage;
@@ -53,7 +51,7 @@ TEST(ReportTest, NamesEachNumberThatDoesNotHold) {
         {"factory preset", [](Report& r) { r.firstPresetDeviationDb = 0.5; }, "factory preset"},
         {"not exact", [](Report& r) { r.flatBitExact = false; }, "bit for bit"},
         {"one underrun", [](Report& r) { r.underruns = 1; }, "interrupted 1 times"},
-        {"missed cycles", [](Report& r) { r.repeatedTakes = 4; }, "in 4 takes"},
+        {"missed cycles", [](Report& r) { r.repeatedMeasurements = 4; }, "in 4 takes"},
         {"late", [](Report& r) { r.addedLatencyFrames = 20000; }, "20000 frames"},
         {"early", [](Report& r) { r.addedLatencyFrames = -1; }, "-1 frames"},
         {"slow start", [](Report& r) { r.startToSoundMs = 9000; }, "9000 ms"},
@@ -74,12 +72,6 @@ TEST(ReportTest, NamesEachNumberThatDoesNotHold) {
         EXPECT_NE(failures[0].find(item.word), std::string::npos)
             << item.name << ": " << failures[0];
     }
-}
-
-TEST(ReportTest, ToleratesMoreAtTheLowestBand) {
-    Report report = goodReport();
-    report.bands[0].measuredDb = report.bands[0].expectedDb - 0.35;
-    EXPECT_TRUE(report.failures().empty());
 }
 
 TEST(ReportTest, WritesEveryNumber) {
@@ -106,51 +98,21 @@ TEST(ReportTest, TableFitsTheTerminal) {
     EXPECT_EQ(lines, 24U);
 }
 
-TEST(ClockedSoundTest, LostFramesAreSilence) {
-    session::Recording recording;
-    recording.samples = {1, 2, 3, 4, 5, 6, 7, 8};
-    recording.blocks = {{.position = 1000, .firstFrame = 0, .frames = 2},
-                        {.position = 1005, .firstFrame = 2, .frames = 1},
-                        {.position = 99, .firstFrame = 3, .frames = 1}};
-    const ClockedSound clocked = ClockedSound::from(recording);
-    EXPECT_EQ(clocked.begin, 1000);
-    EXPECT_EQ(clocked.sound.samples, (std::vector<float>{1, 2, 3, 4, 0, 0, 0, 0, 0, 0, 5, 6, 7, 8}))
-        << "three frames lost; a clock that jumps back loses none";
-    EXPECT_EQ(ClockedSound::from({}).sound.frameCount(), 0U);
-}
-
-/// A folder that goes with the test.
-class PresetsFileTest : public testing::Test {
-  protected:
-    void SetUp() override {
-        std::string pattern = (std::filesystem::temp_directory_path() / "halvo-XXXXXX").string();
-        ASSERT_NE(::mkdtemp(pattern.data()), nullptr);
-        folder_ = pattern;
-    }
-    void TearDown() override { std::filesystem::remove_all(folder_); }
-
-    std::filesystem::path folder_;
-};
-
-TEST_F(PresetsFileTest, IsWhatTheApplicationReads) {
-    std::array<float, 10> gains{};
-    gains[3] = -12;
-    ASSERT_EQ(writePresetsFile(folder_.string(), "Demo", gains), std::nullopt);
-    std::ifstream file(folder_ / "Halvo" / "presets.json");
-    const std::string json{std::istreambuf_iterator<char>(file), {}};
-    const auto presets = decodePresets(json);
-    ASSERT_TRUE(presets);
-    ASSERT_EQ(presets->size(), 1U);
-    EXPECT_EQ(presets->front().bands, std::vector<float>(gains.begin(), gains.end()));
-    EXPECT_EQ(presets->front().preamp, 0.0F);
-
-    const auto first = readFirstPreset(folder_.string());
+TEST(PresetsFileTest, IsWhatTheApplicationStartsOn) {
+    std::string folder = testing::TempDir() + "halvo-XXXXXX";
+    ASSERT_NE(::mkdtemp(folder.data()), nullptr);
+    const std::vector<float> gains{0, 0, 0, -12, 0, 0, 0, 0, 0, 0.5F};
+    EXPECT_EQ(removePresetsFile(folder), std::nullopt) << "nothing there is no failure";
+    ASSERT_EQ(writePresetsFile(folder, "Demo", gains), std::nullopt);
+    EXPECT_TRUE(std::filesystem::exists(folder + "/Halvo/presets.json"));
+    const auto first = readFirstPreset(folder);
     ASSERT_TRUE(first);
     EXPECT_EQ(first->name, "Demo");
-    EXPECT_EQ(first->gainsDb, presets->front().bands);
-    EXPECT_EQ(removePresetsFile(folder_.string()), std::nullopt);
-    EXPECT_FALSE(readFirstPreset(folder_.string()));
-    EXPECT_EQ(removePresetsFile(folder_.string()), std::nullopt) << "nothing there is no failure";
+    EXPECT_EQ(first->bands, gains);
+    EXPECT_EQ(first->preamp, 0.0F);
+    EXPECT_EQ(removePresetsFile(folder), std::nullopt);
+    EXPECT_FALSE(readFirstPreset(folder));
+    std::filesystem::remove_all(folder);
 }
 
 } // namespace
