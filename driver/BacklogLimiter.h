@@ -7,8 +7,8 @@
 
 namespace halvo::driver {
 
-/// Decides which blocks the ring takes, so that sound never waits in it for longer than a reader
-/// needs. A reader never catches up by itself: what piled up while it was away would delay
+/// Decides which blocks the ring takes, so that its backlog never grows beyond what the reader
+/// needs. A reader does not skip frames: a backlog from the time when it was away would delay
 /// everything that follows. Audio thread.
 class BacklogLimiter {
   public:
@@ -17,14 +17,14 @@ class BacklogLimiter {
         std::uint64_t write = 0;
         std::uint64_t read = 0;
     };
-    /// When the reader reads: after the writer in each cycle, or at any time.
-    enum class Turn { afterWriter, anyTime };
+    /// Where in a cycle the reader reads: always after the writer, or nobody knows.
+    enum class ReadOrder { afterWriter, unknown };
 
-    /// Whether the ring takes this block of interleaved stereo. Not taken are silent blocks while
-    /// more waits than has to, which nobody hears, and blocks for a reader that has stayed away for
-    /// two of them. A ring that nobody has read yet takes everything.
+    /// Whether the ring takes this block of interleaved stereo. It drops silent blocks while more
+    /// than necessary waits, which nobody hears, and all blocks once the reader has missed two. A
+    /// ring that nobody has read yet takes everything.
     bool takes(const float* samples, std::size_t frames, const Indices& indices,
-               Turn turn) noexcept HALVO_REALTIME;
+               ReadOrder order) noexcept HALVO_REALTIME;
 
   private:
     bool begun_ = false;

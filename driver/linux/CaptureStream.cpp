@@ -20,9 +20,9 @@ constexpr std::size_t kFrameSize = RingWriter::kChannels * sizeof(float);
 
 } // namespace
 
-CaptureStream::CaptureStream(pw_core* core, RingWriter& ring, const CycleOrderLink& turn,
+CaptureStream::CaptureStream(pw_core* core, RingWriter& ring, const CycleOrderLink& cycleOrder,
                              std::uint32_t rate, Changed changed)
-    : ring_(ring), turn_(turn), rate_(rate), changed_(std::move(changed)) {
+    : ring_(ring), cycleOrder_(cycleOrder), rate_(rate), changed_(std::move(changed)) {
     static const pw_stream_events events = [] {
         pw_stream_events result{};
         result.version = PW_VERSION_STREAM_EVENTS;
@@ -46,7 +46,7 @@ CaptureStream::CaptureStream(pw_core* core, RingWriter& ring, const CycleOrderLi
 
 CaptureStream::~CaptureStream() {
     if (stream_ == nullptr) return;
-    // First: the stream's own end is not an end that needs an answer.
+    // First: the destruction itself is not to be reported as a failure.
     spa_hook_remove(&listener_);
     pw_stream_destroy(stream_);
 }
@@ -81,7 +81,7 @@ void CaptureStream::onStateChanged(void* data, pw_stream_state, pw_stream_state 
 
 void CaptureStream::onControl(void* data, std::uint32_t id, const pw_stream_control* control) {
     auto* self = static_cast<CaptureStream*>(data);
-    // The ring carries what was played; a level that somebody gives this stream is put back.
+    // The ring carries what was played: a volume or mute set on this stream is undone.
     if (id == SPA_PROP_mute && control->n_values > 0 && control->values[0] != 0.0F) {
         float off = 0.0F;
         pw_stream_set_control(self->stream_, SPA_PROP_mute, 1, &off, 0);
@@ -99,15 +99,15 @@ void CaptureStream::onControl(void* data, std::uint32_t id, const pw_stream_cont
 
 void CaptureStream::handOver(const spa_data& data) noexcept {
     if (data.data == nullptr || data.chunk == nullptr) return;
-    // The bytes of the buffer, as far as its own claims can be true.
+    // Another process wrote offset and size: never beyond the mapping.
     const std::uint32_t offset = std::min(data.chunk->offset, data.maxsize);
     const std::uint32_t size = std::min(data.chunk->size, data.maxsize - offset);
     const auto* bytes = static_cast<const std::byte*>(data.data) + offset;
     const auto* samples = reinterpret_cast<const float*>(bytes);
     const std::size_t frames = size / kFrameSize;
-    const auto turn =
-        turn_.isMade() ? BacklogLimiter::Turn::afterWriter : BacklogLimiter::Turn::anyTime;
-    if (pace_.takes(samples, frames, ring_.indices(), turn)) ring_.write(samples, frames);
+    using enum BacklogLimiter::ReadOrder;
+    const auto order = cycleOrder_.isMade() ? afterWriter : unknown;
+    if (limiter_.takes(samples, frames, ring_.indices(), order)) ring_.write(samples, frames);
 }
 
 void CaptureStream::onProcess(void* data) {

@@ -12,18 +12,18 @@ namespace halvo::driver {
 class RingWriter;
 class CycleOrderLink;
 
-/// Listens to what is played into the virtual sink, before its volume, and hands every frame to
-/// the ring. Does not keep the sink awake while nobody plays. Main loop only; the frames pass on
-/// the server's data thread until the destructor returns.
+/// Records the virtual sink's monitor, ahead of the sink's volume, into the ring. Does not keep the
+/// sink awake while nobody plays. Main loop only; frames arrive on the server's data thread until
+/// the destructor returns.
 class CaptureStream {
   public:
-    /// Asleep: nobody plays. Ended: the stream cannot go on.
+    /// Asleep: nobody plays. Ended: the stream has failed.
     enum class State { asleep, awake, ended };
     using Changed = std::function<void(State)>;
 
     /// Connects at `rate` frames per second.
-    CaptureStream(pw_core* core, RingWriter& ring, const CycleOrderLink& turn, std::uint32_t rate,
-                  Changed changed);
+    CaptureStream(pw_core* core, RingWriter& ring, const CycleOrderLink& cycleOrder,
+                  std::uint32_t rate, Changed changed);
     ~CaptureStream();
     CaptureStream(const CaptureStream&) = delete;
     CaptureStream& operator=(const CaptureStream&) = delete;
@@ -39,8 +39,8 @@ class CaptureStream {
     void handOver(const spa_data& data) noexcept;
 
     RingWriter& ring_;
-    const CycleOrderLink& turn_;
-    BacklogLimiter pace_; // data thread only
+    const CycleOrderLink& cycleOrder_;
+    BacklogLimiter limiter_; // data thread only
     const std::uint32_t rate_;
     Changed changed_;
     pw_stream* stream_;

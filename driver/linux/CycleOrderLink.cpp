@@ -62,7 +62,7 @@ void CycleOrderLink::update() {
     linkedWriter_ = writer_.port;
     linkedReader_ = reader_.port;
     if (writer_.port == SPA_ID_INVALID || reader_.port == SPA_ID_INVALID) return;
-    // Passive: it orders cycles and is no reason for one.
+    // Passive: it orders the nodes, but does not keep them running.
     pw_properties* properties = pw_properties_new(PW_KEY_LINK_PASSIVE, "true", nullptr);
     pw_properties_setf(properties, PW_KEY_LINK_OUTPUT_PORT, "%u", writer_.port);
     pw_properties_setf(properties, PW_KEY_LINK_INPUT_PORT, "%u", reader_.port);

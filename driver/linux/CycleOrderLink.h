@@ -6,9 +6,9 @@
 
 namespace halvo::driver {
 
-/// Makes the server let the reader of the ring have its turn after the writer, in the same cycle: a
-/// link from the capture stream to a node that the reader offers for this. Without the link the
-/// reader plays what was written a cycle ago. Main loop only, but for `isMade`.
+/// Makes the server schedule the ring's reader after its writer in each cycle: a link from the
+/// capture stream to a node that the reader has for this purpose. Without the link the reader plays
+/// what was written one cycle earlier. Main loop only, but for `isMade`.
 class CycleOrderLink {
   public:
     explicit CycleOrderLink(pw_core* core) : core_(core) {}
@@ -16,10 +16,10 @@ class CycleOrderLink {
     CycleOrderLink(const CycleOrderLink&) = delete;
     CycleOrderLink& operator=(const CycleOrderLink&) = delete;
 
-    /// To be told of every object of the server and of each that goes.
+    /// To be called for every object that the server announces, and removes.
     void consider(std::uint32_t id, const char* type, const spa_dict* properties);
     void forget(std::uint32_t id);
-    /// The server refused object number `proxyId`; the next change tries again.
+    /// The server refused to create object `proxyId`; the next change tries again.
     void refused(std::uint32_t proxyId);
     /// Any thread.
     bool isMade() const noexcept { return made_.load(std::memory_order_relaxed); }

@@ -28,14 +28,14 @@ void say(const char* text, const std::string& detail = "") {
 
 } // namespace
 
-Driver::Driver(pid_t keeper) : keeper_(keeper), backOff_(kFirstBackOff) {
+Driver::Driver(pid_t supervisor) : supervisor_(supervisor), backOff_(kFirstBackOff) {
     pw_init(nullptr, nullptr);
 }
 
 Driver::~Driver() {
     disconnect();
     if (context_ != nullptr) pw_context_destroy(context_);
-    keeperWatch_.reset();
+    supervisorWatch_.reset();
     if (mainLoop_ != nullptr) pw_main_loop_destroy(mainLoop_);
     pw_deinit();
 }
@@ -57,7 +57,7 @@ int Driver::run() {
         say("the sound system's client configuration cannot be used");
         return kFailed;
     }
-    if (keeper_ != 0) keeperWatch_.emplace(loop_, keeper_);
+    if (supervisor_ != 0) supervisorWatch_.emplace(loop_, supervisor_);
     reconcile();
     pw_main_loop_run(mainLoop_);
     return status_;
@@ -110,7 +110,7 @@ bool Driver::connectToServer() {
     captureEnded_ = false;
     clock_.emplace([this] { reconcileIn(Milliseconds{0}); });
     sink_.emplace([this] { reconcileIn(Milliseconds{0}); });
-    turnLink_.emplace(core_);
+    cycleOrderLink_.emplace(core_);
     pw_core_add_listener(core_, &coreListener_, &coreEvents, this);
     registry_ = pw_core_get_registry(core_, PW_VERSION_REGISTRY, 0);
     pw_registry_add_listener(registry_, &registryListener_, &registryEvents, this);
@@ -122,7 +122,7 @@ bool Driver::connectToServer() {
 
 void Driver::disconnect() {
     capture_.reset();
-    turnLink_.reset();
+    cycleOrderLink_.reset();
     sink_.reset();
     clock_.reset();
     if (registry_ != nullptr) {
@@ -138,7 +138,8 @@ void Driver::disconnect() {
 }
 
 void Driver::serverIsMissing() {
-    if (keeper_ != 0 && backOff_ == kLongestBackOff) return finish(0); // the next starts its own
+    if (supervisor_ != 0 && backOff_ == kLongestBackOff)
+        return finish(0); // the next starts its own
     if (!saidNoServer_) say("no sound server can be reached; trying again");
     saidNoServer_ = true;
     retryLater();
@@ -181,7 +182,7 @@ void Driver::updateCapture() {
     }
     if (capture_ || !sink_->isPresent() || !ring_) return;
     ring_->publish(rate);
-    capture_.emplace(core_, *ring_, *turnLink_, rate,
+    capture_.emplace(core_, *ring_, *cycleOrderLink_, rate,
                      [this](CaptureStream::State state) { captureChanged(state); });
 }
 
@@ -233,7 +234,7 @@ void Driver::onDone(void* data, std::uint32_t id, int sequence) {
 void Driver::onError(void* data, std::uint32_t id, int, int result, const char* message) {
     auto* self = static_cast<Driver*>(data);
     if (id == PW_ID_CORE && result == -EPIPE) {
-        if (self->keeper_ != 0) return self->finish(0);
+        if (self->supervisor_ != 0) return self->finish(0);
         say("the sound server went away; waiting for it");
         self->saidNoServer_ = true;
         self->lost_ = true;
@@ -242,8 +243,8 @@ void Driver::onError(void* data, std::uint32_t id, int, int result, const char* 
         say("the sound server refuses the virtual device", message != nullptr ? message : "");
         self->sink_->requestFailed();
         self->retryLater();
-    } else if (self->turnLink_) {
-        self->turnLink_->refused(id);
+    } else if (self->cycleOrderLink_) {
+        self->cycleOrderLink_->refused(id);
     }
 }
 
@@ -253,13 +254,13 @@ void Driver::onGlobal(void* data, std::uint32_t id, std::uint32_t, const char* t
     if (properties == nullptr) return;
     self->sink_->consider(id, type, properties);
     self->clock_->consider(self->registry_, id, type, properties);
-    self->turnLink_->consider(id, type, properties);
+    self->cycleOrderLink_->consider(id, type, properties);
 }
 
 void Driver::onGlobalRemove(void* data, std::uint32_t id) {
     auto* self = static_cast<Driver*>(data);
     self->sink_->forget(id);
-    self->turnLink_->forget(id);
+    self->cycleOrderLink_->forget(id);
 }
 
 } // namespace halvo::driver

@@ -24,9 +24,9 @@ class Driver {
     static constexpr int kFailed = 1;    ///< exit status: another attempt may succeed
     static constexpr int kNotNeeded = 2; ///< exit status: another driver writes the ring
 
-    /// `keeper`: the process that keeps this one running, or 0. A driver that is kept ends when the
-    /// sound server goes away; another one waits for the next server.
-    explicit Driver(pid_t keeper = 0);
+    /// `supervisor`: the process that restarts this one when it dies, or 0. A supervised driver
+    /// ends when the sound server goes away; another one waits for the next server.
+    explicit Driver(pid_t supervisor = 0);
     ~Driver();
     Driver(const Driver&) = delete;
     Driver& operator=(const Driver&) = delete;
@@ -58,13 +58,13 @@ class Driver {
                          std::uint32_t version, const spa_dict* properties);
     static void onGlobalRemove(void* data, std::uint32_t id);
 
-    const pid_t keeper_;
+    const pid_t supervisor_;
     pw_main_loop* mainLoop_ = nullptr;
     pw_loop* loop_ = nullptr;
     pw_context* context_ = nullptr;
     spa_source* reconcileTimer_ = nullptr;
     spa_source* checkTimer_ = nullptr;
-    std::optional<SupervisorWatch> keeperWatch_;
+    std::optional<SupervisorWatch> supervisorWatch_;
     int status_ = 0;
     bool saidNoServer_ = false;
     bool saidNoRing_ = false;
@@ -81,7 +81,7 @@ class Driver {
     bool captureEnded_ = false;
     std::optional<ClockRate> clock_;
     std::optional<VirtualSink> sink_;
-    std::optional<CycleOrderLink> turnLink_;
+    std::optional<CycleOrderLink> cycleOrderLink_;
 
     std::unique_ptr<RingWriter> ring_;
     std::optional<CaptureStream> capture_; // uses the ring, so it goes first

@@ -20,12 +20,12 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::milliseconds kForEver{-1};
-// One that ends with its server needs some milliseconds; the next server may be quicker.
+// The last server's supervisor needs some milliseconds to end; the next server may be quicker.
 constexpr std::chrono::milliseconds kHandOver{2000};
 constexpr std::chrono::milliseconds kLongestEnd{1500};
 
-// Short names, as the kernel keeps them: who looks for the driver by name finds the driver.
-constexpr const char* kKeeperName = "halvo-keeper";
+// At most 15 letters, as the kernel keeps them; two names, so that each is found by its own.
+constexpr const char* kSupervisorName = "halvo-keeper";
 constexpr const char* kDriverName = "halvo-audio-dev";
 
 sigset_t endingSignals() {
@@ -52,13 +52,13 @@ DriverSupervisor::~DriverSupervisor() {
 }
 
 int DriverSupervisor::run(pid_t adopted) {
-    (void)::prctl(PR_SET_NAME, kKeeperName);
+    (void)::prctl(PR_SET_NAME, kSupervisorName);
     takeSignals();
-    if (!lock_.acquire(kHandOver)) return 0; // this server's driver is kept already
-    // Its number is certain as long as it is the parent.
+    if (!lock_.acquire(kHandOver)) return 0; // this server's driver has one already
+    // A process ID cannot be reused while that process is the parent.
     if (adopted > 0) driver_ = std::make_unique<ProcessDescriptor>(adopted);
     if (adopted != ::getppid()) driver_.reset();
-    return keep();
+    return supervise();
 }
 
 int DriverSupervisor::runInBackground() {
@@ -76,7 +76,7 @@ void DriverSupervisor::takeSignals() {
 }
 
 bool DriverSupervisor::startDriver() {
-    const pid_t keeper = ::getpid();
+    const pid_t supervisor = ::getpid();
     const pid_t child = ::fork();
     if (child < 0) return false;
     if (child == 0) {
@@ -84,7 +84,7 @@ bool DriverSupervisor::startDriver() {
         const sigset_t signals = endingSignals();
         (void)::sigprocmask(SIG_UNBLOCK, &signals, nullptr);
         (void)::prctl(PR_SET_NAME, kDriverName);
-        std::_Exit(runDriver_(keeper));
+        std::_Exit(runDriver_(supervisor));
     }
     driver_ = std::make_unique<ProcessDescriptor>(child);
     return true;
@@ -105,7 +105,7 @@ void DriverSupervisor::endDriver() const {
     (void)driver_->waitForEnd(kLongestEnd);
 }
 
-int DriverSupervisor::keep() {
+int DriverSupervisor::supervise() {
     for (;;) {
         const auto start = Clock::now();
         if (driver_ || startDriver()) {
@@ -119,7 +119,7 @@ int DriverSupervisor::keep() {
             if (byItself && ending.status != Driver::kFailed) return 0;
         }
         const auto lived = std::chrono::duration_cast<Milliseconds>(Clock::now() - start);
-        const auto delay = pace_.delayAfter(lived);
+        const auto delay = backOff_.delayAfter(lived);
         std::fprintf(stderr, "halvo-audio-device: the driver died; starting it again\n");
         if (signalComesBefore(-1, delay)) return 0;
     }

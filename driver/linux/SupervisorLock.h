@@ -7,8 +7,8 @@
 
 namespace halvo::driver {
 
-/// One keeper for each sound server: a lock in the server's runtime directory that says who holds
-/// it and goes with its holder, however that ends. One thread.
+/// Allows one supervisor for each sound server: a lock in the server's runtime directory that names
+/// its holder and is released when that process ends, in any way. One thread.
 class SupervisorLock {
   public:
     using Milliseconds = std::chrono::milliseconds;

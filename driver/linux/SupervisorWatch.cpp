@@ -8,10 +8,10 @@
 
 namespace halvo::driver {
 
-SupervisorWatch::SupervisorWatch(pw_loop* loop, pid_t keeper) : loop_(loop) {
-    // The number is certain only while that process is the parent.
-    if (keeper == ::getppid()) {
-        watch(keeper);
+SupervisorWatch::SupervisorWatch(pw_loop* loop, pid_t supervisor) : loop_(loop) {
+    // A process ID cannot be reused while that process is the parent.
+    if (supervisor == ::getppid()) {
+        watch(supervisor);
     } else {
         startAnother();
     }
@@ -21,21 +21,21 @@ SupervisorWatch::~SupervisorWatch() {
     if (source_ != nullptr) pw_loop_destroy_source(loop_, source_);
 }
 
-void SupervisorWatch::watch(pid_t keeper) {
+void SupervisorWatch::watch(pid_t supervisor) {
     if (source_ != nullptr) pw_loop_destroy_source(loop_, source_);
     source_ = nullptr;
-    keeper_ = std::make_unique<ProcessDescriptor>(keeper);
-    if (keeper_->get() < 0) return;
-    source_ = pw_loop_add_io(loop_, keeper_->get(), SPA_IO_IN, false, onEnd, this);
+    supervisor_ = std::make_unique<ProcessDescriptor>(supervisor);
+    if (supervisor_->get() < 0) return;
+    source_ = pw_loop_add_io(loop_, supervisor_->get(), SPA_IO_IN, false, onEnd, this);
 }
 
 void SupervisorWatch::onEnd(void* data, int, std::uint32_t) {
     auto* self = static_cast<SupervisorWatch*>(data);
-    const auto ending = self->keeper_->reap();
+    const auto ending = self->supervisor_->reap();
     if (!ending) return;
     pw_loop_destroy_source(self->loop_, self->source_);
     self->source_ = nullptr;
-    // One that ended by itself had its reason: there is another, or the driver is to end too.
+    // One that exited did so on purpose: there is another, or the driver is to end too.
     if (ending->end != ProcessDescriptor::End::exited) self->startAnother();
 }
 
@@ -55,7 +55,7 @@ void SupervisorWatch::startAnother() {
     std::string number = std::to_string(::getpid());
     const std::array<char*, 4> words{name.data(), option.data(), number.data(), nullptr};
     pid_t child = 0;
-    // By this link, because the program's file may have been replaced meanwhile.
+    // The running program itself: its file may have been replaced meanwhile.
     const int error =
         ::posix_spawn(&child, "/proc/self/exe", &actions, &attributes, words.data(), environ);
     ::posix_spawn_file_actions_destroy(&actions);

@@ -13,11 +13,11 @@ using namespace halvo::driver;
 constexpr std::chrono::milliseconds kLongestEnd{4000};
 constexpr int kUsage = 64;
 
-int runKept(pid_t keeper) {
-    return Driver(keeper).run();
+int runSupervised(pid_t supervisor) {
+    return Driver(supervisor).run();
 }
 
-pid_t number(std::string_view text) {
+pid_t processId(std::string_view text) {
     pid_t value = 0;
     (void)std::from_chars(text.data(), text.data() + text.size(), value);
     return value;
@@ -26,9 +26,9 @@ pid_t number(std::string_view text) {
 int usage() {
     std::fputs("usage: halvo-audio-device [--keep-alive | --start | --end]\n"
                "Provides the sound server's output \"Halvo Virtual Output\".\n"
-               "  --keep-alive  start it again when it dies; end with the sound server\n"
-               "  --start       the same in the background, unless that runs already\n"
-               "  --end         end what --keep-alive or --start began\n",
+               "  --keep-alive  restart it when it dies; end with the sound server\n"
+               "  --start       the same in the background, unless it runs already\n"
+               "  --end         end what --keep-alive or --start started\n",
                stderr);
     return kUsage;
 }
@@ -40,10 +40,10 @@ int main(int count, char** words) {
     if (count < 2) return Driver().run();
     const std::string_view option = arguments[1];
     if (option == "--keep-alive")
-        return DriverSupervisor(runKept).run(count > 2 ? number(arguments[2]) : 0);
+        return DriverSupervisor(runSupervised).run(count > 2 ? processId(arguments[2]) : 0);
     if (count > 2) return usage();
     if (option == "--start")
-        return SupervisorLock().holder() ? 0 : DriverSupervisor(runKept).runInBackground();
+        return SupervisorLock().holder() ? 0 : DriverSupervisor(runSupervised).runInBackground();
     if (option == "--end") return SupervisorLock().endHolder(kLongestEnd) ? 0 : 1;
     return usage();
 }

@@ -21,9 +21,9 @@ constexpr const char* kDriver = "halvo-audio-dev";
 constexpr const char* kSupervisor = "halvo-keeper";
 
 /// A server that was started with the driver's bundle installed.
-class KeptScene : public DriverScene {
+class SupervisedScene : public DriverScene {
   public:
-    KeptScene() {
+    SupervisedScene() {
         installDropIn();
         session().stopServer();
         if (!session().startServer()) ADD_FAILURE() << "the server does not start";
@@ -33,13 +33,13 @@ class KeptScene : public DriverScene {
         const auto found = processes(name);
         return found.size() == 1 ? found.front() : 0;
     }
-    /// Whether one supervisor runs one driver, and the driver works.
-    bool isKept() {
+    /// Whether there are one supervisor and one driver, and the driver works.
+    bool isSupervised() {
         return PrivateSession::waitFor(
                    [this] { return only(kDriver) > 0 && only(kSupervisor) > 0; }) &&
                isUp();
     }
-    /// Well before a driver stops looking for a server.
+    /// Well before a driver gives up looking for a server.
     bool allGoneSoon() const {
         return PrivateSession::waitFor(
             [this] { return processes(kDriver).empty() && processes(kSupervisor).empty(); },
@@ -62,14 +62,14 @@ long timesAsleep(int process) {
     return -1;
 }
 
-TEST(DriverKeeperTests, TheServerBringsTheDriverAndWhateverIsKilledComesBack) {
-    KeptScene scene;
-    ASSERT_TRUE(scene.isKept());
+TEST(DriverSupervisorTests, TheServerBringsTheDriverAndWhateverIsKilledComesBack) {
+    SupervisedScene scene;
+    ASSERT_TRUE(scene.isSupervised());
     auto& session = scene.session();
     ASSERT_TRUE(session.setVolume(kVirtualSink, {0.25F, 0.5F}));
     const Player player(session.serverSocket(), countingSamples(kLong), 48000, kVirtualSink);
     const auto inode = scene.ring().inode();
-    // A killed driver is silent for at most a second; a killed supervisor is inaudible.
+    // A driver that dies takes no longer than a second; a supervisor that dies is not heard at all.
     const struct {
         const char* killed;
         std::size_t mostMissing; // frames
@@ -83,7 +83,7 @@ TEST(DriverKeeperTests, TheServerBringsTheDriverAndWhateverIsKilledComesBack) {
         const auto before = examineCounting(scene.ring().samples()).last;
         ASSERT_TRUE(PrivateSession::waitFor(
             [&] { return scene.only(killed) > 0 && scene.only(killed) != victim; }));
-        ASSERT_TRUE(scene.isKept());
+        ASSERT_TRUE(scene.isSupervised());
         ASSERT_TRUE(scene.gatherUntil(
             [&] { return examineCounting(scene.ring().samples()).last > before + 48000; }));
         const auto heard = examineCounting(scene.ring().samples());
@@ -100,21 +100,21 @@ TEST(DriverKeeperTests, TheServerBringsTheDriverAndWhateverIsKilledComesBack) {
     EXPECT_EQ(timesAsleep(supervisor), asleep) << "the supervisor sleeps while the driver lives";
 }
 
-TEST(DriverKeeperTests, BothEndWithTheServerAndComeWithTheNext) {
-    KeptScene scene;
+TEST(DriverSupervisorTests, BothEndWithTheServerAndComeWithTheNext) {
+    SupervisedScene scene;
     for (int round = 0; round < 2; ++round) {
-        ASSERT_TRUE(scene.isKept()) << "round " << round;
+        ASSERT_TRUE(scene.isSupervised()) << "round " << round;
         ASSERT_TRUE(scene.signal("pipewire", SIGKILL));
         EXPECT_TRUE(scene.allGoneSoon());
         scene.session().stopServer();
         ASSERT_TRUE(scene.session().startServer());
     }
-    EXPECT_TRUE(scene.isKept());
+    EXPECT_TRUE(scene.isSupervised());
 }
 
-TEST(DriverKeeperTests, ThereIsNeverASecondOne) {
-    KeptScene scene;
-    ASSERT_TRUE(scene.isKept());
+TEST(DriverSupervisorTests, ThereIsNeverASecondOne) {
+    SupervisedScene scene;
+    ASSERT_TRUE(scene.isSupervised());
     const int driver = scene.only(kDriver);
     for (const char* option : {"--keep-alive", "--start"}) {
         EXPECT_EQ(scene.runDriver(option), 0) << option;
@@ -123,20 +123,20 @@ TEST(DriverKeeperTests, ThereIsNeverASecondOne) {
     }
     EXPECT_EQ(scene.runDriver("--other"), 64);
 
-    // The next server may start its supervisor while the previous one is still ending.
+    // The next server may start its supervisor while the last one's is still about to end.
     const int first = scene.only(kSupervisor);
     ASSERT_GT(first, 0);
     const auto next = scene.session().spawn({HALVO_AUDIO_DEVICE, "--keep-alive"});
     ASSERT_TRUE(next) << next.error();
     ASSERT_TRUE(PrivateSession::waitFor([&] { return scene.processes(kSupervisor).size() == 2; }));
     ASSERT_EQ(::kill(first, SIGTERM), 0);
-    EXPECT_TRUE(scene.isKept());
+    EXPECT_TRUE(scene.isSupervised());
     EXPECT_EQ(scene.only(kSupervisor), (*next)->pid());
 }
 
-TEST(DriverKeeperTests, EndsAndStartsWhenItIsTold) {
-    KeptScene scene;
-    ASSERT_TRUE(scene.isKept());
+TEST(DriverSupervisorTests, EndsAndStartsWhenItIsTold) {
+    SupervisedScene scene;
+    ASSERT_TRUE(scene.isSupervised());
     EXPECT_EQ(scene.runDriver("--end"), 0);
     EXPECT_TRUE(scene.processes(kDriver).empty());
     EXPECT_TRUE(scene.processes(kSupervisor).empty());
@@ -144,18 +144,18 @@ TEST(DriverKeeperTests, EndsAndStartsWhenItIsTold) {
     EXPECT_EQ(scene.runDriver("--end"), 0) << "nothing to end";
 
     EXPECT_EQ(scene.runDriver("--start"), 0);
-    EXPECT_TRUE(scene.isKept()) << "it outlives the process group that began it";
+    EXPECT_TRUE(scene.isSupervised()) << "it outlives the process group that began it";
     for (const int signal : {SIGTERM, SIGINT}) {
         ASSERT_TRUE(scene.signal(kSupervisor, signal));
         EXPECT_TRUE(scene.allGoneSoon());
         EXPECT_EQ(scene.runDriver("--start"), 0);
-        EXPECT_TRUE(scene.isKept());
+        EXPECT_TRUE(scene.isSupervised());
     }
     scene.session().stopServer();
     EXPECT_TRUE(scene.allGoneSoon()) << "also what was begun by hand";
 }
 
-TEST(DriverKeeperTests, WithoutAServerItGivesUp) {
+TEST(DriverSupervisorTests, WithoutAServerItGivesUp) {
     DriverScene scene;
     scene.session().stopServer();
     const auto result =

@@ -9,11 +9,11 @@ namespace {
 using halvo::driver::BacklogLimiter;
 using halvo::driver::FreeRunningBacklogLimiter;
 
-/// A writer and a reader with separate cycles, in frames of one clock.
+/// A writer and a reader with cycles of their own, counted in frames of one clock.
 struct Meeting {
     std::size_t block;
-    std::uint64_t stride;
-    FreeRunningBacklogLimiter rule = {};
+    std::uint64_t readSize;
+    FreeRunningBacklogLimiter limiter = {};
     BacklogLimiter::Indices indices = {};
     std::uint64_t readerTime = 0;
     std::uint64_t lost = 0;
@@ -22,29 +22,29 @@ struct Meeting {
     void play(std::uint64_t frames, float sample, bool isReading = true) {
         const std::vector<float> samples(block * 2, sample);
         for (std::uint64_t done = 0; done < frames; done += block) {
-            const bool takes = rule.takes(samples.data(), block, indices);
+            const bool takes = limiter.takes(samples.data(), block, indices);
             if (takes) indices.write += block;
             if (!takes) lost += block;
             readerTime += block;
-            for (; readerTime >= stride; readerTime -= stride) {
-                if (isReading) indices.read = std::min(indices.read + stride, indices.write);
+            for (; readerTime >= readSize; readerTime -= readSize) {
+                if (isReading) indices.read = std::min(indices.read + readSize, indices.write);
             }
         }
     }
     std::uint64_t waiting() const { return indices.write - indices.read; }
 };
 
-TEST(ReaderStrideTests, CyclesOfAnyLengthsLoseNothing) {
+TEST(FreeRunningBacklogLimiterTests, CyclesOfAnyLengthsLoseNothing) {
     for (const std::size_t block : {32UL, 441UL, 512UL, 4096UL}) {
-        for (const std::uint64_t stride : {15UL, 64UL, 480UL, 512UL, 4096UL}) {
-            Meeting meeting{block, stride};
+        for (const std::uint64_t readSize : {15UL, 64UL, 480UL, 512UL, 4096UL}) {
+            Meeting meeting{block, readSize};
             meeting.play(200'000, 0.5F);
-            EXPECT_EQ(meeting.lost, 0U) << block << " written, " << stride << " read at once";
+            EXPECT_EQ(meeting.lost, 0U) << block << " written, " << readSize << " read at once";
         }
     }
 }
 
-TEST(ReaderStrideTests, AReaderThatWasAwayFindsLittleAndTheRestIsTrimmedInSilence) {
+TEST(FreeRunningBacklogLimiterTests, AReaderThatWasAwayFindsLittleAndTheRestIsTrimmedInSilence) {
     Meeting meeting{512, 512};
     meeting.play(20'000, 0.5F);
     meeting.play(500'000, 0.5F, false);
@@ -57,11 +57,11 @@ TEST(ReaderStrideTests, AReaderThatWasAwayFindsLittleAndTheRestIsTrimmedInSilenc
     EXPECT_LE(meeting.waiting(), 3U * 512);
 }
 
-TEST(ReaderStrideTests, ARingThatNobodyHasReadTakesAll) {
+TEST(FreeRunningBacklogLimiterTests, ARingThatNobodyHasReadTakesAll) {
     Meeting meeting{512, 512};
     meeting.play(100'000, 0.5F, false);
     EXPECT_EQ(meeting.lost, 0U);
-    // A reader that connects skips to the write index; that does not count as one read.
+    // A reader that connects jumps to "now"; that is no read.
     meeting.indices.read = meeting.indices.write;
     meeting.play(100'000, 0.5F);
     meeting.play(100'000, 0.5F, false);

@@ -5,9 +5,9 @@
 
 namespace halvo::driver {
 
-/// How long to wait before a program that died is started again: not at all the first time, and
-/// longer and longer for one that dies young each time.
-class RestartPace {
+/// The delay before a process that died is restarted: none the first time, then doubled for each
+/// one that dies young.
+class RestartBackOff {
   public:
     using Milliseconds = std::chrono::milliseconds;
     static constexpr Milliseconds kYoung{2000};
