@@ -16,7 +16,7 @@ using std::chrono::milliseconds;
 constexpr milliseconds kGathering{50};
 constexpr milliseconds kTrackComplete{300};
 constexpr milliseconds kCoverFetched{1000};
-constexpr milliseconds kPlayersFound{500}; ///< at the start, before it is said that nothing plays
+constexpr milliseconds kPlayersFound{500}; ///< at the start, before "nothing plays" is written
 
 } // namespace
 
@@ -106,7 +106,7 @@ Payload Announcer::take() {
     Payload payload{track_, isPlaying_};
     const bool isNew = isNewTrack();
     if (!track_.title.empty() && (isNew || hasLateCover())) {
-        // A file is read now: players write each cover to the same place.
+        // Read now: players write every cover to the same file.
         const bool isRemote = cover_.fetch != Fetch::none;
         payload.artwork = isRemote ? cover_.base64 : localCover(cover_.url);
         coverWritten_ = !isRemote || !payload.artwork.empty();

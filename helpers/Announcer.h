@@ -7,7 +7,7 @@
 
 namespace halvo::helper {
 
-/// What makes up a track; a difference in any of it makes another track.
+/// What identifies a track: when any of it differs, it is another track.
 struct Track {
     std::string title; ///< empty: nothing plays
     std::string artist;
@@ -18,34 +18,35 @@ struct Track {
     bool operator==(const Track&) const = default;
 };
 
-/// One line's content.
+/// The content of one line of output.
 struct Payload {
     Track track;
     bool isPlaying = false;
     std::string artwork = {}; ///< base64; empty: none
 };
 
-/// What a line looks like, its line feed included.
+/// The line as it is written, with its line feed.
 std::string lineFor(const Payload& payload);
 
-/// Decides when a change is written and with what, in times that it is given. Changes within 50 ms
-/// are one line, so a flood of them is at most 20 lines a second. An artist and a
-/// cover that the player names within 300 ms go out with the title; a cover that has to be fetched
-/// is waited for up to a second, and one that takes longer follows in a line of its own.
+/// Decides when a change is written and what the line holds; the caller gives the time. Changes
+/// within 50 ms share a line, so there are at most 20 lines a second. An artist or cover that the
+/// player reports within 300 ms of the title goes into the same line. A cover that has to be
+/// fetched delays the line by up to a second; one that takes longer follows in a line of its own.
 class Announcer {
   public:
-    using Time = std::chrono::microseconds; ///< since any fixed moment
+    using Time = std::chrono::microseconds; ///< since any fixed point in time
 
-    /// What plays now, and its cover's address, "" for none.
+    /// The current track, and its cover's URL; "" for none.
     void follow(const Track& track, bool isPlaying, const std::string& artURL, Time now);
-    /// The cover of the address that `coverToFetch` gave; empty when there is none.
+    /// The cover from the URL that `coverToFetch` gave; empty when there is none.
     void takeCover(const std::string& artURL, const std::string& base64, Time now);
 
-    /// When to ask the two below again; nothing while all is said.
+    /// When to call the two below again; nothing while no change is pending.
     std::optional<Time> wake() const;
-    /// A cover that has to be fetched over the network, once, and not while they come and go.
+    /// The URL of a cover that has to be fetched over the network: each once, and not while tracks
+    /// are being skipped.
     std::optional<std::string> coverToFetch(Time now);
-    /// The next line's content if it is due; from then on it counts as written.
+    /// The next line's content if it is due; the caller has to write it.
     std::optional<Payload> lineToWrite(Time now);
 
   private:
@@ -70,9 +71,9 @@ class Announcer {
     Cover cover_;
 
     std::optional<Payload> written_; ///< without its artwork
-    std::string writtenURL_;         ///< the cover's address of the line that began this track
+    std::string writtenURL_;         ///< the cover's URL in the first line of this track
     bool coverWritten_ = false;
-    std::optional<Time> changedAt_; ///< of the first change that is not written
+    std::optional<Time> changedAt_; ///< the time of the first change not yet written
 };
 
 } // namespace halvo::helper

@@ -21,7 +21,7 @@ char lower(char character) {
     return character >= 'A' && character <= 'Z' ? static_cast<char>(character + 32) : character;
 }
 
-/// Whether the address has the scheme; schemes know no case.
+/// Whether the URL has the scheme, in upper or lower case.
 bool hasScheme(std::string_view url, std::string_view scheme) {
     return url.size() > scheme.size() &&
            std::ranges::equal(url.substr(0, scheme.size()), scheme, {}, lower);
@@ -33,7 +33,7 @@ int hexDigit(char character) {
     return digit >= 'a' && digit <= 'f' ? digit - 'a' + 10 : -1;
 }
 
-/// A percent sign that begins no pair of digits stands for itself: some players do not encode.
+/// A percent sign without two hexadecimal digits stands for itself: some players do not encode.
 std::string percentDecoded(std::string_view text) {
     std::string bytes;
     bytes.reserve(text.size());
@@ -58,7 +58,7 @@ bool isBase64(std::string_view text) {
 }
 
 std::string readFile(const std::string& path) {
-    // Not blocking: a pipe under that name must not hold us up.
+    // Non-blocking: the name may belong to a pipe.
     const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     struct stat status{};
     if (!file || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode)) return {};

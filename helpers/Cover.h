@@ -11,11 +11,11 @@ inline constexpr std::size_t kLargestCover = 4U * 1024 * 1024; ///< bytes, befor
 /// Standard base64 with padding.
 std::string base64Of(std::string_view bytes);
 
-/// Whether a cover's address points into the network.
+/// Whether a cover's URL has to be fetched over the network.
 bool isRemoteCover(std::string_view url);
 
-/// The cover of a file: or data: address as base64; empty when there is none, when it is larger
-/// than `kLargestCover`, or for any other address. Does not wait for what is no regular file.
+/// The cover at a file: or data: URL as base64; empty when there is none, when it is larger than
+/// `kLargestCover`, or for any other URL. Reads regular files only, so that it never blocks.
 std::string localCover(const std::string& url);
 
 } // namespace halvo::helper

@@ -38,7 +38,7 @@ void CoverFetcher::stop() {
     bytes_.clear();
     bytes_.shrink_to_fit();
     if (!program_) return;
-    (void)program_->signal(SIGKILL); // it may have ended by itself
+    (void)program_->signal(SIGKILL); // it may have exited already
     (void)program_->wait(kEnding);
     program_.reset();
 }
@@ -47,7 +47,7 @@ void CoverFetcher::fetch(const std::string& url) {
     stop();
     url_ = url;
     auto program = SpawnedChild::start({programPath(), {url}}, SpawnedChild::Output::pipe);
-    if (!program) return; // then tracks go without
+    if (!program) return; // the track has no cover then
     program_ = std::move(*program);
     output_ = program_->takeOutput();
     sd_event_source* source = nullptr;

@@ -11,11 +11,11 @@
 
 namespace halvo::helper {
 
-/// Fetches one cover at a time over the network, in a program of its own that ends with it: this
-/// one stays small, and whatever a server does holds nobody up.
+/// Fetches one cover at a time over the network, in a child process that ends with it: this process
+/// stays small, and no server can block it.
 class CoverFetcher {
   public:
-    /// The address, and the cover's bytes; empty when there is none.
+    /// The URL, and the cover's bytes; empty when there is none.
     using Handler = std::function<void(const std::string& url, const std::string& bytes)>;
 
     CoverFetcher(sd_event* event, Handler handler);
@@ -23,7 +23,7 @@ class CoverFetcher {
     CoverFetcher(const CoverFetcher&) = delete;
     CoverFetcher& operator=(const CoverFetcher&) = delete;
 
-    /// Gives up the one under way. The handler is called later, once, unless this is called again.
+    /// Cancels the fetch under way. The handler is called later, once, unless this is called again.
     void fetch(const std::string& url);
     void stop();
 

@@ -13,7 +13,7 @@ using Event = std::unique_ptr<sd_event, EventDeleter>;
 struct EventSourceDeleter {
     void operator()(sd_event_source* source) const { sd_event_source_disable_unref(source); }
 };
-/// Something that the loop waits for; it is silent once this goes.
+/// An event source of the loop, removed by the destructor.
 using EventSource = std::unique_ptr<sd_event_source, EventSourceDeleter>;
 
 } // namespace halvo::helper

@@ -61,10 +61,10 @@ Announcer::Time HelperLoop::now() const {
     return Announcer::Time(static_cast<std::int64_t>(time));
 }
 
-/// The reader's end is seen by the writer; this is for an output that is no pipe.
+/// The writer notices a closed pipe; this is for any other output.
 bool HelperLoop::watchParent() {
     parent_ = FileDescriptor(static_cast<int>(::syscall(SYS_pidfd_open, ::getppid(), 0)));
-    if (!parent_) return false; // outside of our name space, or just gone
+    if (!parent_) return false; // outside of our PID namespace, or just ended
     sd_event_source* source = nullptr;
     const auto end = [](sd_event_source* parent, int, std::uint32_t, void*) {
         return sd_event_exit(sd_event_source_get_event(parent), EXIT_SUCCESS);
@@ -105,7 +105,7 @@ void HelperLoop::connect() {
     if (!watch_) disconnect();
 }
 
-/// The watch itself goes when the next one comes: it may be the caller.
+/// The watch itself is destroyed when the next one is made: it may be the caller.
 void HelperLoop::disconnect() {
     arm(reconnect_, now() + pause_);
     pause_ = std::min<Announcer::Time>(pause_ * 2, kLongestPause);
@@ -135,7 +135,7 @@ int HelperLoop::onLook(sd_event_source* /*source*/, std::uint64_t /*time*/, void
 
 void HelperLoop::goOn() {
     if (const auto url = announcer_.coverToFetch(now())) fetcher_.fetch(*url);
-    if (!writer_.isIdle()) return; // it calls when the line is out
+    if (!writer_.isIdle()) return; // it calls back when the line is written
     if (const auto payload = announcer_.lineToWrite(now())) {
         if (!writer_.write(lineFor(*payload))) (void)sd_event_exit(event_.get(), EXIT_SUCCESS);
     }

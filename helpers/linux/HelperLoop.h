@@ -13,11 +13,11 @@
 
 namespace halvo::helper {
 
-/// The resident helper: follows the players and writes a line for every change, until its parent or
-/// its reader is gone. Without a bus it waits for one. One thread.
+/// The resident helper: follows the players and writes a line for every change, until its parent
+/// ends or its output is closed. Without a bus it waits for one. One thread.
 class HelperLoop {
   public:
-    /// Null when the system has no more room for an event loop.
+    /// Null when no event loop can be created.
     static std::unique_ptr<HelperLoop> create();
     /// Returns the exit status.
     int run();
@@ -42,7 +42,7 @@ class HelperLoop {
     EventSource parentEnded_;
     EventSource look_;
     EventSource reconnect_;
-    Announcer::Time pause_; ///< before the next attempt to reach a bus
+    Announcer::Time pause_; ///< before the next attempt to connect to the bus
 
     PlayerTable players_;
     Announcer announcer_;

@@ -12,11 +12,11 @@ namespace halvo::helper {
 LineWriter::LineWriter(sd_event* event, std::function<void()> onIdle) : onIdle_(std::move(onIdle)) {
     struct stat status{};
     const bool isPipe = ::fstat(STDOUT_FILENO, &status) == 0 && S_ISFIFO(status.st_mode);
-    if (!isPipe) return; // a terminal's flags belong to others, too
+    if (!isPipe) return; // other processes share a terminal's flags
     const int flags = ::fcntl(STDOUT_FILENO, F_GETFL);
     (void)::fcntl(STDOUT_FILENO, F_SETFL, flags | O_NONBLOCK); // a pipe takes it
     sd_event_source* source = nullptr;
-    // Without any event asked for it still tells when the reader has gone.
+    // With no event requested it still reports a closed pipe.
     if (sd_event_add_io(event, &source, STDOUT_FILENO, 0, &LineWriter::onWritable, this) >= 0) {
         writable_.reset(source);
     }

@@ -9,14 +9,14 @@
 
 namespace halvo::helper {
 
-/// Standard output without waiting: a reader that is slow holds up the next line, not the loop.
+/// Non-blocking standard output: a slow reader delays the next line, not the loop.
 class LineWriter {
   public:
-    /// `onIdle` is called when a line that had to wait is written.
+    /// `onIdle` is called when a line that could not be written at once has been written.
     LineWriter(sd_event* event, std::function<void()> onIdle);
 
     bool isIdle() const { return written_ == line_.size(); }
-    /// Only when idle. False when nobody reads any more.
+    /// Only when idle. False when the reader has closed the pipe.
     bool write(std::string line);
 
   private:
@@ -27,7 +27,7 @@ class LineWriter {
     std::function<void()> onIdle_;
     std::string line_;
     std::size_t written_ = 0;
-    EventSource writable_; ///< none where the output cannot be waited for: then it never blocks
+    EventSource writable_; ///< none for an output that cannot be polled; such a one never blocks
 };
 
 } // namespace halvo::helper

@@ -11,23 +11,23 @@ namespace halvo::helper {
 /// What is known of one player.
 struct Player {
     std::string busName;
-    std::string identifier; ///< its desktop entry, else its own part of the bus name
+    std::string identifier; ///< its desktop entry, else the last part of its bus name
     mpris::PlaybackStatus status = mpris::PlaybackStatus::stopped;
     mpris::Metadata metadata = {};
-    std::uint64_t activity = 0; ///< greater for what did something later
+    std::uint64_t activity = 0; ///< grows with each change of any player
 };
 
-/// The players of the session and which of them counts: one that plays before one that is paused,
-/// then the one that did something last. Stopped players do not count.
+/// The players of the session, and which of them is shown: a playing one rather than a paused one,
+/// then the one that changed last; never a stopped one.
 class PlayerTable {
   public:
     void add(const std::string& busName);
     void remove(const std::string& busName) { players_.erase(busName); }
     void clear() { players_.clear(); }
-    /// Takes over what a player told; unknown names are ignored.
+    /// Stores the properties that a player sent; unknown ones are ignored.
     void apply(const std::string& busName, mpris::PlayerProperties properties);
 
-    /// Null when nobody plays or is paused.
+    /// Null when no player plays or is paused.
     const Player* best() const;
 
   private:

@@ -32,11 +32,12 @@ mpris::Slot call(sd_bus* bus, const char* destination, const char* path, const c
     sd_bus_slot* slot = nullptr;
     const char* types = argument != nullptr ? "s" : nullptr;
     (void)sd_bus_call_method_async(bus, &slot, destination, path, interface, member, handler, data,
-                                   types, argument); // no slot: the bus is gone, which is told
+                                   types,
+                                   argument); // no slot: the bus has ended, which is reported
     return mpris::Slot(slot);
 }
 
-/// Whether a signal takes back what is followed without saying what it is now.
+/// Whether the signal invalidates a property without its new value.
 bool invalidates(sd_bus_message* signal) {
     if (sd_bus_message_enter_container(signal, 'a', "s") <= 0) return false;
     const char* name = nullptr;
@@ -50,11 +51,11 @@ bool invalidates(sd_bus_message* signal) {
 
 } // namespace
 
-/// A player on the bus, with the questions that it has not answered.
+/// A player on the bus, with the calls that it has not answered.
 struct PlayerWatch::Entry {
     PlayerWatch& watch;
     std::string busName;
-    std::string owner; ///< its connection's own name; signals come from that
+    std::string owner; ///< its unique bus name, the sender of its signals
     bool hasAnswered = false;
     bool askAgain = false;
     mpris::Slot ownerAsked = {};
@@ -103,11 +104,11 @@ void PlayerWatch::startService() {
     };
     sd_bus_slot* slot = nullptr;
     (void)sd_bus_add_object_vtable(bus_.get(), &slot, mpris::kHelperPath, mpris::kHelperInterface,
-                                   kTable, this); // without it, commands go by rank alone
+                                   kTable, this); // without it, commands go to the best player
     service_.reset(slot);
     slot = nullptr;
     const auto ignore = [](sd_bus_message*, void*, sd_bus_error*) { return 0; };
-    // A second helper gets the name when the first one goes.
+    // A second helper gets the name when the first one ends.
     (void)sd_bus_request_name_async(bus_.get(), &slot, mpris::kHelperName, SD_BUS_NAME_QUEUE,
                                     ignore, nullptr);
     serviceName_.reset(slot);
@@ -169,12 +170,12 @@ void PlayerWatch::appeared(const std::string& busName, const std::string& owner)
 
 int PlayerWatch::onOwner(sd_bus_message* reply, void* data, sd_bus_error* /*error*/) {
     const char* owner = nullptr;
-    if (sd_bus_message_is_method_error(reply, nullptr) > 0) return 0; // it has just gone
+    if (sd_bus_message_is_method_error(reply, nullptr) > 0) return 0; // it has just left the bus
     if (sd_bus_message_read_basic(reply, 's', &owner) > 0) static_cast<Entry*>(data)->owner = owner;
     return 0;
 }
 
-/// One question at a time; whatever changes meanwhile is asked once more.
+/// One call at a time; a change meanwhile causes one more.
 void PlayerWatch::ask(Entry& entry) {
     entry.askAgain = entry.playerAsked != nullptr;
     if (entry.askAgain) return;
@@ -208,7 +209,8 @@ void PlayerWatch::takeSignal(sd_bus_message* signal) {
     if (sd_bus_message_read_basic(signal, 's', &interface) <= 0) return;
     if (!mpris::readProperties(signal, properties)) return;
     const bool mustAsk = invalidates(signal);
-    for (const auto& [name, entry] : players_) { // one connection may be several players
+    for (const auto& [name, entry] :
+         players_) { // one connection may own the names of several players
         if (entry->owner != sender) continue;
         handlers_.onTold(name, properties);
         if (mustAsk || (!entry->hasAnswered && !entry->playerAsked)) ask(*entry);

@@ -11,15 +11,15 @@
 
 namespace halvo::helper {
 
-/// Follows the players of one connection to the session bus. Asks without waiting: a player that
-/// does not answer stays unknown. A handler must not destroy the watch.
+/// Follows the players on one connection to the session bus. All calls are asynchronous: a player
+/// that does not answer stays unknown. A handler must not destroy the watch.
 class PlayerWatch {
   public:
     struct Handlers {
         std::function<void(const std::string& busName)> onAppeared;
         std::function<void(const std::string& busName)> onGone;
         std::function<void(const std::string& busName, mpris::PlayerProperties)> onTold;
-        std::function<void()> onDisconnected;     ///< the bus is gone
+        std::function<void()> onDisconnected;     ///< the bus has ended
         std::function<std::string()> shownPlayer; ///< the answer to a helper that sends a command
     };
 

@@ -1,4 +1,4 @@
-// halvo-cover-fetch URL: writes what the address holds to standard output, or nothing and fails.
+// halvo-cover-fetch URL: writes the content to standard output, or nothing and fails.
 
 #include "Cover.h"
 #include "posix/FileDescriptor.h"
@@ -20,8 +20,8 @@ using halvo::helper::kLargestCover;
 constexpr long kLongestTime = 5000; ///< milliseconds, from the first look-up to the last byte
 constexpr long kMostRedirects = 5;
 
-/// A cover is of no use to anyone once the program that asked for it is gone. That one has a single
-/// thread, so the signal does come with its end.
+/// Ends this process with its parent. The parent has a single thread, so the signal comes when that
+/// process ends.
 bool endsWithParent() {
     (void)::prctl(PR_SET_PDEATHSIG, SIGKILL);
     pollfd output{STDOUT_FILENO, 0, 0};

@@ -18,7 +18,7 @@ constexpr const char* kUsage =
     "             send this to the player that is reported\n";
 
 int runLoop() {
-    (void)std::signal(SIGPIPE, SIG_IGN); // a reader that has gone is told by the write
+    (void)std::signal(SIGPIPE, SIG_IGN); // the write reports a closed pipe
     const auto loop = halvo::helper::HelperLoop::create();
     return loop ? loop->run() : EXIT_FAILURE;
 }
@@ -37,7 +37,7 @@ int runWord(std::string_view word) {
 int main(int argc, char** argv) {
     try {
         return runWord(argc == 2 ? argv[1] : "");
-    } catch (const std::exception& problem) { // memory: the application starts us again
+    } catch (const std::exception& problem) { // out of memory: the application restarts this helper
         (void)std::fprintf(stderr, "%s\n", problem.what());
         return EXIT_FAILURE;
     }

@@ -10,13 +10,13 @@ struct xcb_connection_t;
 
 namespace halvo::desktop {
 
-/// Looks at a small area of the X11 screen over a connection of its own, cheaply enough to be asked
-/// a thousand times a second. One thread.
+/// Watches a small area of the X11 screen over a connection of its own; cheap enough for a thousand
+/// looks a second. One thread.
 class ScreenProbe {
   public:
     using Pixels = std::vector<std::uint32_t>;
 
-    /// What the area shows now is what `isChanged` compares with.
+    /// Remembers what the area shows now, for `isChanged`.
     ScreenProbe(const std::string& display, QRect area);
     ~ScreenProbe();
     ScreenProbe(const ScreenProbe&) = delete;

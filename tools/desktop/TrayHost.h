@@ -10,8 +10,8 @@
 
 namespace halvo::desktop {
 
-/// A desktop's tray without a picture of its own: watcher and host of status notifier items on the
-/// session bus, for one item. Main thread of Qt.
+/// A system tray that draws nothing: watcher and host of status notifier items on the session bus,
+/// for one item. Main thread of Qt.
 class TrayHost final : public QObject {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierWatcher")
@@ -21,18 +21,18 @@ class TrayHost final : public QObject {
     TrayHost();
     ~TrayHost() override;
 
-    /// Takes the watcher's name, or gives it back: a desktop's shell starts or ends.
+    /// Owns the watcher's bus name or releases it, as a desktop shell does when it starts or ends.
     void appear();
     void disappear();
     bool hasItem() const { return !item_.isEmpty(); }
     int newIcons() const { return newIcons_; }
 
-    /// What the item shows; null when it answers none. Waits for the answer.
+    /// The item's picture; null when it sends none. Waits for the answer.
     NotifierPixmap pixmap() const;
     QImage icon() const;
-    /// A click that the desktop reports at a place of the screen; does not wait.
+    /// Tells the item that it was clicked at this point of the screen; does not wait.
     void activate(int x, int y);
-    /// Chooses an entry of the item's menu, as a desktop that draws menus itself.
+    /// Activates an entry of the item's menu, as a desktop does that draws menus itself.
     void chooseMenuEntry(int id);
 
   public Q_SLOTS:
@@ -50,7 +50,7 @@ class TrayHost final : public QObject {
     int newIcons_ = 0;
 };
 
-/// The part of the desktop portal that tells light from dark.
+/// The desktop portal's setting of a light or dark style.
 class AppearancePortal final : public QObject {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.freedesktop.portal.Settings")

@@ -131,7 +131,7 @@ void VirtualDesktop::pressKey(int key) {
 
 void VirtualDesktop::clickItem(QPoint place, std::chrono::milliseconds held) {
     press(place, 1, held);
-    rest(std::chrono::milliseconds(60)); // a person's click, told when the button is up
+    rest(std::chrono::milliseconds(60)); // as long as a person's click
     tray_->activate(place.x(), place.y());
 }
 

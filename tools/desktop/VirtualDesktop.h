@@ -16,11 +16,11 @@ namespace halvo::desktop {
 /// The paths of the programs that a virtual desktop runs.
 struct Programs {
     std::string application;
-    std::string driver;       ///< the device's program
-    std::string driverBundle; ///< the folder that tells its version
+    std::string driver;       ///< the driver's program
+    std::string driverBundle; ///< its folder, which holds the version
 };
 
-/// A screen in memory with a tray, in a private session with the driver and the application as
+/// A virtual screen with a tray, in a private session with the driver and the application as
 /// they are shipped. The calling process becomes part of that session. One per process.
 class VirtualDesktop {
   public:
@@ -41,14 +41,14 @@ class VirtualDesktop {
     /// Ends the application by SIGTERM and waits for its end.
     void stopApplication();
 
-    /// A press and release of a mouse button at a place, as the hardware would make it.
+    /// Presses and releases a mouse button at a point, as an input event of the X server.
     void press(QPoint place, int button = 1, std::chrono::milliseconds held = {});
     /// A press and release of a key, by the screen's own number for it.
     void pressKey(int key);
     /// What clicking the item does: a press there, and the desktop's word of it.
     void clickItem(QPoint place, std::chrono::milliseconds held = {});
     QImage grab() const;
-    /// What differs from the bare screen, by its bounds; empty when nothing does.
+    /// The bounds of what differs from the empty screen; empty when nothing does.
     QRect drawnArea() const;
     /// Polls, with Qt's events running, until the condition holds.
     static bool waitFor(const std::function<bool()>& condition,

@@ -16,7 +16,7 @@ using namespace std::chrono_literals;
 
 constexpr QPoint kItem{1000, 10};
 
-/// Three notes that come and go, so that the icon has something to show.
+/// Three notes that swell and fade, so that the icon moves.
 std::vector<float> music() {
     constexpr double kRate = 48000;
     std::vector<float> samples;
@@ -31,7 +31,7 @@ std::vector<float> music() {
     return samples;
 }
 
-/// Writes what the screen shows once it has stopped changing.
+/// Writes a picture of the screen once it has stopped changing.
 void save(const VirtualDesktop& desktop, const QString& path) {
     QRect area;
     (void)VirtualDesktop::waitFor([&] {
@@ -70,7 +70,7 @@ void takePictures(VirtualDesktop& desktop, const QDir& folder) {
 
 } // namespace
 
-/// Runs the application on a screen in memory and writes pictures of it into a folder.
+/// Runs the application on a virtual screen and writes pictures of it into a folder.
 int main(int argc, char** argv) {
     if (argc != 2) {
         (void)std::fputs("Usage: halvo-desktop FOLDER\n", stderr);

@@ -124,7 +124,7 @@ void ScriptedPlayer::serve() {
         const std::lock_guard lock(mutex_);
         while (sd_bus_process(bus_.get(), nullptr) > 0) {
         }
-        (void)sd_bus_flush(bus_.get()); // a bus that has gone is the reader's affair
+        (void)sd_bus_flush(bus_.get()); // the reader notices a bus that has ended
     }
 }
 
@@ -132,7 +132,7 @@ void ScriptedPlayer::tell(const char* property) {
     (void)sd_bus_emit_properties_changed(bus_.get(), mpris::kPath, mpris::kPlayerInterface,
                                          property, nullptr);
     (void)sd_bus_flush(bus_.get());
-    (void)::eventfd_write(wake_, 1); // what came meanwhile may lie in the library's queue
+    (void)::eventfd_write(wake_, 1); // a message may lie in the library's queue
 }
 
 void ScriptedPlayer::setStatus(const std::string& status) {

@@ -14,8 +14,8 @@
 
 namespace halvo::media {
 
-/// A player on the session bus (MPRIS) that plays nothing and says what it is told to, in whatever
-/// types. It serves on a thread of its own; no thread at a time but one may use it.
+/// A player on the session bus (MPRIS) that plays nothing and reports what it is told to, in values
+/// of any type. It serves on a thread of its own; use it from one thread at a time.
 class ScriptedPlayer {
   public:
     using Value = std::variant<std::string, std::vector<std::string>, std::int64_t, std::uint64_t,
@@ -30,12 +30,12 @@ class ScriptedPlayer {
     ScriptedPlayer(const ScriptedPlayer&) = delete;
     ScriptedPlayer& operator=(const ScriptedPlayer&) = delete;
 
-    /// "Playing", "Paused", "Stopped", or anything else; told to everybody.
+    /// "Playing", "Paused", "Stopped", or anything else; signalled on the bus.
     void setStatus(const std::string& status);
     void setMetadata(Metadata metadata);
-    /// While it hangs, it takes nothing from the bus.
+    /// While it hangs, it reads nothing from the bus.
     void setHanging(bool hangs) { hangs_ = hangs; }
-    /// The commands that it was given, by the names of their methods.
+    /// The names of the methods that were called.
     std::vector<std::string> commands() const;
 
   private:
@@ -49,13 +49,13 @@ class ScriptedPlayer {
                       sd_bus_message* reply, void* data, sd_bus_error* error);
     static int obey(sd_bus_message* call, void* data, sd_bus_error* error);
 
-    mutable std::recursive_mutex mutex_; ///< for the bus and what is told
+    mutable std::recursive_mutex mutex_; ///< guards the bus and the values
     mpris::Bus bus_;
     std::string status_ = "Stopped";
     Metadata metadata_;
     std::vector<std::string> commands_;
 
-    int wake_; ///< ends the thread's waiting
+    int wake_; ///< wakes the thread
     std::atomic<bool> hangs_{false};
     std::atomic<bool> ends_{false};
     std::thread thread_;

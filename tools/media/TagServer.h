@@ -16,8 +16,8 @@ class QTcpSocket;
 
 namespace halvo::media {
 
-/// A tag service on this machine's loopback, over real HTTP, that behaves as it is told. It serves
-/// on a thread of its own. Any thread; needs an application object.
+/// An HTTP server on the loopback interface that answers as the tag service would, or fails as it
+/// is told to. It serves on a thread of its own. Any thread; needs an application object.
 class TagServer {
   public:
     using Tags = std::vector<std::pair<std::string, int>>;
@@ -29,11 +29,11 @@ class TagServer {
         page,        ///< status 200, and a page of HTML
         serverError,
         tooLarge, ///< 10 MB
-        drips,    ///< a byte every 100 ms, for ever
-        hangs,    ///< takes the request and says nothing
+        drips,    ///< a byte every 100 ms, without end
+        hangs,    ///< reads the request and never answers
     };
 
-    /// Files of a certificate and its key; it speaks TLS then.
+    /// Files with a certificate and its key, for HTTPS.
     struct Identity {
         std::string certificateFile;
         std::string keyFile;
@@ -50,11 +50,11 @@ class TagServer {
     void setBehaviour(Behaviour behaviour);
     /// The answer for an artist; others have no tags.
     void setTags(const std::string& artist, Tags tags);
-    /// What another path holds, such as a cover.
+    /// The content at another path, such as a cover.
     void setContent(const std::string& path, std::string bytes);
 
     struct Request {
-        std::string target; ///< path and query as they came
+        std::string target; ///< path and query, as received
         std::string userAgent;
     };
     std::vector<Request> requests() const;
@@ -64,14 +64,14 @@ class TagServer {
     std::string answerFor(const std::string& target) const;
     void respond(QTcpSocket& socket, const std::string& target) const;
 
-    mutable std::mutex mutex_; ///< for what stands up to the thread
+    mutable std::mutex mutex_; ///< guards the members down to requests_
     Behaviour behaviour_ = Behaviour::answers;
     std::map<std::string, Tags> tags_;
     std::map<std::string, std::string> contents_;
     std::vector<Request> requests_;
 
     QThread thread_;
-    QTcpServer* server_ = nullptr; ///< lives on the thread and ends with it
+    QTcpServer* server_ = nullptr; ///< belongs to the thread, which deletes it
     std::uint16_t port_ = 0;
     bool isSecure_;
 };

@@ -9,7 +9,7 @@
 
 namespace halvo {
 
-/// The whole application on a machine in memory: two outputs, a ring, and something that plays.
+/// The whole application on fakes: two outputs, a ring, and a client that plays.
 class OfflineMachine {
   public:
     OfflineMachine();
@@ -17,7 +17,7 @@ class OfflineMachine {
 
     AppDelegate& delegate() { return *delegate_; }
     FakePlatform& fake() { return fake_; }
-    /// What the delegate gave to its panel.
+    /// What the delegate hands to its panel.
     const PopoverServices& services() const { return *fake_.panelWindow.services; }
     /// "quit" runs the delegate's shutdown path and sets `hasQuit`.
     PanelHost host(VolumeTaper taper = VolumeTaper::identity);
@@ -25,7 +25,7 @@ class OfflineMachine {
 
     /// Lets virtual time pass.
     void advance(MainQueue::Duration time) { fake_.mainQueue.advance(time); }
-    /// Puts the spectrum where the music would have it at this time, in seconds.
+    /// Sets the spectrum to what the music has at this time, in seconds.
     void moveSpectrum(double seconds);
     void playTrack(const std::string& title, const std::string& artist);
     void unplugOutputs();

@@ -17,7 +17,7 @@ namespace {
 
 using Accept = std::function<bool(QQuickItem&)>;
 
-/// The grab without the corners, which not every screen in memory shows as clear.
+/// The grab without the corners, which not every offscreen platform shows as transparent.
 QImage rounded(const QImage& grab, qreal radius) {
     QImage image(grab.size(), QImage::Format_ARGB32_Premultiplied);
     image.setDevicePixelRatio(grab.devicePixelRatio());
@@ -109,7 +109,7 @@ void OfflinePanel::send(QWindow& window, QEvent::Type type, QPointF place, Qt::M
 }
 
 void OfflinePanel::press(QPointF place, Qt::MouseButton button) {
-    time_ += 1000; // far enough from the last press to be no double click
+    time_ += 1000; // long enough after the last press to be no double click
     buttons_ = button;
     send(window_, QEvent::MouseButtonPress, place, button);
 }

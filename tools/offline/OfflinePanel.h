@@ -11,7 +11,7 @@
 
 namespace halvo {
 
-/// The panel in a window, with the events of a mouse and a keyboard for whoever has neither.
+/// The panel in a window, with synthetic events of mouse and keyboard.
 class OfflinePanel {
   public:
     explicit OfflinePanel(OfflineMachine& machine, VolumeTaper taper = VolumeTaper::identity);
@@ -25,9 +25,9 @@ class OfflinePanel {
 
     /// The visible item of a view's name; the `index`th of them, and null where there is none.
     QQuickItem* find(const QString& view, int index = 0, QQuickWindow* window = nullptr);
-    /// The visible control that screen readers know by this name.
+    /// The visible control with this accessible name.
     QQuickItem* named(const QString& name, QQuickWindow* window = nullptr);
-    /// What screen readers call the item.
+    /// The item's accessible name.
     static QString nameOf(QQuickItem* item);
     /// The open menu's window; null when there is none.
     QQuickWindow* menu();

@@ -17,7 +17,7 @@ namespace {
 constexpr int kSpectrumPeriod = 43; ///< milliseconds: 2048 frames at 48 kHz
 constexpr int kTurnPeriod = 10;
 
-/// Before the application object, which reads them.
+/// Before the application object is made, which reads them.
 void settleEnvironment(int argc, char** argv) {
     for (int i = 1; i + 1 < argc; ++i) {
         if (std::strcmp(argv[i], "--scale") == 0) qputenv("QT_SCALE_FACTOR", argv[i + 1]);

@@ -19,11 +19,11 @@ namespace {
 using std::chrono::milliseconds;
 using Clock = std::chrono::steady_clock;
 
-/// The dead application's hold on the lock ends an instant after its pipe.
+/// The dead application's lock is released an instant after its pipe closes.
 constexpr milliseconds kLongestLock{200};
 constexpr milliseconds kPause{50};
-/// The session manager writes levels and default down a second after they changed; until then a
-/// server that dies comes back with what was before. Twice that.
+/// The session manager saves levels and default one second after a change; a server that dies
+/// before comes back with the old ones. Twice that.
 constexpr milliseconds kManagersDelay{2000};
 
 /// Here nobody listens to the hardware.
@@ -51,7 +51,8 @@ SessionRestore::Result SessionRestore::run(milliseconds longest) {
     for (; Clock::now() < end; std::this_thread::sleep_for(kPause)) {
         const auto left = std::chrono::duration_cast<milliseconds>(end - Clock::now());
         if (!connection->waitUntilReady(left)) continue;
-        // Let go of between attempts: an application that starts meanwhile takes it and does all.
+        // Released between attempts: an application that starts meanwhile takes it and restores
+        // all.
         auto lock = SessionLock::take(SessionLock::standardPath(), kLongestLock);
         if (!lock) return Result::running;
         // What it found raised stands in no other place any more.

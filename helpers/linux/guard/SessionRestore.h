@@ -7,14 +7,14 @@ namespace halvo {
 class AudioServer;
 class PipeWireConnection;
 
-/// Gives devices and default back in place of an application that has died, by the saved records
-/// alone, which stay for the application's next start. One thread.
+/// Restores devices and default output in place of an application that has died, from the saved
+/// records alone; these stay for the application's next start. One thread.
 class SessionRestore {
   public:
     enum class Result {
-        done,    ///< nothing is left to give back, or never was
-        running, ///< an application is there again and does it itself
-        failed,  ///< no server, or one that does not do as asked
+        done,    ///< nothing is left to restore
+        running, ///< an application runs again and does it itself
+        failed,  ///< no server, or one that refuses
     };
 
     /// Tries until `longest` has passed: a server that crashed comes back, and a session manager

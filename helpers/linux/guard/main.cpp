@@ -1,5 +1,5 @@
 // Waits for the application's end: resident, and so small that it links nothing but the C library.
-// What there is to do then is another program's.
+// Another program does what has to be done then.
 
 #include <array>
 #include <cerrno>
@@ -21,7 +21,7 @@ constexpr const char* kRestoreProgram = "halvo-restore";
 
 enum class End { orderly, bad, unknown };
 
-/// Sleeps until the application says that nothing is left to give back, or is gone.
+/// Sleeps until the application reports that nothing is left to restore, or has ended.
 End waitForTheEnd() {
     char word = 0;
     for (;;) {
@@ -32,7 +32,7 @@ End waitForTheEnd() {
     }
 }
 
-/// Turns this process into the program beside it.
+/// Executes the program beside this one.
 void become(const char* name) {
     std::array<char, 4096> path{};
     const ssize_t length = ::readlink("/proc/self/exe", path.data(), path.size() - 1);

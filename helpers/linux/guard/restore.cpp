@@ -10,7 +10,7 @@ namespace {
 
 using Result = halvo::SessionRestore::Result;
 
-/// Service managers start a server that died again within seconds, or not at all by themselves.
+/// Service managers restart a server that died within seconds, or not at all.
 constexpr std::chrono::seconds kLongest{10};
 
 constexpr const char* kUsage =
@@ -37,7 +37,7 @@ int main(int argc, char** /*argv*/) {
     }
     try {
         return restore();
-    } catch (const std::exception& problem) { // memory: the next start does it
+    } catch (const std::exception& problem) { // out of memory: the next start restores
         (void)std::fprintf(stderr, "%s\n", problem.what());
         return EXIT_FAILURE;
     }
