@@ -18,6 +18,10 @@ constexpr std::array<float, kBandCount> kGains{5, 4, 3, 1.5F, -0.5F, -1, 0.5F, 2
 constexpr float kPreamp = -6; // dB
 constexpr float kVolume = 0.8F;
 
+std::span<float> stereo(float* samples, std::int64_t frames) {
+    return {samples, static_cast<std::size_t>(frames * 2)};
+}
+
 } // namespace
 
 RenderPieces::RenderPieces()
@@ -44,11 +48,11 @@ std::span<const Piece> RenderPieces::cascades() {
          }},
         {"fourLanes",
          [](RenderPieces& self, float* samples, std::int64_t frames) {
-             self.fourLanes_.process(samples, frames, self.coefficients_);
+             self.fourLanes_.process({samples, frames, 2}, self.coefficients_);
          }},
         {"eightLanes",
          [](RenderPieces& self, float* samples, std::int64_t frames) {
-             self.eightLanes_.process(samples, frames, self.coefficients_);
+             self.eightLanes_.process({samples, frames, 2}, self.coefficients_);
          },
          [] { return BiquadCascade::canRun(Form::EightLanes); }},
     };
@@ -58,21 +62,21 @@ std::span<const Piece> RenderPieces::cascades() {
 std::span<const Piece> RenderPieces::stages() {
     static constexpr Piece pieces[] = {
         {"preamp", [](RenderPieces&, float* samples,
-                      std::int64_t frames) { scaleSamples(samples, frames * 2, 0.501187F); }},
+                      std::int64_t frames) { scaleSamples(stereo(samples, frames), 0.501187F); }},
         {"equalizer", [](RenderPieces& self, float* samples,
                          std::int64_t frames) { self.equalizer_.process(samples, frames); }},
-        {"softClip",
-         [](RenderPieces&, float* samples, std::int64_t frames) { softClip(samples, frames * 2); }},
+        {"softClip", [](RenderPieces&, float* samples,
+                        std::int64_t frames) { softClip(stereo(samples, frames)); }},
         {"peak",
          [](RenderPieces& self, float* samples, std::int64_t frames) {
-             self.meter_.rawPeak.set(maximumMagnitude(samples, frames * 2));
+             self.meter_.rawPeak.set(maximumMagnitude(stereo(samples, frames)));
          }},
         {"meter", [](RenderPieces& self, float* samples,
                      std::int64_t frames) { self.meter_.captureAmplitude(samples, frames, 2); }},
         {"spectrum", [](RenderPieces& self, float* samples,
-                        std::int64_t frames) { self.spectrum_.feed(samples, frames, 2, 48000); }},
+                        std::int64_t frames) { self.spectrum_.feed({samples, frames, 2}, 48000); }},
         {"volume", [](RenderPieces&, float* samples,
-                      std::int64_t frames) { scaleSamples(samples, frames * 2, kVolume); }},
+                      std::int64_t frames) { scaleSamples(stereo(samples, frames), kVolume); }},
     };
     return pieces;
 }

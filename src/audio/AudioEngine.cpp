@@ -1,7 +1,6 @@
 #include "audio/AudioEngine.h"
 
 #include "audio/SampleMath.h"
-#include "base/CheckedArithmetic.h"
 #include "platform/StandardOutput.h"
 
 #include <algorithm>
@@ -83,35 +82,33 @@ void AudioEngine::setCurrentPreset(std::optional<EQPreset> preset) {
 
 void AudioEngine::processBuffer(float* samples, std::int64_t frameCount,
                                 std::int64_t channelCount) noexcept HALVO_REALTIME {
-    const std::int64_t count =
-        checkedMultiply(checkedCount(frameCount), checkedCount(channelCount));
-    equalizer_.process(samples, frameCount, channelCount);
-    meter_.rawPeak.set(maximumMagnitude(samples, count));
-    meter_.captureAmplitude(samples, frameCount, channelCount);
-    feedSpectrum(samples, frameCount, channelCount);
-    const float volume = outputVolume_.load(std::memory_order_relaxed);
-    if (volume < kUnityVolume) scaleSamples(samples, count, volume);
+    process({samples, frameCount, channelCount});
 }
 
-void AudioEngine::feedSpectrum(const float* samples, std::int64_t frameCount,
-                               std::int64_t channelCount) noexcept HALVO_REALTIME {
+void AudioEngine::process(const SampleBlock& block) noexcept HALVO_REALTIME {
+    equalizer_.process(block);
+    meter_.rawPeak.set(maximumMagnitude(block.samples()));
+    meter_.captureAmplitude(block.samples());
+    feedSpectrum(block);
+    const float volume = outputVolume_.load(std::memory_order_relaxed);
+    if (volume < kUnityVolume) scaleSamples(block.samples(), volume);
+}
+
+void AudioEngine::feedSpectrum(const SampleBlock& block) noexcept HALVO_REALTIME {
     const auto ring = ringBuffer_.format();
     const auto rate =
         ring ? static_cast<float>(ring->sampleRate) : static_cast<float>(kDefaultFormat.sampleRate);
     if (rate < SpectrumAnalyzer::kMinimumSampleRate) return;
-    spectrum_.feed(samples, frameCount, channelCount, rate);
+    spectrum_.feed(block, rate);
 }
 
 void AudioEngine::render(const RenderBuffer& buffer,
                          std::uint32_t frameCount) noexcept HALVO_REALTIME {
-    const std::int64_t frames = frameCount;
-    const std::int64_t channels = buffer.channels;
-    const auto got = ringBuffer_.readFrames(buffer.data, frames, buffer.channels);
-    if (got < frames) { // silence for what is missing, never stale sound
-        std::fill_n(buffer.data + checkedMultiply(got, channels),
-                    checkedMultiply(frames - got, channels), 0.0F);
-    }
-    processBuffer(buffer.data, frames, channels);
+    const SampleBlock block(buffer.data, frameCount, buffer.channels);
+    const auto got = ringBuffer_.readFrames(buffer.data, frameCount, buffer.channels);
+    // Silence for what is missing, never stale sound.
+    std::ranges::fill(block.samples().subspan(sampleCount(got, buffer.channels)), 0.0F);
+    process(block);
 }
 
 StreamFormat AudioEngine::streamFormat() const {

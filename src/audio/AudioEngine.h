@@ -2,6 +2,7 @@
 
 #include "audio/AudioMeter.h"
 #include "audio/EqualizerStage.h"
+#include "audio/SampleBlock.h"
 #include "audio/SharedRingBufferReader.h"
 #include "audio/SpectrumAnalyzer.h"
 #include "base/EQPreset.h"
@@ -70,8 +71,8 @@ class AudioEngine {
     friend OSStatus renderCallback(void*, std::uint32_t*, const RenderTimestamp*, std::uint32_t,
                                    std::uint32_t, RenderBufferList*) noexcept HALVO_REALTIME;
     void render(const RenderBuffer& buffer, std::uint32_t frameCount) noexcept HALVO_REALTIME;
-    void feedSpectrum(const float* samples, std::int64_t frameCount,
-                      std::int64_t channelCount) noexcept HALVO_REALTIME;
+    void process(const SampleBlock& block) noexcept HALVO_REALTIME;
+    void feedSpectrum(const SampleBlock& block) noexcept HALVO_REALTIME;
     StreamFormat streamFormat() const;
 
     // Main thread.

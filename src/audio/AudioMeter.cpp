@@ -1,7 +1,7 @@
 #include "audio/AudioMeter.h"
 
+#include "audio/SampleBlock.h"
 #include "audio/SampleMath.h"
-#include "base/CheckedArithmetic.h"
 #include "platform/MainQueue.h"
 
 #include <algorithm>
@@ -49,12 +49,15 @@ void AudioMeter::tick() {
 
 void AudioMeter::captureAmplitude(const float* samples, std::int64_t frameCount,
                                   std::int64_t channelCount) noexcept HALVO_REALTIME {
-    const auto count = checkedMultiply(checkedCount(frameCount), checkedCount(channelCount));
+    captureAmplitude({samples, sampleCount(frameCount, channelCount)});
+}
+
+void AudioMeter::captureAmplitude(std::span<const float> samples) noexcept HALVO_REALTIME {
     const auto run = run_.load(std::memory_order_relaxed);
     if (run != latest_.run) latest_ = {{}, run};
     auto& history = latest_.history;
     std::copy(history.begin() + 1, history.end(), history.begin());
-    history.back() = rootMeanSquare(samples, count);
+    history.back() = rootMeanSquare(samples);
     captured_.write(latest_);
 }
 

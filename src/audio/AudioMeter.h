@@ -9,6 +9,7 @@
 #include <atomic>
 #include <cstdint>
 #include <functional>
+#include <span>
 #include <vector>
 
 namespace halvo {
@@ -50,6 +51,7 @@ class AudioMeter {
     /// Render thread.
     void captureAmplitude(const float* samples, std::int64_t frameCount,
                           std::int64_t channelCount) noexcept HALVO_REALTIME;
+    void captureAmplitude(std::span<const float> samples) noexcept HALVO_REALTIME;
 
   private:
     /// A history and the run of the meter that it belongs to.

@@ -1,7 +1,5 @@
 #include "audio/BiquadCascade.h"
 
-#include "base/CheckedArithmetic.h"
-
 #include <cmath>
 
 namespace halvo {
@@ -23,13 +21,13 @@ BiquadCascade::Form BiquadCascade::fastestForm() {
 #endif
 }
 
-void BiquadCascade::process(float* frames, std::int64_t frameCount,
+void BiquadCascade::process(const SampleBlock& stereo,
                             const Coefficients& coefficients) noexcept HALVO_REALTIME {
-    (void)checkedMultiply<std::int64_t>(checkedCount(frameCount), 2);
+    float* const frames = stereo.samples().data();
     if (form_ == Form::EightLanes) {
-        wavefrontOfEightLanes(frames, frameCount, coefficients.data(), memory_);
+        wavefrontOfEightLanes(frames, stereo.frameCount(), coefficients.data(), memory_);
     } else {
-        wavefrontOfFourLanes(frames, frameCount, coefficients.data(), memory_);
+        wavefrontOfFourLanes(frames, stereo.frameCount(), coefficients.data(), memory_);
     }
     heal();
 }

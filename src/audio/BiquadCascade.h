@@ -2,11 +2,11 @@
 
 #include "audio/BandFrequencies.h"
 #include "audio/BiquadCoefficients.h"
+#include "audio/SampleBlock.h"
 #include "audio/WavefrontMemory.h"
 #include "base/Realtime.h"
 
 #include <array>
-#include <cstdint>
 
 namespace halvo {
 
@@ -27,8 +27,8 @@ class BiquadCascade {
 
     explicit BiquadCascade(Form form = fastestForm()) : form_(form) {}
 
-    /// Filters `frameCount` frames in place.
-    void process(float* frames, std::int64_t frameCount,
+    /// Filters a block of two channels in place.
+    void process(const SampleBlock& stereo,
                  const Coefficients& coefficients) noexcept HALVO_REALTIME;
 
     /// Empties the memory. Not while another thread processes.

@@ -1,7 +1,6 @@
 #include "audio/EqualizerStage.h"
 
 #include "audio/SampleMath.h"
-#include "base/CheckedArithmetic.h"
 
 #include <cmath>
 
@@ -11,20 +10,16 @@ void EqualizerStage::setPreamp(float decibels) {
     preampGain_.store(std::pow(10.0F, decibels / 20.0F), std::memory_order_relaxed);
 }
 
-void EqualizerStage::process(float* samples, std::int64_t frameCount,
-                             std::int64_t channelCount) noexcept HALVO_REALTIME {
+void EqualizerStage::process(const SampleBlock& block) noexcept HALVO_REALTIME {
     if (!isEnabled()) return;
-    shape(samples, frameCount, channelCount);
-    softClip(samples, frameCount * channelCount);
+    shape(block);
+    softClip(block.samples());
 }
 
-void EqualizerStage::shape(float* samples, std::int64_t frameCount,
-                           std::int64_t channelCount) noexcept HALVO_REALTIME {
-    const std::int64_t count =
-        checkedMultiply(checkedCount(frameCount), checkedCount(channelCount));
+void EqualizerStage::shape(const SampleBlock& block) noexcept HALVO_REALTIME {
     const float gain = preampGain_.load(std::memory_order_relaxed);
-    if (gain != 1.0F) scaleSamples(samples, count, gain);
-    if (channelCount == 2) bands_.process(samples, frameCount); // a stereo design
+    if (gain != 1.0F) scaleSamples(block.samples(), gain);
+    if (block.channelCount() == 2) bands_.process(block); // a stereo design
 }
 
 } // namespace halvo

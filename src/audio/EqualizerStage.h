@@ -1,10 +1,10 @@
 #pragma once
 
+#include "audio/SampleBlock.h"
 #include "audio/TenBandEQ.h"
 #include "base/Realtime.h"
 
 #include <atomic>
-#include <cstdint>
 
 namespace halvo {
 
@@ -21,13 +21,11 @@ class EqualizerStage {
     }
     TenBandEQ& bands() { return bands_; }
 
-    /// Processes interleaved samples in place. Negative counts end the process. Render thread.
-    void process(float* samples, std::int64_t frameCount,
-                 std::int64_t channelCount) noexcept HALVO_REALTIME;
+    /// Render thread.
+    void process(const SampleBlock& block) noexcept HALVO_REALTIME;
 
     /// The part of `process` ahead of the clip, whether it is on or off. Render thread.
-    void shape(float* samples, std::int64_t frameCount,
-               std::int64_t channelCount) noexcept HALVO_REALTIME;
+    void shape(const SampleBlock& block) noexcept HALVO_REALTIME;
 
   private:
     std::atomic<float> preampGain_{1}; ///< linear; 1 = none

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <cstring>
+#include <iterator>
 
 namespace halvo {
 
@@ -23,7 +25,9 @@ Vector vectorAt(const float* samples) noexcept HALVO_REALTIME {
 
 /// The sum of what `term` makes of each value; it takes single values and vectors of them.
 template <typename Term>
-float sumOf(const float* values, std::int64_t count, Term term) noexcept HALVO_REALTIME {
+float sumOf(std::span<const float> span, Term term) noexcept HALVO_REALTIME {
+    const float* const values = span.data();
+    const auto count = static_cast<std::int64_t>(span.size());
     Vector sums[kVectors]{};
     std::int64_t i = 0;
     for (; i + kLanes <= count; i += kLanes) {
@@ -42,23 +46,25 @@ float sumOf(const float* values, std::int64_t count, Term term) noexcept HALVO_R
 
 } // namespace
 
-void scaleSamples(float* samples, std::int64_t count, float gain) noexcept HALVO_REALTIME {
-    for (std::int64_t i = 0; i < count; ++i)
-        samples[i] *= gain;
+void scaleSamples(std::span<float> samples, float gain) noexcept HALVO_REALTIME {
+    for (float& sample : samples)
+        sample *= gain;
 }
 
-void softClip(float* samples, std::int64_t count) noexcept HALVO_REALTIME {
+void softClip(std::span<float> samples) noexcept HALVO_REALTIME {
     // To look is cheaper than to divide, and most blocks stay within bounds.
-    if (maximumMagnitude(samples, count) <= 1.0F) return;
-    for (std::int64_t i = 0; i < count; ++i) {
-        const float x = samples[i];
+    if (maximumMagnitude(samples) <= 1.0F) return;
+    for (float& sample : samples) {
+        const float x = sample;
         const float magnitude = std::fabs(x);
         const float bent = 1.0F - 1.0F / (magnitude + 1.0F);
-        samples[i] = magnitude > 1.0F ? std::copysign(bent, x) : x;
+        sample = magnitude > 1.0F ? std::copysign(bent, x) : x;
     }
 }
 
-float maximumMagnitude(const float* samples, std::int64_t count) noexcept HALVO_REALTIME {
+float maximumMagnitude(std::span<const float> span) noexcept HALVO_REALTIME {
+    const float* const samples = span.data();
+    const auto count = static_cast<std::int64_t>(span.size());
     Vector largest[kVectors]{};
     std::int64_t i = 0;
     for (; i + kLanes <= count; i += kLanes) {
@@ -79,14 +85,14 @@ float maximumMagnitude(const float* samples, std::int64_t count) noexcept HALVO_
     return result;
 }
 
-float sum(const float* values, std::int64_t count) noexcept HALVO_REALTIME {
-    return sumOf(values, count, [](auto x) { return x; });
+float sum(std::span<const float> values) noexcept HALVO_REALTIME {
+    return sumOf(values, [](auto x) { return x; });
 }
 
-float rootMeanSquare(const float* samples, std::int64_t count) noexcept HALVO_REALTIME {
-    if (count <= 0) return 0;
-    const float squares = sumOf(samples, count, [](auto x) { return x * x; });
-    return std::sqrt(squares / static_cast<float>(count));
+float rootMeanSquare(std::span<const float> samples) noexcept HALVO_REALTIME {
+    if (samples.empty()) return 0;
+    const float squares = sumOf(samples, [](auto x) { return x * x; });
+    return std::sqrt(squares / static_cast<float>(std::ssize(samples)));
 }
 
 } // namespace halvo

@@ -2,27 +2,27 @@
 
 #include "base/Realtime.h"
 
-#include <cstdint>
+#include <span>
 
 namespace halvo {
 
-/// Operations on `count` samples, in place where they change them. Render thread.
+/// Operations on samples, in place where they change them. Render thread.
 
 /// Multiplies every sample by `gain`.
-void scaleSamples(float* samples, std::int64_t count, float gain) noexcept HALVO_REALTIME;
+void scaleSamples(std::span<float> samples, float gain) noexcept HALVO_REALTIME;
 
 /// Bends samples beyond full scale back: x > 1 becomes 1 − 1/(x + 1), and mirrored below −1.
 /// Samples within [−1, 1] stay. By design the curve jumps at the bounds: just above 1 gives just
 /// above 0.5, and the result approaches 1 only as x grows.
-void softClip(float* samples, std::int64_t count) noexcept HALVO_REALTIME;
+void softClip(std::span<float> samples) noexcept HALVO_REALTIME;
 
 /// The largest magnitude; 0 of nothing.
-float maximumMagnitude(const float* samples, std::int64_t count) noexcept HALVO_REALTIME;
+float maximumMagnitude(std::span<const float> samples) noexcept HALVO_REALTIME;
 
 /// The sum, in no particular order; 0 of nothing.
-float sum(const float* values, std::int64_t count) noexcept HALVO_REALTIME;
+float sum(std::span<const float> values) noexcept HALVO_REALTIME;
 
 /// The root of the mean of the squares; 0 of nothing.
-float rootMeanSquare(const float* samples, std::int64_t count) noexcept HALVO_REALTIME;
+float rootMeanSquare(std::span<const float> samples) noexcept HALVO_REALTIME;
 
 } // namespace halvo

@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <numbers>
+#include <span>
 
 namespace halvo {
 
@@ -27,8 +29,10 @@ SpectrumAnalyzer::SpectrumAnalyzer() {
     }
 }
 
-void SpectrumAnalyzer::feed(const float* samples, std::int64_t frameCount,
-                            std::int64_t channelCount, float sampleRate) noexcept HALVO_REALTIME {
+void SpectrumAnalyzer::feed(const SampleBlock& block, float sampleRate) noexcept HALVO_REALTIME {
+    const float* samples = block.samples().data();
+    std::int64_t frameCount = block.frameCount();
+    const std::int64_t channelCount = block.channelCount();
     while (frameCount > 0) {
         const auto room = static_cast<std::int64_t>(kFFTSize - accumulatedCount_);
         const std::int64_t count = std::min(frameCount, room);
@@ -90,8 +94,8 @@ void SpectrumAnalyzer::runFFT(float sampleRate) noexcept HALVO_REALTIME {
 float SpectrumAnalyzer::bandLevel(std::size_t band,
                                   float sampleRate) const noexcept HALVO_REALTIME {
     const auto [lowest, highest] = binsOfBand(band, sampleRate);
-    const auto count = static_cast<std::int64_t>(highest - lowest + 1);
-    const float mean = sum(&magnitudes_[lowest], count) / static_cast<float>(count);
+    const std::span bins(&magnitudes_[lowest], highest - lowest + 1);
+    const float mean = sum(bins) / static_cast<float>(std::ssize(bins));
     const float power = mean * kBinsPerHertz;
     // In this order a power that is no number counts as silence and does not stay in the smoothing.
     const float decibels = 10 * std::log10(std::max(kQuietest, power));

@@ -2,6 +2,7 @@
 
 #include "audio/BandFrequencies.h"
 #include "audio/RealFFT.h"
+#include "audio/SampleBlock.h"
 #include "audio/TripleBuffer.h"
 #include "base/Realtime.h"
 
@@ -25,10 +26,9 @@ class SpectrumAnalyzer {
 
     SpectrumAnalyzer();
 
-    /// Takes interleaved samples in, the mean of the first two channels; runs the FFT whenever 2048
+    /// Takes in a block, the mean of the first two channels; runs the FFT whenever 2048
     /// frames are together. Render thread.
-    void feed(const float* samples, std::int64_t frameCount, std::int64_t channelCount,
-              float sampleRate) noexcept HALVO_REALTIME;
+    void feed(const SampleBlock& block, float sampleRate) noexcept HALVO_REALTIME;
 
     /// Receives the levels on the main thread.
     std::function<void(const BandLevels&)> onSpectrumUpdate;

@@ -15,7 +15,11 @@ void TenBandEQ::setBands(std::span<const float> gains) {
 }
 
 void TenBandEQ::process(float* frames, std::int64_t frameCount) noexcept HALVO_REALTIME {
-    cascade_.process(frames, frameCount, published_.read());
+    process(SampleBlock(frames, frameCount, 2));
+}
+
+void TenBandEQ::process(const SampleBlock& stereo) noexcept HALVO_REALTIME {
+    cascade_.process(stereo, published_.read());
 }
 
 } // namespace halvo

@@ -19,8 +19,10 @@ class TenBandEQ {
     /// what follows the tenth is ignored. The filters' memory is kept. Main thread.
     void setBands(std::span<const float> gains);
 
-    /// Filters `frameCount` interleaved stereo frames in place. Render thread.
+    /// Filters `frameCount` interleaved stereo frames in place. A negative or
+    /// overflowing count ends the process. Render thread.
     void process(float* frames, std::int64_t frameCount) noexcept HALVO_REALTIME;
+    void process(const SampleBlock& stereo) noexcept HALVO_REALTIME;
 
     /// Empties the filters' memory. Main thread, while nothing is rendered.
     void resetState() { cascade_.reset(); }

@@ -51,12 +51,13 @@ OfflineEqualizer::OfflineEqualizer(const EQPreset& preset, int sampleRate, bool 
 
 void OfflineEqualizer::process(float* frames, std::int64_t frameCount) {
     if (!stage_.isEnabled()) return;
+    const SampleBlock block(frames, frameCount, 2);
     const std::int64_t count = 2 * frameCount;
-    stage_.shape(frames, frameCount, 2);
-    const float peak = maximumMagnitude(frames, count);
+    stage_.shape(block);
+    const float peak = maximumMagnitude(block.samples());
     if (peak > 1) clippedSamples_ += countBeyondFullScale(frames, count);
     peak_ = std::max(peak_, peak);
-    softClip(frames, count);
+    softClip(block.samples());
     notFinite_ += silenceNotFinite(frames, count); // as the output does
 }
 

@@ -72,7 +72,8 @@ TEST_P(BiquadCascadeForms, EqualThePlainLoopToTheLastBitInAnyPieces) {
         auto heard = blocks.next(frames);
         if (round % 100 == 99) heard.assign(200'000, 0.0F); // long enough to fade to nothing
         auto wanted = heard;
-        cascade.process(heard.data(), static_cast<std::int64_t>(heard.size() / 2), coefficients);
+        cascade.process({heard.data(), static_cast<std::int64_t>(heard.size() / 2), 2},
+                        coefficients);
         plain.process(wanted.data(), static_cast<std::int64_t>(wanted.size() / 2), coefficients);
         ASSERT_TRUE(isSame(heard, wanted)) << "round " << round << ", " << frames << " frames";
         subnormal += std::ranges::any_of(

@@ -1,6 +1,6 @@
 #include "audio/EqualizerStage.h"
 #include "audio/SampleMath.h"
-#include "support/PlainCascade.h"
+#include "bench/PlainCascade.h"
 
 #include <gtest/gtest.h>
 
@@ -18,11 +18,11 @@ TEST(EqualizerStage, IsPreampThenBandsThenClipToTheLastBit) {
     for (std::size_t i = 0; i < heard.size(); ++i)
         heard[i] = std::sin(static_cast<float>(i) * 0.37F) * 0.6F;
     auto wanted = heard;
-    stage.process(heard.data(), 2000, 2);
+    stage.process({heard.data(), 2000, 2});
 
-    scaleSamples(wanted.data(), 4000, std::pow(10.0F, 4.5F / 20.0F));
+    scaleSamples(wanted, std::pow(10.0F, 4.5F / 20.0F));
     PlainCascade().process(wanted.data(), 2000, stage.bands().coefficients());
-    EXPECT_GT(maximumMagnitude(wanted.data(), 4000), 1.0F) << "something to clip";
-    softClip(wanted.data(), 4000);
+    EXPECT_GT(maximumMagnitude(wanted), 1.0F) << "something to clip";
+    softClip(wanted);
     EXPECT_EQ(heard, wanted);
 }

@@ -30,18 +30,18 @@ TEST(SampleMath, EverySampleCountsWhateverTheLength) {
             const float special = place % 2 == 0 ? 3.5F : -3.5F;
             samples[static_cast<std::size_t>(place)] = special;
             const auto rest = static_cast<float>(length - 1);
-            EXPECT_EQ(maximumMagnitude(samples.data(), length), 3.5F) << here;
-            EXPECT_EQ(sum(samples.data(), length), special + rest * 0.25F) << here;
-            EXPECT_FLOAT_EQ(rootMeanSquare(samples.data(), length),
+            EXPECT_EQ(maximumMagnitude(samples), 3.5F) << here;
+            EXPECT_EQ(sum(samples), special + rest * 0.25F) << here;
+            EXPECT_FLOAT_EQ(rootMeanSquare(samples),
                             std::sqrt((12.25F + rest * 0.0625F) / static_cast<float>(length)))
                 << here;
-            softClip(samples.data(), length);
+            softClip(samples);
             EXPECT_EQ(samples[static_cast<std::size_t>(place)], bent(special)) << here;
-            EXPECT_EQ(maximumMagnitude(samples.data(), length), std::fabs(bent(special))) << here;
+            EXPECT_EQ(maximumMagnitude(samples), std::fabs(bent(special))) << here;
         }
     }
-    EXPECT_EQ(maximumMagnitude(nullptr, 0), 0);
-    EXPECT_EQ(rootMeanSquare(nullptr, 0), 0);
+    EXPECT_EQ(maximumMagnitude({}), 0);
+    EXPECT_EQ(rootMeanSquare({}), 0);
 }
 
 TEST(SampleMath, TheClipIsItsDefinitionToTheLastBit) {
@@ -49,7 +49,7 @@ TEST(SampleMath, TheClipIsItsDefinitionToTheLastBit) {
     for (std::uint64_t bits = 0; bits < std::uint64_t{1} << 32; bits += 40'961) // prime
         samples.push_back(std::bit_cast<float>(static_cast<std::uint32_t>(bits)));
     const auto before = samples;
-    softClip(samples.data(), static_cast<std::int64_t>(samples.size()));
+    softClip(samples);
     for (std::size_t i = 0; i < samples.size(); ++i) {
         ASSERT_EQ(std::bit_cast<std::uint32_t>(samples[i]),
                   std::bit_cast<std::uint32_t>(bent(before[i])))

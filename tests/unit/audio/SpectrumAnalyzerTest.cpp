@@ -39,7 +39,7 @@ class Spectrum : public testing::Test {
         }
         for (std::size_t at = 0, piece = 100; at < samples.size(); at += piece * 2) {
             const auto frames = std::min(piece, (samples.size() - at) / 2);
-            analyzer->feed(samples.data() + at, static_cast<std::int64_t>(frames), 2, rate);
+            analyzer->feed({samples.data() + at, static_cast<std::int64_t>(frames), 2}, rate);
         }
         analyzer->deliver();
     }
@@ -122,7 +122,7 @@ TEST_F(Spectrum, ABrokenSampleLeavesTheLevelsInRangeAndDoesNotStay) {
         feedSine(1000, 0.01, 60);
         std::vector<float> samples(2048 * 2, 0.25F);
         samples[700] = broken;
-        analyzer->feed(samples.data(), 2048, 2, 48000);
+        analyzer->feed({samples.data(), 2048, 2}, 48000);
         analyzer->deliver();
         for (const float level : levels)
             EXPECT_TRUE(level >= 0 && level <= 1) << level << " after " << broken;
@@ -154,18 +154,18 @@ TEST_F(Spectrum, TheMeanOfTheFirstTwoChannelsIsHeard) {
             for (const float gain : gains)
                 samples.push_back(gain * static_cast<float>(0.01 * std::sin(phase)));
         }
-        analyzer->feed(samples.data(), kFrames, static_cast<std::int64_t>(gains.size()), 48000);
+        analyzer->feed({samples.data(), kFrames, static_cast<std::int64_t>(gains.size())}, 48000);
         analyzer->deliver();
         EXPECT_NEAR(levels[5], expected, 0.001) << name;
     }
 }
 
 TEST_F(Spectrum, FramesCountAcrossCalls) {
-    const std::vector<float> silence(2047 * 2, 0.0F);
-    analyzer->feed(silence.data(), 2047, 2, 48000);
+    std::vector<float> silence(2047 * 2, 0.0F);
+    analyzer->feed({silence.data(), 2047, 2}, 48000);
     analyzer->deliver();
     EXPECT_EQ(updates, 0);
-    analyzer->feed(silence.data(), 1, 1, 48000); // mono counts alike
+    analyzer->feed({silence.data(), 1, 1}, 48000); // mono counts alike
     analyzer->deliver();
     EXPECT_EQ(updates, 1);
 }

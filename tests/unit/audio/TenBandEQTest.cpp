@@ -167,3 +167,10 @@ TEST(TenBandEQ, ABrokenSampleDoesNotStay) {
     for (const float sample : buffer)
         EXPECT_TRUE(std::isfinite(sample));
 }
+
+TEST(TenBandEQ, BadCountsEndTheProcess) {
+    TenBandEQ eq;
+    float sample = 0;
+    EXPECT_DEATH(eq.process(&sample, -1), "");
+    EXPECT_DEATH(eq.process(&sample, std::int64_t{1} << 62), "");
+}
