@@ -23,10 +23,7 @@ Options someLevels() {
     return options;
 }
 
-<<<<<<< HEAD
-/// A client plays a tone throughout, and both outputs are recorded.
-=======
-/// Whether the last 0.2 s come to `level` dB.
+/// Whether the last 0.2 s have a level of `level` dB.
 bool settlesAt(halvo::session::Recorder& recorder, double level) {
     return PrivateSession::waitFor([&] {
         const auto sound = recorder.recording().samples;
@@ -36,8 +33,7 @@ bool settlesAt(halvo::session::Recorder& recorder, double level) {
     });
 }
 
-/// A client that plays a tone all along, and both outputs recorded.
->>>>>>> 29131b0 (pipewire: A level on a sink that has never played is seen by everybody)
+/// A client that plays a tone throughout, and both outputs are recorded.
 class Loudness : public testing::Test {
   protected:
     ApplicationScene scene{someLevels()};
@@ -53,18 +49,6 @@ class Loudness : public testing::Test {
         player = scene.play(sine(1000, 0.1F, 100));
         ASSERT_TRUE(settlesAt(*speakers, kSpeakersDb)) << "the client alone";
     }
-<<<<<<< HEAD
-    /// Whether the last 0.2 s have a level of `level` dB.
-    static bool settlesAt(halvo::session::Recorder& recorder, double level) {
-        return PrivateSession::waitFor([&] {
-            const auto sound = recorder.recording().samples;
-            const std::size_t window = 9600;
-            if (sound.size() / 2 < window) return false;
-            return std::abs(levelDb(sound, sound.size() / 2 - window, window) - level) < 0.1;
-        });
-    }
-=======
->>>>>>> 29131b0 (pipewire: A level on a sink that has never played is seen by everybody)
     static double loudest(halvo::session::Recorder& recorder) {
         return loudestDb(recorder.recording().samples);
     }

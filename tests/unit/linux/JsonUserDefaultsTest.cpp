@@ -99,8 +99,9 @@ TEST_F(JsonUserDefaultsTests, ValuesOfAnotherKind) {
         EXPECT_EQ(defaults.contains(key), present);
         EXPECT_EQ(defaults.boolForKey(key), flag);
         EXPECT_EQ(defaults.doubleForKey(key), number);
-        EXPECT_EQ(defaults.floatForKey(key),
-                  static_cast<float>(text ? numberOfText(*text) : number.value_or(flag ? 1 : 0)));
+        EXPECT_EQ(
+            defaults.floatForKey(key),
+            static_cast<float>(text ? halvo::numberOfText(*text) : number.value_or(flag ? 1 : 0)));
         EXPECT_EQ(defaults.stringForKey(key), text);
         EXPECT_EQ(defaults.dataForKey(key), data);
     }
