@@ -85,6 +85,17 @@ TEST_F(PanelTest, LongListOfOutputsScrollsWithTheKeyboard) {
     EXPECT_EQ(delegate().deviceManager().selectedDeviceID.get(), "30");
 }
 
+TEST_F(PanelTest, MenuStaysOnTheScreenAndGoesWithThePanel) {
+    const QRect screen = panel.window().screen()->geometry();
+    panel.window().setPosition(screen.bottomRight() - QPoint(320, 60));
+    panel.settle();
+    open("Output");
+    ASSERT_TRUE(panel.menu());
+    EXPECT_TRUE(screen.contains(panel.menu()->geometry()));
+    panel.content().setShown(false);
+    EXPECT_FALSE(panel.menu());
+}
+
 TEST_F(PanelTest, ChangesMadeElsewhereShowAtOnce) {
     auto& hardware = machine.fake().audioHardware;
     hardware.changeDefault(*hardware.deviceForUID("headphones"));
@@ -249,6 +260,17 @@ TEST_F(PanelTest, GenreSwitchSaysOnceWhereNamesGo) {
     EXPECT_EQ(presets().activePreset()->name, "Hip-Hop");
     EXPECT_FALSE(controller().isEnabled.get());
     EXPECT_FALSE(item("AutoPresetPill"));
+}
+
+TEST_F(PanelTest, GenreNoticeIsReadWhenThePanelCloses) {
+    const auto tall = panel.window().height();
+    open("Preset by genre");
+    EXPECT_GT(panel.window().height(), tall);
+    panel.content().setShown(false);
+    panel.content().setShown(true);
+    panel.settle();
+    EXPECT_EQ(panel.window().height(), tall);
+    EXPECT_TRUE(controller().isEnabled.get());
 }
 
 TEST_F(PanelTest, EveryControlHasANameAndTakesTheKeyboardAndEscapeCloses) {

@@ -110,6 +110,11 @@ TEST_F(PanelTest, NewPresetBecomesActive) {
     panel.type(Qt::Key_Space, " ");
     EXPECT_EQ(presets().presets.get().back().name, "Custom");
     EXPECT_EQ(presets().activePresetID.get(), presets().presets.get().back().id);
+    panel.settle(500); // until it is in sight
+    auto* const pill = item("PresetPill", static_cast<int>(presets().presets.get().size()) - 1);
+    const auto left = pill->mapToScene(QPointF()).x();
+    EXPECT_GE(left, 0);
+    EXPECT_LE(left + pill->width(), panel.window().width());
 }
 
 } // namespace

@@ -140,6 +140,38 @@ TEST_F(StripScrollingTest, FingerThatRestedCarriesThePill) {
     EXPECT_EQ(presets().activePreset()->name, "R&B");
 }
 
+TEST_F(StripScrollingTest, PillThatIsHeldAtAnEndScrollsOn) {
+    const auto from = OfflinePanel::middle(item("PresetPill", 0));
+    panel.press(from);
+    panel.move(from + QPointF(12, 0));
+    panel.move({310, from.y()});
+    clock.pass(500);
+    const auto held = scrolled();
+    EXPECT_GT(held, 50);
+    EXPECT_EQ(names(1), Names{"Hip-Hop"}) << "others go by below it";
+    EXPECT_NE(names(2)[1], "R&B");
+    panel.move({160, from.y()});
+    const auto away = scrolled();
+    clock.pass(500);
+    EXPECT_EQ(scrolled(), away) << "no longer at the end";
+    panel.release({160, from.y()});
+}
+
+TEST_F(StripScrollingTest, ShowsThePillThatHasTheKeyboard) {
+    const auto isSeen = [this](QQuickItem* pill) {
+        const auto left = pill->mapToScene(QPointF()).x();
+        return left >= 0 && left + pill->width() <= panel.window().width();
+    };
+    const auto last = static_cast<int>(presets().presets.get().size()) - 1;
+    for (const int index : {last, last / 2, 0}) {
+        auto* const pill = item("PresetPill", index);
+        EXPECT_FALSE(isSeen(pill)) << index;
+        pill->forceActiveFocus(Qt::TabFocusReason);
+        clock.pass(400);
+        EXPECT_TRUE(isSeen(pill)) << index;
+    }
+}
+
 TEST_F(StripScrollingTest, FingerTapsAPill) {
     const auto place = OfflinePanel::middle(item("PresetPill", 1)).toPoint();
     finger().press(0, place);

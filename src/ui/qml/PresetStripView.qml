@@ -49,12 +49,15 @@ Item {
     Flickable {
         id: strip
 
+        // Where it was last sent, perhaps beyond an end that moves on.
+        property real aim: 0
         // Where it stands, or is on its way to.
         readonly property real destination: glide.running ? glide.to : contentX
 
         function glideTo(x: real) {
             if (root.draggingPresetID !== "")
                 return scrollTo(x);
+            aim = x;
             glide.to = within(x);
             glide.restart();
         }
@@ -83,7 +86,7 @@ Item {
             running: false
         }
 
-        onContentWidthChanged: glideTo(destination)
+        onContentWidthChanged: glideTo(glide.running ? aim : contentX)
 
         Row {
             id: row
@@ -143,7 +146,7 @@ Item {
                 }
                 onClicked: {
                     root.presets.create();
-                    end.start();
+                    strip.glideTo(Infinity);
                 }
             }
         }
@@ -206,14 +209,6 @@ Item {
         isLifted: true
         visible: root.draggingPresetID !== ""
         z: 1
-    }
-
-    // After the new pill is laid out.
-    Timer {
-        id: end
-        interval: 0
-
-        onTriggered: strip.glideTo(strip.contentWidth)
     }
 
     // Scrolls by itself while a pill is held near an end.

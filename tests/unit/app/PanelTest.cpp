@@ -138,7 +138,19 @@ TEST_F(Panel, TheClickOfAPressThatWasHeldDoesNotOpenItAgain) {
     EXPECT_TRUE(panel.visible);
 }
 
+TEST_F(Panel, APressThatIsToldTooLateClosesNothingTwice) {
+    click();
+    const auto handler = panel.pressed;
+    click();
+    handler(onItem);
+    click();
+    EXPECT_TRUE(panel.visible);
+}
+
 TEST_F(Panel, TheClickAfterEscapeOpensItAgain) {
+    click();
+    panel.press(onItem); // long ago
+    settle();
     for (const bool held : {false, true}) {
         click();
         panel.isHeld = held; // by somebody's last press
