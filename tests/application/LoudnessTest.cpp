@@ -74,9 +74,10 @@ TEST(FirstKey, AfterLoginIsOneStepDown) {
     ApplicationScene scene(options);
     scene.writePresets(std::vector<float>(10, 0.0F));
     scene.startBoth(); // and nothing has played yet
-    const auto shown = scene.session().run({"pactl", "get-sink-volume", "@DEFAULT_SINK@"});
-    EXPECT_NE(shown.output.find(" 58%"), std::string::npos) << shown.output;
-    ASSERT_EQ(scene.session().run({"pactl", "set-sink-volume", "@DEFAULT_SINK@", "-5%"}).status, 0);
+    const auto shown = scene.session().run({"wpctl", "get-volume", "@DEFAULT_AUDIO_SINK@"});
+    EXPECT_EQ(shown.output, "Volume: 0.58\n");
+    const auto key = scene.session().run({"wpctl", "set-volume", "@DEFAULT_AUDIO_SINK@", "5%-"});
+    ASSERT_EQ(key.status, 0) << key.output;
     const auto speakers = scene.record(kSpeakers);
     const auto player = scene.play(sine(1000, 0.1F, 100));
     const double expected = kToneDb + 60 * std::log10(std::cbrt(0.2) - 0.05);

@@ -46,8 +46,10 @@ TEST_F(LevelTest, OfASinkThatNeverPlayedIsSeenByEverybody) {
     for (const float volume : {0.25F, 0.5F}) {
         ASSERT_TRUE(hardware_->setLevel(id, {{volume, volume}, true}, LevelPersistence::temporary));
         EXPECT_EQ(hardware_->volume(id, VolumeElement::main), volume);
-        EXPECT_EQ(session_->volume("acc.c"), (std::vector<float>{volume, volume}));
-        EXPECT_TRUE(session_->isMuted("acc.c"));
+        EXPECT_TRUE(waitFor([&] {
+            return session_->volume("acc.c") == std::vector<float>{volume, volume} &&
+                   session_->isMuted("acc.c");
+        }));
     }
     EXPECT_FALSE(hardware_->hasForeignStreams(id));
 }

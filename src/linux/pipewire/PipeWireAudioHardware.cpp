@@ -17,8 +17,8 @@ using Lock = PipeWireConnection::Lock;
 using Topic = PipeWireListeners::Topic;
 
 constexpr std::chrono::milliseconds kLongestWrite{200};
-/// Until the session manager has linked a stream and the sink has run a cycle, on a busy machine.
-constexpr std::chrono::milliseconds kLongestWakeUp{1000};
+/// Until the session manager has linked a stream and the sink has run a cycle.
+constexpr std::chrono::milliseconds kLongestWakeUp{250};
 
 std::optional<std::size_t> channelIndex(VolumeElement element) {
     switch (element) {
