@@ -15,7 +15,6 @@ struct StereoSound {
     explicit StereoSound(std::size_t frameCount) : samples(frameCount * 2) {}
 
     std::size_t frameCount() const { return samples.size() / 2; }
-    double seconds() const { return static_cast<double>(frameCount()) / kSampleRate; }
     float left(std::size_t frame) const { return samples[frame * 2]; }
     float right(std::size_t frame) const { return samples[frame * 2 + 1]; }
     float at(std::size_t frame, std::size_t channel) const { return samples[frame * 2 + channel]; }
@@ -26,9 +25,9 @@ struct StereoSound {
     StereoSound stretch(std::ptrdiff_t first, std::size_t length) const;
 };
 
-/// How often `heard` is interrupted, which begins not later than a filter's answer to `played`
-/// does: falls silent for 32 frames or longer between its first and its last sound, or lacks a part
-/// of the beginning or the end. `played` itself has no silence in between.
+/// How often `heard`, a filter's answer to `played`, falls silent for 32 frames or longer between
+/// its first and its last sound; one more when it is shorter than `played`: its beginning or end is
+/// missing. `played` has no such silence itself.
 std::size_t countInterruptions(const StereoSound& played, const StereoSound& heard);
 
 } // namespace halvo::demo

@@ -7,7 +7,6 @@
 #include <cmath>
 #include <complex>
 #include <numbers>
-#include <string>
 #include <vector>
 
 namespace halvo::demo {
@@ -28,13 +27,12 @@ StereoSound testSweep() {
 
 /// y(n) = 0.5 x(n) + 0.25 x(n - 1), `delay` frames late: its gain is known in closed form.
 StereoSound twoTapFilter(const StereoSound& sound, std::size_t delay) {
-    StereoSound result(sound.frameCount() + delay + 1);
-    for (std::size_t frame = 0; frame < sound.frameCount(); ++frame)
-        for (std::size_t channel = 0; channel < 2; ++channel) {
-            const float sample = sound.at(frame, channel);
-            result.samples[(frame + delay) * 2 + channel] += 0.5F * sample;
-            result.samples[(frame + delay + 1) * 2 + channel] += 0.25F * sample;
-        }
+    const std::size_t length = sound.frameCount() + delay + 1;
+    const auto shift = -static_cast<std::ptrdiff_t>(delay);
+    StereoSound result = sound.stretch(shift, length);
+    const StereoSound next = sound.stretch(shift - 1, length);
+    for (std::size_t index = 0; index < result.samples.size(); ++index)
+        result.samples[index] = 0.5F * result.samples[index] + 0.25F * next.samples[index];
     return result;
 }
 
