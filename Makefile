@@ -1,4 +1,4 @@
-# The entry points. Each first installs the packages it lacks (Debian 12 or 13).
+# The entry points. Each first installs the packages it lacks (Debian 12).
 .PHONY: run demo test check check-macos bench package uninstall
 
 # With a desktop and a sound server: the equalizer. Without: the demonstration.
