@@ -1,8 +1,8 @@
 #pragma once
 
-#include "linux/desktop/Autostart.h"
 #include "linux/desktop/DesktopAppearance.h"
 #include "linux/desktop/LinuxStatusItem.h"
+#include "linux/files/Autostart.h"
 #include "qt/QtPanelWindow.h"
 #include "qt/WindowAlert.h"
 

@@ -1,4 +1,4 @@
-#include "linux/desktop/Autostart.h"
+#include "linux/files/Autostart.h"
 
 #include "unit/linux/TemporaryDirectory.h"
 

@@ -1,4 +1,4 @@
-#include "linux/desktop/DesktopEntry.h"
+#include "linux/files/DesktopEntry.h"
 
 #include <cstddef>
 #include <utility>

@@ -1,6 +1,6 @@
-#include "linux/desktop/Autostart.h"
+#include "linux/files/Autostart.h"
 
-#include "linux/desktop/DesktopEntry.h"
+#include "linux/files/DesktopEntry.h"
 #include "linux/files/XdgDirectories.h"
 #include "posix/AtomicFile.h"
 
