@@ -1,9 +1,7 @@
 #pragma once
 
 #include "linux/ServerReport.h"
-#include "linux/desktop/ApplicationService.h"
 #include "linux/desktop/LinuxDesktop.h"
-#include "linux/desktop/StatusService.h"
 #include "linux/files/JsonUserDefaults.h"
 #include "linux/files/SessionLock.h"
 #include "linux/files/XdgFileSystem.h"
@@ -12,10 +10,12 @@
 #include "linux/pipewire/PipeWireAudioHardware.h"
 #include "linux/pipewire/PipeWireConnection.h"
 #include "linux/pipewire/PipeWireOutputUnit.h"
+#include "linux/process/ApplicationService.h"
 #include "linux/process/LinuxDriverInstallation.h"
 #include "linux/process/LinuxSessionGuard.h"
 #include "linux/process/LinuxSharedMemory.h"
 #include "linux/process/LinuxTerminationSignal.h"
+#include "linux/process/StatusService.h"
 #include "linux/process/SyslogSystemLog.h"
 #include "loudness/LoudnessGuard.h"
 #include "loudness/OutputGate.h"

@@ -1,4 +1,4 @@
-#include "linux/desktop/ApplicationService.h"
+#include "linux/process/ApplicationService.h"
 
 #include "linux/files/XdgDirectories.h"
 #include "platform/Application.h"

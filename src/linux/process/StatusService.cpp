@@ -1,4 +1,4 @@
-#include "linux/desktop/StatusService.h"
+#include "linux/process/StatusService.h"
 
 #include <QDBusConnection>
 
