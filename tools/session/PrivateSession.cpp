@@ -86,7 +86,7 @@ std::optional<std::string> PrivateSession::prepareDirectory() {
 
 std::optional<std::string> PrivateSession::startBus() {
     if (!options_.withBus) return std::nullopt;
-    const auto error = launch(
+    auto error = launch(
         bus_, "dbus-daemon",
         {"--nofork", "--nopidfile", "--nosyslog", "--config-file=" + directory_ + "/bus.conf"});
     if (error) return error;
