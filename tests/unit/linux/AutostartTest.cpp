@@ -24,7 +24,7 @@ const std::string kHead = "[Desktop Entry]\nType=Application\nExec=halvo\n";
 /// A private home directory and system directories.
 class AutostartTests : public testing::Test {
   protected:
-    AutostartTests() {
+    void SetUp() override {
         set("XDG_CONFIG_HOME", (directory / "user").string());
         set("XDG_CONFIG_DIRS",
             (directory / "none").string() + ":" + (directory / "system").string());
@@ -33,7 +33,7 @@ class AutostartTests : public testing::Test {
         fs::create_directories(system.parent_path());
         autostart.emplace("/bin/sh");
     }
-    ~AutostartTests() override {
+    void TearDown() override {
         for (const auto& [name, value] : before) {
             if (value) {
                 ::setenv(name.c_str(), value->c_str(), 1);

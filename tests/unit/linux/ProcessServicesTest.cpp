@@ -101,6 +101,7 @@ std::optional<int> openPrivateLog() {
     if (::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) return std::nullopt;
     if (::mount("none", "/dev", "tmpfs", 0, nullptr) != 0) return std::nullopt;
     const int log = ::socket(AF_UNIX, SOCK_DGRAM | SOCK_NONBLOCK, 0);
+    if (log < 0) return std::nullopt;
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     std::strcpy(address.sun_path, "/dev/log");
