@@ -206,6 +206,9 @@ TEST(SessionGuardProcess, StartsWithTheFirstRecordThenSleepsAndHoldsNothing) {
          std::filesystem::directory_iterator("/proc/" + std::to_string(guard) + "/fd"))
         ++descriptors;
     EXPECT_EQ(descriptors, 3U);
+    // It may still be on its way to its wait.
+    EXPECT_TRUE(PrivateSession::waitFor(
+        [&] { return statusField(guard, "voluntary_ctxt_switches") != "0"; }));
     const auto switches = statusField(guard, "voluntary_ctxt_switches");
     (void)PrivateSession::waitFor([] { return false; }, std::chrono::seconds(2));
     EXPECT_EQ(statusField(guard, "voluntary_ctxt_switches"), switches);
