@@ -1,5 +1,10 @@
-# The entry points. Each first installs the packages it lacks (Debian 12).
-.PHONY: run demo test check check-macos bench package uninstall
+# The entry points. Each names the packages it lacks, and installs them for root, with YES=1, or when you
+# agree (Debian 12 and 13).
+.PHONY: deps run demo test check check-macos bench package uninstall
+
+# Installs, with sudo, what all the commands below need.
+deps:
+	@scripts/install-packages --yes build run test check package
 
 # With a desktop and a sound server: the equalizer. Without: the demonstration.
 run:

@@ -38,16 +38,16 @@ void VirtualSink::forget(std::uint32_t id) {
 
 void VirtualSink::ensure(pw_core* core) {
     if (isPresent() || request_ != nullptr) return;
-    // No node.group, with which the server crashed. Without monitor volumes the monitor hears what
-    // was played, whatever the sink's own volume and mute are. The lowest priorities: it becomes
-    // the default, or drives the graph, only when asked to.
+    // No node.group, with which the server crashed. No node.link-group, with which `wpctl status`
+    // lists the device under "Filters". Without monitor volumes the monitor hears what was played,
+    // whatever the sink's own volume and mute are. The lowest priorities: it becomes the default,
+    // or drives the graph, only when asked to.
     pw_properties* properties = pw_properties_new(
         PW_KEY_FACTORY_NAME, "support.null-audio-sink", PW_KEY_NODE_NAME, kVirtualDeviceUID,
         PW_KEY_NODE_DESCRIPTION, kVirtualDeviceName, PW_KEY_MEDIA_CLASS, "Audio/Sink",
         "audio.position", "FL,FR", PW_KEY_OBJECT_LINGER, "true", "monitor.channel-volumes", "false",
         PW_KEY_PRIORITY_SESSION, "0", PW_KEY_PRIORITY_DRIVER, "1", PW_KEY_NODE_VIRTUAL, "true",
-        PW_KEY_NODE_LINK_GROUP, "halvo", "node.param.Props", "{ channelVolumes = [ 1.0 1.0 ] }",
-        nullptr);
+        "node.param.Props", "{ channelVolumes = [ 1.0 1.0 ] }", nullptr);
     request_ = static_cast<pw_proxy*>(pw_core_create_object(core, "adapter", PW_TYPE_INTERFACE_Node,
                                                             PW_VERSION_NODE, &properties->dict, 0));
     pw_properties_free(properties);

@@ -20,9 +20,14 @@ Options quietSpeakers() {
     return options;
 }
 
-bool isGivenBack(PrivateSession& session) {
-    return session.defaultSink() == kSpeakers &&
-           session.volume(kSpeakers) == std::vector<float>{0.125F, 0.125F};
+testing::AssertionResult isGivenBack(PrivateSession& session) {
+    const auto sink = session.defaultSink();
+    const auto volume = session.volume(kSpeakers);
+    if (sink == kSpeakers && volume == std::vector<float>{0.125F, 0.125F}) {
+        return testing::AssertionSuccess();
+    }
+    return testing::AssertionFailure()
+           << "default " << sink << ", volumes " << testing::PrintToString(volume);
 }
 
 } // namespace

@@ -170,6 +170,7 @@ TEST_F(OutputUnitTest, AsksForASecondMoreWhenItsDeviceFallsAsleep) {
 TEST_F(OutputUnitTest, StaysAtUnityWhateverOthersSet) {
     const auto view = session::ServerView::connect(session_->serverSocket());
     ASSERT_TRUE(view);
+    ASSERT_TRUE(session_->wake("acc.a")); // its mute is waited for below
     PipeWireOutputUnit unit(*connection_, gate_);
     configure(unit, signal_);
     ASSERT_TRUE(unit.setDevice(device("acc.b")));

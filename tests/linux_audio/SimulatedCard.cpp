@@ -61,7 +61,8 @@ SimulatedCard::SimulatedCard(const std::string& server, const std::string& sinkN
     device_.iface.cb = {&methods(), this};
     pw_init(nullptr, nullptr);
     loop_ = pw_thread_loop_new("simulated-card", nullptr);
-    context_ = pw_context_new(pw_thread_loop_get_loop(loop_), nullptr, 0);
+    context_ = pw_context_new(pw_thread_loop_get_loop(loop_),
+                              pw_properties_new("module.rt", "false", nullptr), 0);
     core_ = pw_context_connect(context_,
                                pw_properties_new(PW_KEY_REMOTE_NAME, server.c_str(), nullptr), 0);
     EXPECT_NE(core_, nullptr);

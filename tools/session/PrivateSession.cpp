@@ -1,5 +1,6 @@
 #include "session/PrivateSession.h"
 
+#include "session/Player.h"
 #include "session/ServerView.h"
 #include "session/SessionDirectory.h"
 #include "session/SessionFiles.h"
@@ -21,6 +22,8 @@ namespace halvo::session {
 namespace {
 
 constexpr std::chrono::milliseconds kPoll{2};
+/// A sink that has run before tells of a change by then.
+constexpr std::chrono::milliseconds kUsually{300};
 // For a program inside to come up; generous, because sanitized builds share two cores.
 constexpr std::chrono::milliseconds kStart{15000};
 
@@ -242,14 +245,23 @@ bool PrivateSession::isMuted(const std::string& nodeName) const {
     return node && node->muted;
 }
 
+bool PrivateSession::wake(const std::string& nodeName) const {
+    constexpr std::size_t kEnough = 2048;
+    const Player silence(serverSocket(), std::vector<float>(std::size_t{2} * options_.rate),
+                         options_.rate, nodeName);
+    return waitFor([&] { return silence.framesPlayed() >= kEnough; });
+}
+
 bool PrivateSession::setVolume(const std::string& nodeName, const std::vector<float>& volumes) {
     if (!view_ || !view_->setVolume(nodeName, volumes)) return false;
-    return waitFor([&] { return isNear(volume(nodeName), volumes); });
+    const auto isShown = [&] { return isNear(volume(nodeName), volumes); };
+    return waitFor(isShown, kUsually) || (wake(nodeName) && waitFor(isShown));
 }
 
 bool PrivateSession::setMuted(const std::string& nodeName, bool muted) {
     if (!view_ || !view_->setMuted(nodeName, muted)) return false;
-    return waitFor([&] { return isMuted(nodeName) == muted; });
+    const auto isShown = [&] { return isMuted(nodeName) == muted; };
+    return waitFor(isShown, kUsually) || (wake(nodeName) && waitFor(isShown));
 }
 
 std::vector<std::string> PrivateSession::nodeNames() const {

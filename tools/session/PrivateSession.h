@@ -20,6 +20,9 @@ struct SimulatedOutput {
     std::string nodeName;
     std::string description;
     std::vector<float> volumes{1.0F, 1.0F}; ///< linear amplitude per channel
+    /// Whether the session manager may keep its level. WirePlumber 0.5 then begins with its own
+    /// stored one, or 1.0, instead of `volumes`; 0.4 always keeps it.
+    bool isRemembered = false;
 };
 
 /// `count` outputs: "Speakers" (acc.a), "Headphones" (acc.b), "Output 3" (acc.c) and so on.
@@ -97,6 +100,9 @@ class PrivateSession {
     /// True when the server shows the new value.
     bool setVolume(const std::string& nodeName, const std::vector<float>& volumes);
     bool setMuted(const std::string& nodeName, bool muted);
+    /// Plays a little silence into the sink: one that has never run keeps what is set, but the
+    /// server shows nobody the change.
+    bool wake(const std::string& nodeName) const;
     /// The names of all nodes of the server, one entry per node, in its order.
     std::vector<std::string> nodeNames() const;
 

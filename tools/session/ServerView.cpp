@@ -230,7 +230,9 @@ std::unique_ptr<ServerView> ServerView::connect(const std::string& socket) {
     Connection& self = *connection;
     self.loop = pw_thread_loop_new("server-view", nullptr);
     if (self.loop == nullptr) return nullptr;
-    self.context = pw_context_new(pw_thread_loop_get_loop(self.loop), nullptr, 0);
+    // Real-time priority would be asked for on this process's own bus, which is not the session's.
+    self.context = pw_context_new(pw_thread_loop_get_loop(self.loop),
+                                  pw_properties_new("module.rt", "false", nullptr), 0);
     if (self.context == nullptr) return nullptr;
     self.core = pw_context_connect(
         self.context, pw_properties_new(PW_KEY_REMOTE_NAME, socket.c_str(), nullptr), 0);

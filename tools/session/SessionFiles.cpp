@@ -103,6 +103,7 @@ std::vector<std::pair<std::string, std::string>> outputProperties(const Simulate
             {"object.linger", "true"},
             {"monitor.channel-volumes", "true"},
             {"priority.session", std::to_string(priority)},
+            {"state.restore-props", output.isRemembered ? "true" : "false"},
             {"node.param.Props", volumeList(output.volumes)}};
 }
 

@@ -42,9 +42,10 @@ void setPositions(spa_audio_info_raw& info) {
 }
 
 pw_properties* streamProperties(const std::string& sinkName) {
-    // One group with the virtual device: one clock, no resampling. One link group: the session
-    // manager never links the stream to the virtual device itself, nor restores its saved
-    // properties.
+    // One group with the virtual device's capture: one clock, no resampling. Without its sink the
+    // session manager destroys the stream instead of linking it to the default output, which may be
+    // the virtual device: WirePlumber 0.4 by dont-reconnect, 0.5 by dont-fallback. By the
+    // link group PipeWireGraph knows the stream as Halvo's own.
     constexpr const char* kGroup = "halvo";
     const spa_dict_item items[] = {
         {PW_KEY_NODE_NAME, "halvo"},
@@ -55,6 +56,7 @@ pw_properties* streamProperties(const std::string& sinkName) {
         {PW_KEY_MEDIA_CLASS, "Stream/Output/Audio/Internal"},
         {PW_KEY_TARGET_OBJECT, sinkName.c_str()},
         {PW_KEY_NODE_DONT_RECONNECT, "true"},
+        {"node.dont-fallback", "true"},
         {PW_KEY_NODE_PASSIVE, "true"},
         {PW_KEY_NODE_GROUP, kGroup},
         {PW_KEY_NODE_LINK_GROUP, kGroup},

@@ -23,6 +23,7 @@ pw_properties* properties(const std::string& sinkName) {
         {PW_KEY_MEDIA_CLASS, "Stream/Output/Audio/Internal"},
         {PW_KEY_TARGET_OBJECT, sinkName.c_str()},
         {PW_KEY_NODE_DONT_RECONNECT, "true"},
+        {"node.dont-fallback", "true"},
         {PW_KEY_NODE_LINK_GROUP, PipeWireWakeUp::kLinkGroup},
         {"state.restore-props", "false"},
         {"state.restore-target", "false"},
@@ -54,6 +55,12 @@ PipeWireWakeUp::PipeWireWakeUp(PipeWireConnection& connection, const std::string
 }
 
 PipeWireWakeUp::~PipeWireWakeUp() = default;
+
+bool PipeWireWakeUp::hasEnded() const {
+    if (!stream_) return true;
+    const auto state = pw_stream_get_state(stream_.get(), nullptr);
+    return state == PW_STREAM_STATE_ERROR || state == PW_STREAM_STATE_UNCONNECTED;
+}
 
 const pw_stream_events& PipeWireWakeUp::events() {
     static const pw_stream_events events = [] {
