@@ -60,6 +60,13 @@ void FakeAudioServer::changeLevel(const std::string& uid, const DeviceLevel& lev
     announce();
 }
 
+void FakeAudioServer::switchPort(const std::string& uid, const DeviceLevel& own) {
+    sinks_.at(*deviceForUID(uid)).level.port = own.port;
+    notify("ports");
+    announce();
+    queue_.after(portDelay, [this, uid, own] { changeLevel(uid, own); });
+}
+
 void FakeAudioServer::play(const std::string& stream, std::optional<std::string> pinned) {
     const auto target = pinned.value_or(defaultUID());
     streams_.push_back({stream, std::move(pinned), target});
@@ -202,9 +209,12 @@ bool FakeAudioServer::setLevel(AudioDeviceID device, const DeviceLevel& level,
     const auto found = sinks_.find(device);
     if (found == sinks_.end()) return false;
     auto& sink = found->second;
+    if (!level.port.empty() && level.port != sink.level.port) return false;
     calls_.push_back("level " + sink.uid + text(level));
+    const auto port = sink.level.port;
     sink.level = level;
-    if (persistence == LevelPersistence::saved) sink.saved = level;
+    sink.level.port = port;
+    if (persistence == LevelPersistence::saved) sink.saved = sink.level;
     notify(topicOf("volume", sink.uid));
     notify(topicOf("mute", sink.uid));
     announce();
@@ -216,6 +226,11 @@ bool FakeAudioServer::hasForeignStreams(AudioDeviceID device) {
     return found != nullptr && std::ranges::any_of(streams_, [&](const Stream& stream) {
                return stream.target == found->uid;
            });
+}
+
+bool FakeAudioServer::listenToPorts(Listener listener) {
+    listen("ports", std::move(listener));
+    return true;
 }
 
 bool FakeAudioServer::listenToStreams(Listener listener) {

@@ -39,6 +39,9 @@ class FakeAudioServer final : public AudioServer {
     AudioDeviceID plugAgain(const std::string& uid);
     void choose(const std::string& uid); ///< the user selects the default
     void changeLevel(const std::string& uid, const DeviceLevel& level);
+    /// The device plays through another port, which is still at the present level: its own comes
+    /// after `portDelay`.
+    void switchPort(const std::string& uid, const DeviceLevel& own);
     void play(const std::string& stream, std::optional<std::string> pinned = std::nullopt);
     void stopStream(const std::string& stream);
     /// The program's connection ends, and with it its listeners and protections.
@@ -46,6 +49,7 @@ class FakeAudioServer final : public AudioServer {
 
     // Behaviour.
     std::chrono::milliseconds moveDelay{5};
+    std::chrono::milliseconds portDelay{50}; ///< the session manager is slower than any news
     std::chrono::milliseconds newsDelay{10}; ///< slower than the streams
     std::set<std::string> last;    ///< UIDs that are the default only if there is no other sink
     std::function<void()> changed; ///< called after everything that may be heard
@@ -83,6 +87,7 @@ class FakeAudioServer final : public AudioServer {
     bool setLevel(AudioDeviceID device, const DeviceLevel& level,
                   LevelPersistence persistence) override;
     bool hasForeignStreams(AudioDeviceID device) override;
+    bool listenToPorts(Listener listener) override;
     bool listenToStreams(Listener listener) override;
     std::optional<std::string> configuredDefault() override { return configured_; }
     bool setConfiguredDefault(const std::optional<std::string>& uid) override;

@@ -12,6 +12,9 @@ namespace halvo {
 struct DeviceLevel {
     std::vector<float> channelVolumes;
     bool muted = false;
+    /// The port that the level belongs to, such as a card's speakers or its headphones, of which
+    /// one plays at a time; empty: the device's only one, or any.
+    std::string port = {};
 
     bool operator==(const DeviceLevel&) const = default;
 };
@@ -24,8 +27,13 @@ enum class LevelPersistence { temporary, saved };
 class AudioServer : public AudioHardware {
   public:
     virtual std::optional<DeviceLevel> level(AudioDeviceID device) = 0;
+    /// False also for the level of a port that does not play now.
     virtual bool setLevel(AudioDeviceID device, const DeviceLevel& level,
                           LevelPersistence persistence) = 0;
+
+    /// Called on the main thread when any device plays through another port. The session manager
+    /// gives that port its own level, at once or a little later.
+    virtual bool listenToPorts(Listener listener) = 0;
 
     /// Whether programs other than this one play straight into the device.
     virtual bool hasForeignStreams(AudioDeviceID device) = 0;

@@ -3,7 +3,9 @@
 #include "loudness/AudioServer.h"
 
 #include <cstdint>
+#include <map>
 #include <optional>
+#include <string>
 
 namespace halvo {
 
@@ -22,7 +24,9 @@ struct GuardedDevice {
     AudioDeviceID id = 0;               ///< the appearance that was raised, 0: not by this process
     std::optional<float> sessionVolume; ///< the virtual device's when it was last in use
     Sound sound = Sound::asFound;       ///< whether a raise lifts its mute, too
-    bool wasGivenUp = false;            ///< plays at its own level under the engine's gain
+    std::string port;                   ///< through which the session was last heard; may be empty
+    std::map<std::string, float> portVolumes; ///< the virtual device's, by the port it was for
+    bool wasGivenUp = false;                  ///< plays at its own level under the engine's gain
 };
 
 } // namespace halvo

@@ -161,6 +161,7 @@ void LoudnessGuard::listen() {
     (void)server_.listenToDeviceList(whileRunning([this] { devicesChanged(); }));
     (void)server_.listenToDefaultOutput(whileRunning([this] { defaultChanged(); }));
     (void)server_.listenToStreams(whileRunning([this] { devices_.streamsChanged(); }));
+    (void)server_.listenToPorts(whileRunning([this] { devices_.portsChanged(); }));
     listenToVirtualDevice();
 }
 

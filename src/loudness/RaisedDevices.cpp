@@ -18,6 +18,8 @@ namespace {
 /// By then the streams that follow the default have moved, on a busy machine too; what still plays
 /// was put there.
 constexpr MainQueue::Duration kLongestWait = 5s;
+/// By then the session manager has given a port its own level, on a busy machine too.
+constexpr MainQueue::Duration kPortSettles = 500ms;
 
 bool isUsable(const DeviceLevel& level) {
     return !level.channelVolumes.empty() &&
@@ -35,6 +37,7 @@ RaisedDevices::RaisedDevices(AudioServer& server, RaisedDevicesRecord& record, W
         device.state = recorded.isMoved ? State::orphaned : State::own;
         device.found = recorded.found;
     }
+    ports_ = presentPorts();
 }
 
 const DeviceLevel* RaisedDevices::ownLevel(const std::string& uid) const {
@@ -52,7 +55,10 @@ bool RaisedDevices::raise(AudioDeviceID id, const std::string& uid, Sound sound)
     auto* entry = remember(id, uid);
     if (entry == nullptr) return false; // what cannot be restored is not raised
     auto& device = entry->second;
-    if (uid != active_) activate(*entry);
+    if (uid != active_) {
+        activate(*entry);
+        if (unsettled_.contains(id)) session_->gate.closeFor(kPortSettles);
+    }
     const bool wantsMore = sound == Sound::unmuted && device.sound != sound && device.found.muted;
     if (sound == Sound::unmuted) device.sound = sound;
     if (device.state == State::raised && !wantsMore) return true;
@@ -79,13 +85,16 @@ void RaisedDevices::activate(Entry& entry) {
     active_ = entry.first;
     isPending_ = false;
     auto& device = entry.second;
+    device.port.clear();
+    device.portVolumes.clear();
     device.wasGivenUp = false;
     device.sound = Sound::asFound;
     limitVirtualVolume(device.sessionVolume.value_or(loudestVolume(device.found)));
 }
 
 bool RaisedDevices::isHeldBack(AudioDeviceID id) {
-    return server_.defaultOutput() == id || server_.hasForeignStreams(id);
+    return unsettled_.contains(id) || server_.defaultOutput() == id ||
+           server_.hasForeignStreams(id);
 }
 
 void RaisedDevices::retryRaise() {
@@ -119,12 +128,26 @@ void RaisedDevices::performRaise(AudioDeviceID id, Entry& entry) {
     if (std::exchange(device.wasGivenUp, false)) {
         const auto now = virtual_.get();
         if (now) (void)virtual_.setVolume(loudestVolume(*now) * loudestVolume(*present));
+    } else {
+        takeVolumeOfPort(device, *present);
     }
+    device.port = present->port;
     protectRaised();
     auto level = scaledTo(device.found, 1);
     if (device.sound == Sound::unmuted) level.muted = false;
     if (!access_.isRunning()) return; // another thread restores by the record
     if (!server_.setLevel(id, level, LevelPersistence::temporary)) device.state = State::orphaned;
+}
+
+void RaisedDevices::takeVolumeOfPort(GuardedDevice& device, const DeviceLevel& present) {
+    if (present.port.empty() || present.port == device.port) return;
+    const auto former = device.portVolumes.find(present.port);
+    if (former != device.portVolumes.end()) {
+        (void)virtual_.setVolume(former->second); // each port as loud as its user left it
+    } else {
+        // When the device was chosen, its own level may not have been known yet.
+        (void)virtual_.limitVolume(device.sessionVolume.value_or(loudestVolume(present)));
+    }
 }
 
 void RaisedDevices::waitForPending() {
@@ -140,7 +163,8 @@ void RaisedDevices::giveUpPending() {
     tryPending();
     if (!isPending_) return;
     const auto id = server_.deviceForUID(active_);
-    if (server_.defaultOutput() == id) return; // the next change of the default goes on from here
+    if (unsettled_.contains(*id)) return;      // from here its settling goes on, or
+    if (server_.defaultOutput() == id) return; // the next change of the default
     isPending_ = false;
     find(active_)->second.wasGivenUp = true;
     session_->log.write("Halvo: Other programs play straight into " +
@@ -180,7 +204,10 @@ void RaisedDevices::passLevel(AudioDeviceID real, const std::string& uid,
         limitVirtualVolume(loudestVolume(*level));
         return;
     }
-    if (entry != nullptr) entry->second.wasGivenUp = false;
+    if (entry != nullptr) {
+        entry->second.wasGivenUp = false;
+        entry->second.port = level->port;
+    }
     DeviceLevel passed{now->channelVolumes, level->muted};
     std::ranges::fill(passed.channelVolumes, loudestVolume(*level));
     (void)server_.setLevel(virtualDevice, passed, LevelPersistence::temporary); // good enough
@@ -226,7 +253,9 @@ bool RaisedDevices::restore(AudioDeviceID id, Entry& entry) {
     // A level that is not ours may be another one than was found by now.
     if (device.state == State::own) return true;
     server_.unprotect(uid);
-    const bool isDone = server_.setLevel(id, device.found, LevelPersistence::saved);
+    // The level that was found is another port's, and that one gets it from the session manager.
+    const bool isDone = playsThroughAnotherPort(id, entry) ||
+                        server_.setLevel(id, device.found, LevelPersistence::saved);
     device.state = isDone ? State::own : State::orphaned;
     (void)save(); // the old record would repeat this, which does no harm
     return isDone;
@@ -245,6 +274,10 @@ void RaisedDevices::restoreOrphaned() {
         if (entry.second.state != State::orphaned) continue;
         const auto id = server_.deviceForUID(entry.first);
         if (!id) continue;
+        if (playsThroughAnotherPort(*id, entry)) {
+            leavePort(entry);
+            continue;
+        }
         // Back as the default after it had vanished: streams play into it at the session's level.
         if (entry.second.id != 0 && server_.defaultOutput() == id) {
             entry.second.id = *id;
@@ -262,6 +295,7 @@ bool RaisedDevices::isAnyLeftToRestore() {
 }
 
 void RaisedDevices::devicesChanged() {
+    findNewPorts();
     for (auto& [uid, device] : devices_) {
         // One that vanished stays protected: it may come back as the default.
         const bool isInUse = device.state == State::raised || device.state == State::lowered;
@@ -269,6 +303,28 @@ void RaisedDevices::devicesChanged() {
     }
     restoreOrphaned();
     tryPending();
+}
+
+std::map<AudioDeviceID, std::string> RaisedDevices::presentPorts() {
+    std::map<AudioDeviceID, std::string> ports;
+    for (const auto id : server_.deviceIDs().value_or(std::vector<AudioDeviceID>{})) {
+        const auto level = server_.level(id);
+        if (level && !level->port.empty()) ports[id] = level->port;
+    }
+    return ports;
+}
+
+void RaisedDevices::findNewPorts() {
+    const auto before = std::exchange(ports_, presentPorts());
+    for (const auto& [id, port] : ports_) {
+        const auto former = before.find(id);
+        if (former != before.end() && former->second == port) continue;
+        waitForOwnLevel(id);
+        // It may appear at full scale, and with fewer channels that add up.
+        const bool isNew = former == before.end();
+        if (isNew && server_.uid(id) == active_) session_->gate.closeFor(kPortSettles);
+    }
+    std::erase_if(unsettled_, [this](const auto& entry) { return !ports_.contains(entry.first); });
 }
 
 void RaisedDevices::defaultChanged() {
@@ -286,6 +342,47 @@ void RaisedDevices::streamsChanged() {
         isPending_ = true;
         waitForPending();
     }
+}
+
+void RaisedDevices::portsChanged() {
+    findNewPorts();
+    for (auto& entry : devices_) {
+        const auto id = server_.deviceForUID(entry.first);
+        if (id && playsThroughAnotherPort(*id, entry)) leavePort(entry);
+    }
+}
+
+bool RaisedDevices::playsThroughAnotherPort(AudioDeviceID id, const Entry& entry) {
+    const auto& found = entry.second.found;
+    const auto present = server_.level(id);
+    return present && !found.port.empty() && present->port != found.port;
+}
+
+void RaisedDevices::leavePort(Entry& entry) {
+    auto& [uid, device] = entry;
+    device.sessionVolume.reset(); // was the former port's
+    const bool isWaiting = uid == active_ && isPending_;
+    if (device.state == State::own && !isWaiting) return;
+    server_.unprotect(uid);
+    device.state = State::own;
+    device.sound = Sound::asFound; // a port that its user muted stays silent
+    (void)save();
+    if (uid != active_) return;
+    const auto now = virtual_.get();
+    if (now && !device.port.empty()) device.portVolumes[device.port] = loudestVolume(*now);
+    isPending_ = true;
+}
+
+void RaisedDevices::waitForOwnLevel(AudioDeviceID id) {
+    const auto generation = unsettled_[id] = ++settlingGeneration_;
+    session_->mainQueue.after(kPortSettles, [this, id, generation, alive = lifetime_.watch()] {
+        if (alive.expired()) return;
+        const auto lock = access_.lock();
+        const auto found = unsettled_.find(id);
+        if (found == unsettled_.end() || found->second != generation) return;
+        unsettled_.erase(found);
+        if (access_.isRunning()) retryRaise();
+    });
 }
 
 bool RaisedDevices::save() {

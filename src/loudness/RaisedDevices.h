@@ -60,6 +60,7 @@ class RaisedDevices {
     void devicesChanged();
     void defaultChanged();
     void streamsChanged();
+    void portsChanged();
     /// Gives devices that are there, not at their own level and in nobody's use, that level back.
     void restoreOrphaned();
 
@@ -73,6 +74,12 @@ class RaisedDevices {
     Entry* find(const std::string& uid);
     Entry* remember(AudioDeviceID id, const std::string& uid);
     void activate(Entry& entry);
+    bool playsThroughAnotherPort(AudioDeviceID id, const Entry& entry);
+    void leavePort(Entry& entry);
+    void waitForOwnLevel(AudioDeviceID id);
+    std::map<AudioDeviceID, std::string> presentPorts();
+    void findNewPorts();
+    void takeVolumeOfPort(GuardedDevice& device, const DeviceLevel& present);
     bool isHeldBack(AudioDeviceID id);
     void tryPending();
     void waitForPending();
@@ -92,6 +99,10 @@ class RaisedDevices {
     std::string active_;                           ///< UID of the device that the engine plays to
     bool isPending_ = false;                       ///< the active device waits to be raised
     std::uint64_t pendingGeneration_ = 0;
+    std::map<AudioDeviceID, std::string> ports_; ///< of the devices that have ports
+    /// Those that may not be at their port's own level yet, with the latest reason's number.
+    std::map<AudioDeviceID, std::uint64_t> unsettled_;
+    std::uint64_t settlingGeneration_ = 0;
     Lifetime lifetime_;
 };
 

@@ -52,7 +52,8 @@ std::optional<RaisedDevicesRecord::Device> deviceIn(const Json& object) {
     const auto muted = boolIn(object, "muted");
     const auto moved = boolIn(object, "moved");
     if (!volumes || !muted || !moved) return std::nullopt;
-    return RaisedDevicesRecord::Device{{std::move(*volumes), *muted}, *moved};
+    auto port = stringIn(object, "port").value_or("");
+    return RaisedDevicesRecord::Device{{std::move(*volumes), *muted, std::move(port)}, *moved};
 }
 
 } // namespace
@@ -108,6 +109,7 @@ std::string RaisedDevicesRecord::text() const {
         root["devices"][uid] = {{"volumes", device.found.channelVolumes},
                                 {"muted", device.found.muted},
                                 {"moved", device.isMoved}};
+        if (!device.found.port.empty()) root["devices"][uid]["port"] = device.found.port;
     }
     if (origin) {
         root["origin"] = {{"output", origin->output}};

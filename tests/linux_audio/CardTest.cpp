@@ -16,7 +16,7 @@ class CardTest : public ServerFixture {
         ASSERT_TRUE(waitFor([&] { return hardware_->deviceForUID("card.sink").has_value(); }));
     }
 
-    inline static const DeviceLevel kFound{{0.25F, 0.125F}, true};
+    inline static const DeviceLevel kFound{{0.25F, 0.125F}, true, SimulatedCard::kPort};
     std::unique_ptr<SimulatedCard> card_;
 };
 
@@ -30,7 +30,7 @@ TEST_F(CardTest, IsWhereTheLevelIsReadAndWritten) {
         ASSERT_TRUE(hardware_->setMute(id, i % 2 == 0));
         ASSERT_EQ(hardware_->mute(id), i % 2 == 0) << i;
     }
-    EXPECT_EQ(card_->level(), (DeviceLevel{{0.625F, 0.625F}, true}));
+    EXPECT_EQ(card_->level(), (DeviceLevel{{0.625F, 0.625F}, true, SimulatedCard::kPort}));
     EXPECT_EQ(session_->volume("card.sink"), (std::vector<float>{1, 1})) << "the sink's own";
 }
 
@@ -54,7 +54,7 @@ TEST_F(CardTest, IsHeardWhenSomebodyTurnsItsKnob) {
     ASSERT_TRUE(hardware_->listenToMute(id, [&] { ++mutes; }));
     card_->turn({{0.5F, 0.75F}, true});
     EXPECT_TRUE(waitFor([&] { return volumes == 1; }));
-    EXPECT_EQ(hardware_->level(id), (DeviceLevel{{0.5F, 0.75F}, true}));
+    EXPECT_EQ(hardware_->level(id), (DeviceLevel{{0.5F, 0.75F}, true, SimulatedCard::kPort}));
     EXPECT_EQ(mutes, 0);
     card_->turn({{0.5F, 0.75F}, false});
     EXPECT_TRUE(waitFor([&] { return mutes == 1; }));

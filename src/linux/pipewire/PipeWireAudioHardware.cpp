@@ -67,6 +67,11 @@ bool isValid(const std::vector<float>& volumes) {
            std::ranges::all_of(volumes, [](float v) { return std::isfinite(v); });
 }
 
+/// Writing the level of another port would make the card play through that one.
+bool isForPort(const std::string& wanted, const std::string& port) {
+    return wanted.empty() || wanted == port;
+}
+
 } // namespace
 
 PipeWireAudioHardware::PipeWireAudioHardware(PipeWireConnection& connection, MainQueue& mainQueue)
@@ -182,21 +187,23 @@ std::optional<DeviceLevel> PipeWireAudioHardware::level(AudioDeviceID device) {
     auto found = connection_.graph().level(*sink);
     if (!found.channelVolumes) return std::nullopt;
     std::ranges::transform(*found.channelVolumes, found.channelVolumes->begin(), clampVolume);
-    return DeviceLevel{std::move(*found.channelVolumes), found.muted.value_or(false)};
+    return DeviceLevel{std::move(*found.channelVolumes), found.muted.value_or(false),
+                       connection_.graph().port(*sink)};
 }
 
 bool PipeWireAudioHardware::setLevel(AudioDeviceID device, const DeviceLevel& level,
                                      LevelPersistence persistence) {
     if (!isValid(level.channelVolumes)) return false;
-    return writeLevel(device, {level.channelVolumes, level.muted}, persistence);
+    return writeLevel(device, {level.channelVolumes, level.muted}, persistence, level.port);
 }
 
 bool PipeWireAudioHardware::writeLevel(AudioDeviceID device, LevelUpdate update,
-                                       LevelPersistence persistence) {
+                                       LevelPersistence persistence, const std::string& port) {
     Lock lock(connection_);
     const auto* sink = this->device(device);
     if (!sink) return false;
     auto& graph = connection_.graph();
+    if (!isForPort(port, graph.port(*sink))) return false;
     const auto before = graph.level(*sink);
     if (update.channelVolumes) {
         if (!before.channelVolumes) return false;
@@ -243,6 +250,11 @@ bool PipeWireAudioHardware::listenToVolume(AudioDeviceID device, VolumeElement e
 bool PipeWireAudioHardware::listenToMute(AudioDeviceID device, Listener listener) {
     if (!mute(device)) return false;
     listeners_.add(Topic::mute, device, std::move(listener));
+    return true;
+}
+
+bool PipeWireAudioHardware::listenToPorts(Listener listener) {
+    listeners_.add(Topic::ports, 0, std::move(listener));
     return true;
 }
 
@@ -296,8 +308,8 @@ void PipeWireAudioHardware::applyProtection(const std::string& uid) {
     auto& graph = connection_.graph();
     const auto* sink = graph.sinkNamed(uid);
     const auto now = sink ? graph.level(*sink) : LevelUpdate{};
-    if (!now.channelVolumes) return;
     const auto& level = found->second;
+    if (!now.channelVolumes || !isForPort(level.port, graph.port(*sink))) return;
     // There is no one to report a failure to.
     (void)graph.setLevel(*sink,
                          {fitted(level.channelVolumes, now.channelVolumes->size()), level.muted},
@@ -347,6 +359,10 @@ void PipeWireAudioHardware::volumeChanged(AudioDeviceID device) {
 
 void PipeWireAudioHardware::muteChanged(AudioDeviceID device) {
     listeners_.post(Topic::mute, device);
+}
+
+void PipeWireAudioHardware::portChanged() {
+    listeners_.post(Topic::ports);
 }
 
 void PipeWireAudioHardware::streamsChanged() {

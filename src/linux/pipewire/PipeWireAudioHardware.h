@@ -57,6 +57,7 @@ class PipeWireAudioHardware final : public AudioServer, private PipeWireObserver
                   LevelPersistence persistence) override;
 
     bool hasForeignStreams(AudioDeviceID device) override;
+    bool listenToPorts(Listener listener) override;
     bool listenToStreams(Listener listener) override;
 
     std::optional<std::string> configuredDefault() override;
@@ -72,11 +73,13 @@ class PipeWireAudioHardware final : public AudioServer, private PipeWireObserver
     void defaultsChanged() override;
     void volumeChanged(AudioDeviceID device) override;
     void muteChanged(AudioDeviceID device) override;
+    void portChanged() override;
     void streamsChanged() override;
 
     /// Null while disconnected. With the connection's lock.
     const PipeWireNode* device(AudioDeviceID device) const;
-    bool writeLevel(AudioDeviceID device, LevelUpdate update, LevelPersistence persistence);
+    bool writeLevel(AudioDeviceID device, LevelUpdate update, LevelPersistence persistence,
+                    const std::string& port = {});
     void applyProtection(const std::string& uid);
 
     PipeWireConnection& connection_;

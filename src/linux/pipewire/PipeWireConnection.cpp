@@ -75,6 +75,7 @@ struct PipeWireConnection::Implementation final : PipeWireObserver {
     void defaultsChanged() override;
     void volumeChanged(AudioDeviceID device) override;
     void muteChanged(AudioDeviceID device) override;
+    void portChanged() override;
     void streamsChanged() override;
 };
 
@@ -240,6 +241,10 @@ void PipeWireConnection::Implementation::volumeChanged(AudioDeviceID device) {
 
 void PipeWireConnection::Implementation::muteChanged(AudioDeviceID device) {
     tellWhenReady([device](PipeWireObserver& observer) { observer.muteChanged(device); });
+}
+
+void PipeWireConnection::Implementation::portChanged() {
+    tellWhenReady([](PipeWireObserver& observer) { observer.portChanged(); });
 }
 
 void PipeWireConnection::Implementation::streamsChanged() {

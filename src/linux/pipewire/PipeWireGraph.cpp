@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <charconv>
 #include <string_view>
+#include <utility>
 
 namespace halvo {
 
@@ -88,6 +89,11 @@ const CardRoute* PipeWireGraph::route(const PipeWireNode& sink) const {
 LevelUpdate PipeWireGraph::level(const PipeWireNode& sink) const {
     const auto* way = route(sink);
     return way ? way->level : sink.level();
+}
+
+std::string PipeWireGraph::port(const PipeWireNode& sink) const {
+    const auto* way = route(sink);
+    return way ? way->name : "";
 }
 
 bool PipeWireGraph::setLevel(const PipeWireNode& sink, const LevelUpdate& update,
@@ -190,16 +196,18 @@ void PipeWireGraph::announceWhenKnown(PipeWireNode& node) {
     if (!node.isKnown() || node.name().empty()) return;
     if (const auto* owner = card(node); owner && !owner->isKnown()) return;
     node.announced = true;
-    told_[node.deviceID()] = {node.description(), level(node)};
+    told_[node.deviceID()] = {node.description(), level(node), port(node)};
     news_.devicesChanged();
 }
 
 void PipeWireGraph::reportLevel(PipeWireNode& node) {
-    auto& told = told_[node.deviceID()].level;
+    auto& told = told_[node.deviceID()];
     const auto now = level(node);
-    const bool volume = told.channelVolumes != now.channelVolumes;
-    const bool mute = told.muted != now.muted;
-    told = now;
+    const bool volume = told.level.channelVolumes != now.channelVolumes;
+    const bool mute = told.level.muted != now.muted;
+    told.level = now;
+    const auto before = std::exchange(told.port, port(node));
+    if (told.port != before) news_.portChanged();
     if (volume) news_.volumeChanged(node.deviceID());
     if (mute) news_.muteChanged(node.deviceID());
 }

@@ -34,6 +34,8 @@ class PipeWireGraph final : private PipeWireNode::Owner, private PipeWireCard::O
     const PipeWireNode* sinkNamed(const std::string& name) const;
     /// Empty when the sink has no volume. Not limited to 1.
     LevelUpdate level(const PipeWireNode& sink) const;
+    /// The name of the card's route that the sink plays through; empty without one.
+    std::string port(const PipeWireNode& sink) const;
     /// Whether a card keeps the sink's level.
     bool hasRoute(const PipeWireNode& sink) const { return route(sink) != nullptr; }
     /// False while disconnected.
@@ -71,6 +73,7 @@ class PipeWireGraph final : private PipeWireNode::Owner, private PipeWireCard::O
     struct Told {
         std::string description;
         LevelUpdate level;
+        std::string port;
     };
     std::map<AudioDeviceID, Told> told_;
     PipeWireProxy<pw_registry> registry_;

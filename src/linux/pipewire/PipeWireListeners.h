@@ -16,7 +16,7 @@ namespace halvo {
 /// run are merged into one call.
 class PipeWireListeners {
   public:
-    enum class Topic { deviceList, defaultOutput, volume, mute, streams };
+    enum class Topic { deviceList, defaultOutput, volume, mute, ports, streams };
 
     explicit PipeWireListeners(MainQueue& mainQueue);
     ~PipeWireListeners() { gate_->silenced = true; }

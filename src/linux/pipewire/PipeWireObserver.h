@@ -20,6 +20,8 @@ class PipeWireObserver {
     virtual void defaultsChanged() {}
     virtual void volumeChanged(AudioDeviceID) {}
     virtual void muteChanged(AudioDeviceID) {}
+    /// A device plays through another port of its card.
+    virtual void portChanged() {}
     /// A stream was connected or disconnected anywhere.
     virtual void streamsChanged() {}
 };

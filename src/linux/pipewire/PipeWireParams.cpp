@@ -52,15 +52,17 @@ LevelUpdate readProps(const spa_pod& props) {
 std::optional<CardRoute> readRoute(const spa_pod& route) {
     CardRoute result;
     std::uint32_t direction = 0;
+    const char* name = nullptr;
     const spa_pod* props = nullptr;
-    if (spa_pod_parse_object(&route, SPA_TYPE_OBJECT_ParamRoute, nullptr, SPA_PARAM_ROUTE_index,
-                             SPA_POD_Int(&result.index), SPA_PARAM_ROUTE_direction,
-                             SPA_POD_Id(&direction), SPA_PARAM_ROUTE_device,
-                             SPA_POD_Int(&result.profileDevice), SPA_PARAM_ROUTE_props,
-                             SPA_POD_OPT_Pod(&props)) < 0) {
+    if (spa_pod_parse_object(
+            &route, SPA_TYPE_OBJECT_ParamRoute, nullptr, SPA_PARAM_ROUTE_index,
+            SPA_POD_Int(&result.index), SPA_PARAM_ROUTE_direction, SPA_POD_Id(&direction),
+            SPA_PARAM_ROUTE_device, SPA_POD_Int(&result.profileDevice), SPA_PARAM_ROUTE_name,
+            SPA_POD_OPT_String(&name), SPA_PARAM_ROUTE_props, SPA_POD_OPT_Pod(&props)) < 0) {
         return std::nullopt;
     }
     result.isOutput = direction == SPA_DIRECTION_OUTPUT;
+    if (name) result.name = name;
     if (props) result.level = readProps(*props);
     return result;
 }

@@ -3,6 +3,7 @@
 #include "loudness/AudioServer.h"
 
 #include <optional>
+#include <string>
 #include <vector>
 
 struct pw_device;
@@ -20,6 +21,7 @@ struct LevelUpdate {
 /// One output route of a sound card, from its "Route" parameter.
 struct CardRoute {
     int index = 0;
+    std::string name; ///< stable, unlike the index
     /// Equal to `card.profile.device` of the node that plays through this route.
     int profileDevice = 0;
     bool isOutput = false;

@@ -279,6 +279,87 @@ TEST_F(LoudnessGuardTest, ReadsOfARaisedDeviceAnswerWhatWasFound) {
     EXPECT_EQ(machine.delegate->originalRealVolume(), 0.5F);
 }
 
+DeviceLevel at(const std::string& port, float both) {
+    return {{both, both}, false, port};
+}
+
+TEST_F(LoudnessGuardTest, EachPortOfADeviceKeepsItsOwnLevel) {
+    begin(at("speaker", 0.5F));
+    machine.launch();
+    const auto plug = [this](const DeviceLevel& own) {
+        server.switchPort(kSpeakers, own);
+        machine.settle();
+        EXPECT_EQ(machine.level(kSpeakers), at(own.port, 1));
+    };
+    plug(at("headphones", 0.2F));
+    EXPECT_HEARD(machine, kMusic, 0.2F);
+    turnTo(stereo(0.1F));
+    machine.allow(kMusic, 0.5F); // as before
+    plug(at("speaker", 0.5F));
+    EXPECT_HEARD(machine, kMusic, 0.5F);
+    plug(at("headphones", 0.2F));
+    EXPECT_HEARD(machine, kMusic, 0.1F);
+    plug(at("dock", 0.9F)); // no louder than before
+    EXPECT_HEARD(machine, kMusic, 0.1F);
+    plug(at("headphones", 0.2F));
+    machine.allow(kMusic, 0.2F);
+    machine.quit();
+    EXPECT_EQ(machine.level(kSpeakers), at("headphones", 0.2F));
+    EXPECT_FALSE(machine.hasRecord());
+}
+
+TEST_F(LoudnessGuardTest, APortThatComesAndGoesInHasteIsNotRaisedUnknown) {
+    begin(at("speaker", 0.5F));
+    machine.launch();
+    server.switchPort(kSpeakers, at("headphones", 0.2F));
+    machine.pass(400ms);
+    server.switchPort(kSpeakers, at("speaker", 0.5F));
+    machine.pass(200ms);
+    EXPECT_EQ(machine.level(kSpeakers), at("speaker", 0.5F));
+    machine.settle();
+    EXPECT_EQ(machine.level(kSpeakers), at("speaker", 1));
+    EXPECT_HEARD(machine, kMusic, 0.5F);
+    server.switchPort(kSpeakers, at("headphones", 0.2F));
+    machine.pass(100ms);
+    machine.quit();
+    EXPECT_EQ(machine.level(kSpeakers), at("headphones", 0.2F));
+}
+
+TEST_F(LoudnessGuardTest, AMutedPortStaysSilent) {
+    begin(at("speaker", 0.5F));
+    machine.launch();
+    server.switchPort(kSpeakers, {{0.2F, 0.2F}, true, "headphones"});
+    machine.settle();
+    EXPECT_HEARD(machine, kMusic, 0);
+}
+
+TEST_F(LoudnessGuardTest, APortsLevelIsNotGivenToAnotherOneAfterACrash) {
+    begin(at("speaker", 0.5F));
+    machine.launch();
+    machine.crash();
+    server.switchPort(kSpeakers, at("headphones", 0.2F));
+    machine.settle();
+    machine.allow(kMusic, 0.2F); // the default comes back
+    EXPECT_TRUE(machine.crashUnderGuard());
+    EXPECT_EQ(machine.level(kSpeakers), at("headphones", 0.2F));
+    machine.launch();
+    machine.quit();
+    EXPECT_EQ(machine.level(kSpeakers), at("headphones", 0.2F));
+}
+
+TEST_F(LoudnessGuardTest, ADeviceThatGetsItsLevelOnlyAfterItAppearedIsNotTakenForLoud) {
+    begin(stereo(0.5F));
+    machine.launch();
+    server.plug("acc.headset", "Headset", at("headset", 1));
+    server.switchPort("acc.headset", at("headset", 0.2F));
+    machine.settle();
+    EXPECT_EQ(machine.level("acc.headset"), at("headset", 1));
+    EXPECT_HEARD(machine, kMusic, 0.2F);
+    machine.allow(kMusic, 0.5F); // the speakers' own level
+    machine.quit();
+    EXPECT_EQ(machine.level("acc.headset"), at("headset", 0.2F));
+}
+
 } // namespace
 
 } // namespace halvo::test
