@@ -10,7 +10,7 @@ namespace {
 
 using namespace halvo::driver;
 
-constexpr std::chrono::milliseconds kLongestEnd{4000};
+constexpr std::chrono::milliseconds kLongestHolderEnd{4000};
 constexpr int kUsage = 64;
 
 int runSupervised(pid_t supervisor) {
@@ -44,6 +44,6 @@ int main(int count, char** words) {
     if (count > 2) return usage();
     if (option == "--start")
         return SupervisorLock().holder() ? 0 : DriverSupervisor(runSupervised).runInBackground();
-    if (option == "--end") return SupervisorLock().endHolder(kLongestEnd) ? 0 : 1;
+    if (option == "--end") return SupervisorLock().endHolder(kLongestHolderEnd) ? 0 : 1;
     return usage();
 }

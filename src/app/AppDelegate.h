@@ -84,6 +84,7 @@ class AppDelegate : public std::enable_shared_from_this<AppDelegate> {
 
     // Routing: AppDelegateRouting.cpp.
     void captureAndSwitchOutput();
+    static constexpr int kSwitchRetries = 3;
     void attemptSwitchToVirtual(int retries);
     bool makeVirtualDeviceDefault();
     void retrySwitchLater(int retries);

@@ -9,12 +9,6 @@
 
 namespace halvo {
 
-namespace {
-
-constexpr int kSwitchRetries = 3;
-
-} // namespace
-
 void AppDelegate::setupRecovery() {
     cancellables_.push_back(
         deviceManager_.outputDevices.didChange([this](const auto&) { scheduleRecovery(); }));

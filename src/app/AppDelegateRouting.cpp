@@ -14,7 +14,6 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr int kSwitchRetries = 3;
 constexpr MainQueue::Duration kVerificationDelay = 300ms;
 constexpr MainQueue::Duration kRetryDelay = 500ms;
 constexpr MainQueue::Duration kReassertDelay = 500ms;

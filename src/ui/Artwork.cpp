@@ -7,7 +7,7 @@ namespace halvo {
 
 namespace {
 
-constexpr qreal kRadius = 6;
+constexpr qreal kCornerRadius = 6;
 
 } // namespace
 
@@ -47,7 +47,8 @@ QImage Artwork::picture(QSize pixels, qreal pixelRatio) {
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(Qt::NoPen);
     painter.setBrush(ground(pixels));
-    painter.drawRoundedRect(QRectF(QPointF(), pixels), kRadius * pixelRatio, kRadius * pixelRatio);
+    painter.drawRoundedRect(QRectF(QPointF(), pixels), kCornerRadius * pixelRatio,
+                            kCornerRadius * pixelRatio);
     return image;
 }
 

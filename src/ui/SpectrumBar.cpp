@@ -11,7 +11,7 @@ namespace halvo {
 
 namespace {
 
-constexpr qreal kRadius = 3;
+constexpr qreal kBarRadius = 3;
 constexpr float kTopOpacity = 0.08F;
 constexpr float kBottomOpacity = 0.2F;
 
@@ -59,7 +59,7 @@ QImage SpectrumBar::picture(QSize pixels, qreal pixelRatio) {
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(Qt::NoPen);
     painter.setBrush(gradient);
-    const qreal radius = std::min(kRadius * pixelRatio, pixels.height() / 2.0);
+    const qreal radius = std::min(kBarRadius * pixelRatio, pixels.height() / 2.0);
     painter.drawRoundedRect(QRectF(QPointF(), pixels), radius, radius);
     return image;
 }

@@ -90,7 +90,7 @@ std::optional<double> readNumber(sd_bus_message* message, std::string_view type)
     }
 }
 
-std::optional<std::int64_t> microseconds(std::optional<double> number) {
+std::optional<std::int64_t> wholeMicroseconds(std::optional<double> number) {
     constexpr double kLongest = 9e15; // some players use the largest number for "unknown"
     if (!number || !std::isfinite(*number) || *number < 1 || *number > kLongest) return {};
     return static_cast<std::int64_t>(*number);
@@ -103,7 +103,8 @@ Metadata readMetadata(sd_bus_message* message) {
         if (key == "xesam:artist") metadata.artist = readText(message, type, kLongestText);
         if (key == "xesam:album") metadata.album = readText(message, type, kLongestText);
         if (key == "mpris:artUrl") metadata.artURL = readText(message, type, kLongestAddress);
-        if (key == "mpris:length") metadata.lengthMicros = microseconds(readNumber(message, type));
+        if (key == "mpris:length")
+            metadata.lengthMicros = wholeMicroseconds(readNumber(message, type));
     });
     return metadata;
 }

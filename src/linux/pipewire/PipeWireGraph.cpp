@@ -20,7 +20,7 @@ bool isOwn(const std::string& linkGroup) {
     return linkGroup == kOwnGroup || linkGroup == PipeWireWakeUp::kLinkGroup;
 }
 
-std::uint32_t number(const spa_dict& properties, const char* key) {
+std::uint32_t numberOf(const spa_dict& properties, const char* key) {
     const char* text = spa_dict_lookup(&properties, key);
     std::uint32_t value = 0;
     if (text) {
@@ -138,8 +138,8 @@ void PipeWireGraph::globalAppeared(std::uint32_t id, const char* type, const spa
         cards_[id] = std::make_unique<PipeWireCard>(static_cast<PipeWireCard::Owner&>(*this),
                                                     *registry_, id);
     } else if (kind == PW_TYPE_INTERFACE_Link) {
-        links_[id] = {number(properties, PW_KEY_LINK_OUTPUT_NODE),
-                      number(properties, PW_KEY_LINK_INPUT_NODE)};
+        links_[id] = {numberOf(properties, PW_KEY_LINK_OUTPUT_NODE),
+                      numberOf(properties, PW_KEY_LINK_INPUT_NODE)};
         news_.streamsChanged();
     } else if (kind == PW_TYPE_INTERFACE_Metadata) {
         const char* name = spa_dict_lookup(&properties, PW_KEY_METADATA_NAME);
@@ -164,7 +164,7 @@ void PipeWireGraph::globalWent(std::uint32_t id) {
 
 void PipeWireGraph::nodeAppeared(std::uint32_t id, const spa_dict& properties) {
     const auto device =
-        number(properties, PW_KEY_OBJECT_SERIAL) % kSerialsPerServer + epoch_ * kSerialsPerServer;
+        numberOf(properties, PW_KEY_OBJECT_SERIAL) % kSerialsPerServer + epoch_ * kSerialsPerServer;
     nodes_[id] = std::make_unique<PipeWireNode>(static_cast<PipeWireNode::Owner&>(*this),
                                                 *registry_, id, properties, device);
 }

@@ -14,8 +14,8 @@ using std::chrono::milliseconds;
 
 /// Playing into it would be a feedback loop.
 constexpr std::uint32_t kMostChannels = 64;
-constexpr milliseconds kFirstRetry{50};
-constexpr milliseconds kLastRetry{2000};
+constexpr milliseconds kFirstStreamRetry{50};
+constexpr milliseconds kLastStreamRetry{2000};
 
 } // namespace
 
@@ -70,7 +70,7 @@ bool PipeWireOutputUnit::start() {
     const PipeWireConnection::Lock lock(connection_);
     if (!initialized_) return false;
     started_ = true;
-    retryDelay_ = kFirstRetry;
+    retryDelay_ = kFirstStreamRetry;
     update();
     return stream_ != nullptr;
 }
@@ -115,7 +115,7 @@ void PipeWireOutputUnit::tryAgainLater() {
     delay.tv_sec = retryDelay_.count() / 1000;
     delay.tv_nsec = retryDelay_.count() % 1000 * 1'000'000;
     pw_loop_update_timer(connection_.loop(), retry_, &delay, nullptr, false);
-    retryDelay_ = std::min(retryDelay_ * 2, kLastRetry);
+    retryDelay_ = std::min(retryDelay_ * 2, kLastStreamRetry);
 }
 
 void PipeWireOutputUnit::retry() {
@@ -134,7 +134,7 @@ void PipeWireOutputUnit::flowChanged(bool flows) {
 }
 
 void PipeWireOutputUnit::serverConnected() {
-    retryDelay_ = kFirstRetry;
+    retryDelay_ = kFirstStreamRetry;
     update();
 }
 

@@ -18,8 +18,8 @@ using halvo::test::put;
 using halvo::test::TemporaryDirectory;
 using halvo::test::WithoutPrivileges;
 
-constexpr const char* kFile = "org.halvo.Halvo.desktop";
-const std::string kHead = "[Desktop Entry]\nType=Application\nExec=halvo\n";
+constexpr const char* kEntryFile = "org.halvo.Halvo.desktop";
+const std::string kEntryHead = "[Desktop Entry]\nType=Application\nExec=halvo\n";
 
 /// A private home directory and system directories.
 class AutostartTests : public testing::Test {
@@ -49,8 +49,8 @@ class AutostartTests : public testing::Test {
     }
 
     TemporaryDirectory directory;
-    fs::path user = directory.path() / "user" / "autostart" / kFile;
-    fs::path system = directory.path() / "system" / "autostart" / kFile;
+    fs::path user = directory.path() / "user" / "autostart" / kEntryFile;
+    fs::path system = directory.path() / "system" / "autostart" / kEntryFile;
     std::map<std::string, std::optional<std::string>> before;
     std::optional<Autostart> autostart; ///< after the environment is set
 };
@@ -64,19 +64,20 @@ struct State {
 
 const State kStates[] = {
     {"nothing", {}, {}, false},
-    {"the user's", kHead, {}, true},
-    {"the system's", {}, kHead, true},
-    {"the user's hides the system's", "[Desktop Entry]\nHidden=true\n", kHead, false},
-    {"switched off by the session", kHead + "X-GNOME-Autostart-enabled=false\n", kHead, false},
-    {"switched on by the session", kHead + "X-GNOME-Autostart-enabled = true \n", {}, true},
-    {"what it starts is gone", kHead + "TryExec=/nowhere/halvo\n", {}, false},
-    {"what it starts is there", kHead + "TryExec=sh\n", {}, true},
-    {"for another desktop", kHead + "OnlyShowIn=KDE;XFCE;\n", {}, false},
-    {"for this desktop", kHead + "OnlyShowIn=KDE;GNOME;\n", {}, true},
-    {"not for this desktop", kHead + "NotShowIn=GNOME\n", {}, false},
+    {"the user's", kEntryHead, {}, true},
+    {"the system's", {}, kEntryHead, true},
+    {"the user's hides the system's", "[Desktop Entry]\nHidden=true\n", kEntryHead, false},
+    {"switched off by the session", kEntryHead + "X-GNOME-Autostart-enabled=false\n", kEntryHead,
+     false},
+    {"switched on by the session", kEntryHead + "X-GNOME-Autostart-enabled = true \n", {}, true},
+    {"what it starts is gone", kEntryHead + "TryExec=/nowhere/halvo\n", {}, false},
+    {"what it starts is there", kEntryHead + "TryExec=sh\n", {}, true},
+    {"for another desktop", kEntryHead + "OnlyShowIn=KDE;XFCE;\n", {}, false},
+    {"for this desktop", kEntryHead + "OnlyShowIn=KDE;GNOME;\n", {}, true},
+    {"not for this desktop", kEntryHead + "NotShowIn=GNOME\n", {}, false},
     {"starts nothing", "[Desktop Entry]\nType=Application\n", {}, false},
-    {"a key of another group", kHead + "\n[Desktop Action x]\nHidden=true\n", {}, true},
-    {"a key that is a remark", kHead + "#Hidden=true\n", {}, true},
+    {"a key of another group", kEntryHead + "\n[Desktop Action x]\nHidden=true\n", {}, true},
+    {"a key that is a remark", kEntryHead + "#Hidden=true\n", {}, true},
 };
 
 TEST_F(AutostartTests, TellsWhatTheDesktopWouldDo) {
@@ -94,7 +95,7 @@ TEST_F(AutostartTests, TellsWhatTheDesktopWouldDo) {
         }
     }
     fs::remove(user);
-    put(system, kHead);
+    put(system, kEntryHead);
     fs::create_symlink("/dev/null", user);
     EXPECT_FALSE(autostart->isEnabled());
     EXPECT_FALSE(autostart->setEnabled(true)) << "a user's own link is not followed";
@@ -122,7 +123,7 @@ TEST_F(AutostartTests, LeavesNothingOfItsOwn) {
 }
 
 TEST_F(AutostartTests, AFailureLeavesTheTrueState) {
-    put(user, kHead);
+    put(user, kEntryHead);
     fs::permissions(user, fs::perms{0444});
     fs::permissions(user.parent_path(), fs::perms{0555});
     const WithoutPrivileges plain;

@@ -16,7 +16,7 @@ using namespace halvo;
 
 namespace {
 
-const std::filesystem::path kFile = "/support/Halvo/presets.json";
+const std::filesystem::path kPresetsFile = "/support/Halvo/presets.json";
 
 std::string record(const std::string& name,
                    const std::string& rest = R"("preamp":0,"bands":[0,0,0,0,0,0,0,0,0,0])") {
@@ -34,10 +34,10 @@ class Presets : public testing::Test {
             std::make_unique<PresetManager>(fake.fileSystem, fake.userDefaults, fake.systemLog);
     }
     void openWith(const std::string& file) {
-        fake.fileSystem.files = {{kFile, file}};
+        fake.fileSystem.files = {{kPresetsFile, file}};
         open();
     }
-    std::string file() { return fake.fileSystem.files[kFile]; }
+    std::string file() { return fake.fileSystem.files[kPresetsFile]; }
     std::string names(std::size_t count) {
         std::string text;
         for (std::size_t i = 0; i < count; ++i)

@@ -7,12 +7,12 @@ namespace {
 
 using halvo::propertyListString;
 
-const std::string kHead = R"(<?xml version="1.0" encoding="UTF-8"?>
+const std::string kListHead = R"(<?xml version="1.0" encoding="UTF-8"?>
 <!DOCTYPE plist PUBLIC "-//Apple//DTD PLIST 1.0//EN" "http://www.apple.com/DTDs/PropertyList-1.0.dtd">
 )";
 
 std::string list(const std::string& entries) {
-    return kHead + "<plist version=\"1.0\"><dict>" + entries + "</dict></plist>";
+    return kListHead + "<plist version=\"1.0\"><dict>" + entries + "</dict></plist>";
 }
 
 const std::string kVersion = "<key>CFBundleVersion</key>";
@@ -96,12 +96,12 @@ TEST(PropertyListTests, FindsTextAtTheTopLevelOnly) {
         {"another kind, then another key's text",
          list(kVersion + "<integer>3</integer><key>A</key><string>x</string>"), std::nullopt},
         {"no such key", list("<key>A</key><string>x</string>"), std::nullopt},
-        {"top is an array", kHead + "<plist><array><string>1</string></array></plist>",
+        {"top is an array", kListHead + "<plist><array><string>1</string></array></plist>",
          std::nullopt},
         {"not a property list", "<html><dict>" + kVersion + "<string>1</string></dict></html>",
          std::nullopt},
         {"cut off behind the value",
-         kHead + "<plist><dict>" + kVersion + "<string>1</string></dict></pli", std::nullopt},
+         kListHead + "<plist><dict>" + kVersion + "<string>1</string></dict></pli", std::nullopt},
         {"rubbish at the end", list(kVersion + "<string>1</string>") + "<more>", std::nullopt},
         {"empty", "", std::nullopt},
         {"binary", std::string("bplist00\xD1\x01\x02", 11), std::nullopt},
