@@ -1,4 +1,5 @@
 # What every source reads is read once for all targets of the same kind of code. Included after the targets.
+# All code is then position-independent, as Qt's own interface asks for on some releases only.
 # A source names all the same what it needs: clang-tidy and the other presets read it without these.
 option(HALVO_PRECOMPILED "Precompile the headers that most sources need" OFF)
 if(NOT HALVO_PRECOMPILED OR NOT CMAKE_SYSTEM_NAME STREQUAL "Linux")
@@ -46,19 +47,15 @@ function(halvo_precompile headers libraries options) # and the targets that are 
     endforeach()
 endfunction()
 
-# Qt's programs are position-independent code, the others are not.
 halvo_precompile("${standard_headers}" "" ""
     halvo_core halvo_loudness halvo_fake halvo_linux_mpris halvo_linux_pipewire halvo_session halvo-audio-device
-    halvo_virtual_device halvo_demo_parts halvo_render_parts halvo_bench_parts)
-halvo_precompile("${standard_headers}" "" -fPIC
-    halvo_qt halvo_qt_media halvo_linux_files halvo_linux_process halvo-media-helper halvo_measurement_session
-    halvo-demo halvo-bench)
-halvo_precompile("${panel_headers}" Qt6::Quick "-fPIC;-DQT_NO_KEYWORDS"
+    halvo_virtual_device halvo_demo_parts halvo_render_parts halvo_bench_parts halvo_qt halvo_qt_media
+    halvo_linux_files halvo_linux_process halvo-media-helper halvo_measurement_session halvo-demo halvo-bench)
+halvo_precompile("${panel_headers}" Qt6::Quick -DQT_NO_KEYWORDS
     halvo_ui halvo_qt_windows halvo_linux_desktop halvo_offline_parts halvo_virtual_desktop halvo_ui_tests)
 halvo_precompile("${test_headers}" GTest::gtest ""
-    halvo_linux_audio_tests halvo_macos_parts_tests)
-halvo_precompile("${test_headers}" GTest::gtest -fPIC
-    halvo_unit_tests halvo_application_tests halvo_driver_session_tests halvo_media_tests)
+    halvo_linux_audio_tests halvo_macos_parts_tests halvo_unit_tests halvo_application_tests
+    halvo_driver_session_tests halvo_media_tests)
 
 # Compiled in another way; with the headers precompiled, GCC 12 also sees overruns in "text" + string in the last.
 set_source_files_properties(src/linux/pipewire/PipeWireRenderer.cpp TARGET_DIRECTORY halvo_linux_pipewire
