@@ -3,6 +3,7 @@
 #include "linux_audio/TestSignal.h"
 #include "session/ServerView.h"
 
+#include <csignal>
 #include <thread>
 
 namespace halvo {
@@ -83,6 +84,11 @@ TEST_F(OutputUnitTest, WithoutADevicePlaysToTheDefaultButNeverToHalvosOwn) {
 }
 
 TEST_F(OutputUnitTest, IsStillOnceStopReturns) {
+    // A handler that lets a system call return early, as that of an ended child may.
+    struct sigaction handler{};
+    handler.sa_handler = [](int) {};
+    ASSERT_EQ(::sigaction(SIGUSR1, &handler, nullptr), 0);
+    const auto thread = ::pthread_self();
     const auto awake = record("acc.a");
     PipeWireOutputUnit unit(*connection_, gate_);
     configure(unit, signal_);
@@ -94,8 +100,10 @@ TEST_F(OutputUnitTest, IsStillOnceStopReturns) {
         ASSERT_TRUE(waitFor([&] { return signal_.inside.load(); }));
         std::thread release([&] {
             // Time for `stop` to block; correctness does not depend on it.
-            for (int k = 0; k < 2000; ++k)
+            for (int k = 0; k < 2000; ++k) {
+                if (k % 100 == 0) (void)::pthread_kill(thread, SIGUSR1);
                 std::this_thread::yield();
+            }
             signal_.held = false;
         });
         EXPECT_TRUE(unit.stop());

@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <ctime>
-#include <semaphore>
 #include <utility>
 #include <vector>
 
@@ -80,6 +79,7 @@ struct PipeWireConnection::Implementation final : PipeWireObserver {
 };
 
 bool PipeWireConnection::Implementation::start() {
+    const SignalMask mask; // for the threads, too
     // Never undone: the process may have other connections.
     pw_init(nullptr, nullptr);
     threadLoop.reset(pw_thread_loop_new("halvo-server", nullptr));
@@ -102,6 +102,7 @@ bool PipeWireConnection::Implementation::start() {
 
 void PipeWireConnection::Implementation::stop() {
     if (!threadLoop) return;
+    const SignalMask mask;
     pw_thread_loop_stop(threadLoop.get());
     disconnect();
     if (timer) pw_loop_destroy_source(pw_thread_loop_get_loop(threadLoop.get()), timer);
@@ -287,25 +288,6 @@ pw_loop* PipeWireConnection::loop() const {
 
 pw_data_loop* PipeWireConnection::dataLoop() const {
     return pw_context_get_data_loop(implementation_->context.get());
-}
-
-void PipeWireConnection::removeBetweenCycles(PipeWireHook& hook) {
-    struct Removal {
-        PipeWireHook& hook;
-        std::binary_semaphore isDone{0};
-    } removal{hook};
-    pw_data_loop_invoke(
-        dataLoop(),
-        [](spa_loop*, bool, std::uint32_t, const void*, std::size_t, void* data) {
-            auto& asked = *static_cast<Removal*>(data);
-            asked.hook.remove();
-            asked.isDone.release();
-            return 0;
-        },
-        0, nullptr, 0, true, &removal);
-    // From 1.0 on removing a filter's listener invokes the loop itself, and the end of that inner
-    // call ends the wait for the outer one, too.
-    removal.isDone.acquire();
 }
 
 PipeWireGraph& PipeWireConnection::graph() {

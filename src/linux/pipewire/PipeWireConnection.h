@@ -1,6 +1,7 @@
 #pragma once
 
 #include "linux/pipewire/PipeWireObserver.h"
+#include "linux/pipewire/SignalMask.h"
 
 #include <chrono>
 #include <functional>
@@ -14,7 +15,6 @@ struct pw_loop;
 namespace halvo {
 
 class PipeWireGraph;
-class PipeWireHook;
 
 /// A connection to the sound server with its own thread. It reconnects by itself, first after 0.25
 /// s, then at growing intervals of at most 5 s. Connections in one process are independent.
@@ -49,6 +49,7 @@ class PipeWireConnection {
         bool roundTrip(std::chrono::milliseconds longest);
 
       private:
+        SignalMask mask_;
         PipeWireConnection& connection_;
     };
 
@@ -58,8 +59,6 @@ class PipeWireConnection {
     pw_core* core() const;
     pw_loop* loop() const;
     pw_data_loop* dataLoop() const;
-    /// Removes a listener on the render thread: once this returns, no cycle runs it.
-    void removeBetweenCycles(PipeWireHook& hook);
     PipeWireGraph& graph();
 
     /// Observers are called in the order in which they were added; one may remove itself while it

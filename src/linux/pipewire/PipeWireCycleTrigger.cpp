@@ -21,10 +21,23 @@ std::unique_ptr<PipeWireCycleTrigger> PipeWireCycleTrigger::create(PipeWireConne
 
 PipeWireCycleTrigger::~PipeWireCycleTrigger() {
     end();
+    // The filter removes its listener itself, once no cycle runs it any more. Removed earlier, it
+    // may be in use (0.3.65); removed by the render thread, the library waits there for itself
+    // (1.4).
+    filter_.reset();
+    hook_.forget();
 }
 
 void PipeWireCycleTrigger::end() {
-    if (filter_) connection_.removeBetweenCycles(hook_);
+    if (!owner_.load(std::memory_order_relaxed)) return;
+    pw_data_loop_invoke(
+        connection_.dataLoop(),
+        [](spa_loop*, bool, std::uint32_t, const void*, std::size_t, void* self) {
+            static_cast<PipeWireCycleTrigger*>(self)->owner_.store(nullptr,
+                                                                   std::memory_order_release);
+            return 0;
+        },
+        0, nullptr, 0, true, this);
 }
 
 bool PipeWireCycleTrigger::connect(pw_core& core) {
@@ -62,14 +75,14 @@ const pw_filter_events& PipeWireCycleTrigger::events() {
 void PipeWireCycleTrigger::stateChanged(pw_filter_state state) {
     if (state == PW_FILTER_STATE_PAUSED || state == PW_FILTER_STATE_STREAMING) connected_ = true;
     if (state == PW_FILTER_STATE_ERROR || (connected_ && state == PW_FILTER_STATE_UNCONNECTED)) {
-        owner_.triggerFailed();
+        if (auto* owner = owner_.load(std::memory_order_acquire)) owner->triggerFailed();
     }
 }
 
 void PipeWireCycleTrigger::process() noexcept {
     // The buffer is recycled unread; only its timing matters.
     if (auto* buffer = pw_filter_dequeue_buffer(port_)) pw_filter_queue_buffer(port_, buffer);
-    owner_.cycleTriggered();
+    if (auto* owner = owner_.load(std::memory_order_relaxed)) owner->cycleTriggered();
 }
 
 } // namespace halvo

@@ -2,7 +2,7 @@
 
 #include "linux/pipewire/PipeWireHandles.h"
 
-#include <functional>
+#include <atomic>
 #include <memory>
 #include <pipewire/filter.h>
 
@@ -40,14 +40,14 @@ class PipeWireCycleTrigger {
     };
 
     PipeWireCycleTrigger(PipeWireConnection& connection, Owner& owner)
-        : connection_(connection), owner_(owner) {}
+        : connection_(connection), owner_(&owner) {}
     bool connect(pw_core& core);
     static const pw_filter_events& events();
     void stateChanged(pw_filter_state state);
     void process() noexcept;
 
     PipeWireConnection& connection_;
-    Owner& owner_;
+    std::atomic<Owner*> owner_; ///< null once ended; the render thread clears it
     void* port_ = nullptr;
     bool connected_ = false;
     std::unique_ptr<pw_filter, Deleter> filter_;

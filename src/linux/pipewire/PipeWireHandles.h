@@ -26,6 +26,8 @@ class PipeWireHook {
         spa_hook_remove(&hook_);
         hook_ = {};
     }
+    /// For a hook that its list has removed.
+    void forget() { hook_ = {}; }
 
   private:
     spa_hook hook_{};
