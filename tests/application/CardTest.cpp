@@ -39,14 +39,21 @@ std::optional<double> levelNow(const Recorder& recorder) {
     return levelDb(sound, sound.size() / 2 - window, window);
 }
 
-testing::AssertionResult settlesAt(const Recorder& recorder, double level) {
+testing::AssertionResult settlesAtOneOf(const Recorder& recorder,
+                                        const std::vector<double>& levels) {
     std::optional<double> now;
     const bool isThere = PrivateSession::waitFor([&] {
         now = levelNow(recorder);
-        return now && std::abs(*now - level) < 0.1;
+        return now && std::ranges::any_of(
+                          levels, [&](double level) { return std::abs(*now - level) < 0.1; });
     });
     if (isThere) return testing::AssertionSuccess();
-    return testing::AssertionFailure() << now.value_or(-200) << " dB instead of " << level;
+    return testing::AssertionFailure()
+           << now.value_or(-200) << " dB instead of " << testing::PrintToString(levels);
+}
+
+testing::AssertionResult settlesAt(const Recorder& recorder, double level) {
+    return settlesAtOneOf(recorder, {level});
 }
 
 double loudest(const Recorder& recorder) {
@@ -258,7 +265,8 @@ TEST_F(Card, OfAHeadsetIsFollowedThroughItsProfiles) {
             PrivateSession::waitFor([&] { return !scene.session().volume(kSink).empty(); }));
         if (player) listen();
     };
-    constexpr double kCallDb = 3.0103; // two equal channels become one
+    // Two equal channels become one: 3 dB louder with PipeWire 0.3, as loud with 1.4.
+    const std::vector<double> call{decibels(0.0625F) + 3.0103, decibels(0.0625F)};
     insert({{"music", {{"headphone-output"}}}, {"call", {{"headset-output"}}, 16000, 1}});
     setOwn("headphone-output", 0.125F);
     switchTo("call");
@@ -272,7 +280,7 @@ TEST_F(Card, OfAHeadsetIsFollowedThroughItsProfiles) {
         SCOPED_TRACE(round);
         switchTo("call");
         EXPECT_TRUE(isAt("headset-output", 1));
-        EXPECT_TRUE(settlesAt(*recorder, decibels(0.0625F) + kCallDb));
+        EXPECT_TRUE(settlesAtOneOf(*recorder, call));
         EXPECT_NEAR(frequencyOf(*recorder), kFrequency, kFrequency / 200);
         EXPECT_LE(loudest(*recorder), decibels(0.125F) + kMargin);
         EXPECT_EQ(scene.session().defaultSink(), kVirtualSink);

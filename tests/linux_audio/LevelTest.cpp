@@ -87,6 +87,7 @@ TEST_F(LevelTest, OfAMonoDeviceHasNoRight) {
               0);
     ASSERT_TRUE(waitFor([&] { return hardware_->deviceForUID("mono").has_value(); }));
     const auto id = device("mono");
+    ASSERT_TRUE(session_->wake("mono")); // by then the session manager has set its level
     EXPECT_EQ(hardware_->level(id)->channelVolumes.size(), 1U);
     EXPECT_TRUE(hardware_->setVolume(id, VolumeElement::left, 0.5F));
     EXPECT_EQ(hardware_->volume(id, VolumeElement::main), 0.5F);

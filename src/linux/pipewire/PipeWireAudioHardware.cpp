@@ -13,14 +13,12 @@ namespace halvo {
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
 using Lock = PipeWireConnection::Lock;
 using Topic = PipeWireListeners::Topic;
 
 constexpr std::chrono::milliseconds kLongestWrite{200};
 /// Until the session manager has linked a stream and the sink has run a cycle.
 constexpr std::chrono::milliseconds kLongestWakeUp{250};
-constexpr std::chrono::milliseconds kWakeUpPause{20};
 
 std::optional<std::size_t> channelIndex(VolumeElement element) {
     switch (element) {
@@ -220,14 +218,8 @@ bool PipeWireAudioHardware::writeLevel(AudioDeviceID device, LevelUpdate update,
     if (isShown()) return true;
     sink = this->device(device);
     if (!sink || graph.hasRoute(*sink)) return lock.waitFor(isShown, kLongestWrite);
-    // The session manager refuses the stream as long as it has not prepared a new sink.
-    const auto name = sink->name();
-    std::optional<PipeWireWakeUp> wakeUp;
-    for (const auto end = Clock::now() + kLongestWakeUp; Clock::now() < end;) {
-        if (!wakeUp || wakeUp->hasEnded()) wakeUp.emplace(connection_, name);
-        if (lock.waitFor(isShown, kWakeUpPause)) return true;
-    }
-    return false;
+    const PipeWireWakeUp wakeUp(connection_, sink->name());
+    return lock.waitFor(isShown, kLongestWakeUp);
 }
 
 bool PipeWireAudioHardware::listenToDeviceList(Listener listener) {

@@ -56,12 +56,6 @@ PipeWireWakeUp::PipeWireWakeUp(PipeWireConnection& connection, const std::string
 
 PipeWireWakeUp::~PipeWireWakeUp() = default;
 
-bool PipeWireWakeUp::hasEnded() const {
-    if (!stream_) return true;
-    const auto state = pw_stream_get_state(stream_.get(), nullptr);
-    return state == PW_STREAM_STATE_ERROR || state == PW_STREAM_STATE_UNCONNECTED;
-}
-
 const pw_stream_events& PipeWireWakeUp::events() {
     static const pw_stream_events events = [] {
         pw_stream_events table{};

@@ -23,9 +23,6 @@ class PipeWireWakeUp {
     PipeWireWakeUp(const PipeWireWakeUp&) = delete;
     PipeWireWakeUp& operator=(const PipeWireWakeUp&) = delete;
 
-    /// Whether the server or the session manager has refused or ended the stream.
-    bool hasEnded() const;
-
   private:
     struct Deleter {
         void operator()(pw_stream* stream) const { pw_stream_destroy(stream); }
