@@ -7,9 +7,12 @@
 #include "linux/files/XdgFileSystem.h"
 #include "linux/pipewire/PipeWireAudioHardware.h"
 #include "linux/pipewire/PipeWireConnection.h"
+#include "loudness/LevelScale.h"
 #include "loudness/LoudnessGuard.h"
 #include "loudness/RaisedDevicesRecord.h"
 
+#include <algorithm>
+#include <optional>
 #include <thread>
 
 namespace halvo {
@@ -47,6 +50,7 @@ SessionRestore::Result SessionRestore::run(milliseconds longest) {
     NoQueue queue;
     PipeWireAudioHardware server(*connection, queue);
     bool isRepeated = false;
+    bool isSetAgain = false;
     auto end = Clock::now() + longest;
     for (; Clock::now() < end; std::this_thread::sleep_for(kPause)) {
         const auto left = std::chrono::duration_cast<milliseconds>(end - Clock::now());
@@ -59,7 +63,11 @@ SessionRestore::Result SessionRestore::run(milliseconds longest) {
         if (isRepeated && record) (void)files.write(path, *record); // or the default alone
         if (!restoreDevice(server)) continue;
         lock.reset();
-        if (isWrittenDown(*connection)) return Result::done;
+        // A session manager that has just started may have set its own last level meanwhile. Once
+        // more then; what is louder after that is somebody's wish.
+        const bool isDone = isWrittenDown(*connection);
+        if (isDone && (isSetAgain || !isLouderThanRecorded(server))) return Result::done;
+        isSetAgain = isDone;
         isRepeated = true;
         end = Clock::now() + longest;
     }
@@ -70,6 +78,16 @@ bool SessionRestore::isWrittenDown(PipeWireConnection& connection) {
     PipeWireConnection::Lock lock(connection);
     (void)lock.waitFor([] { return false; }, kManagersDelay); // ends early when the server goes
     return connection.isReady();
+}
+
+bool SessionRestore::isLouderThanRecorded(AudioServer& server) {
+    XdgFileSystem files;
+    const RaisedDevicesRecord record(files, raisedDevicesPath(), nullptr);
+    return std::ranges::any_of(record.devices, [&server](const auto& entry) {
+        const auto id = server.deviceForUID(entry.first);
+        const auto level = id ? server.level(*id) : std::nullopt;
+        return level && isLouder(*level, entry.second.found);
+    });
 }
 
 bool SessionRestore::hasRecord() {

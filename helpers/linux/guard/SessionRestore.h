@@ -18,7 +18,8 @@ class SessionRestore {
     };
 
     /// Tries until `longest` has passed: a server that crashed comes back, and a session manager
-    /// takes its time. Stays two seconds longer than it takes, in case the server dies just then.
+    /// takes its time. Stays two seconds longer than it takes, in case the server dies just then or
+    /// its session manager sets a level that it had kept.
     static Result run(std::chrono::milliseconds longest);
 
   private:
@@ -26,6 +27,7 @@ class SessionRestore {
     static bool restoreDevice(AudioServer& server);
     /// Waits; false when the server went before its session manager will have kept the levels.
     static bool isWrittenDown(PipeWireConnection& connection);
+    static bool isLouderThanRecorded(AudioServer& server);
 };
 
 } // namespace halvo
