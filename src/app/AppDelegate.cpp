@@ -84,6 +84,7 @@ void AppDelegate::applicationDidFinishLaunching() {
     setupAutoSwitch();
     setupAudioEngine();
     setupVolumeMonitoring();
+    followOwnVolume();
     setupSettingsBindings();
     setupRecovery();
     log_.write("Launch done");

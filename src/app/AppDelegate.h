@@ -69,6 +69,8 @@ class AppDelegate : public std::enable_shared_from_this<AppDelegate> {
     void restoreDirtySession();
     void restoreOutput();
     static void restoreVolumeStatic(AudioHardware& hardware, const std::string& uid, float volume);
+    /// The last step of every end: the system's own choice where nothing else took its place.
+    static void leaveVirtualDevice(AudioHardware& hardware);
     /// For everything, then for alerts, whatever becomes of either.
     static void makeDefault(AudioHardware& hardware, const std::string& uid);
 
@@ -98,6 +100,8 @@ class AppDelegate : public std::enable_shared_from_this<AppDelegate> {
     void maxOutDeviceVolume(const std::string& uid);
     void setupVolumeMonitoring();
     void readAndApplyVolume(AudioDeviceID device);
+    void followOwnVolume();
+    void writeVolume(float volume);
 
     // What comes back after it was gone: AppDelegateRecovery.cpp.
     void setupRecovery();
@@ -127,6 +131,7 @@ class AppDelegate : public std::enable_shared_from_this<AppDelegate> {
     std::optional<float> originalRealVolume_;
     std::string outputUID_; ///< where the output unit plays, empty before the first start
     std::optional<AudioDeviceID> monitoredDevice_; ///< the virtual device whose volume is followed
+    bool isApplyingVolume_ = false; ///< what is announced came from the virtual device
     bool recoveryScheduled_ = false;
 
     std::vector<Subscription> cancellables_; // last: the handlers die first

@@ -52,6 +52,7 @@ void AppDelegate::recoverEngine() {
     audioEngine_.stop();
     if (!audioEngine_.ringBuffer().connect()) return; // still no ring: wait quietly
     startEngine(*uid);
+    if (!originalOutputUID_) originalOutputUID_ = uid; // started without any output
     // The ring's rate may be another one now, and coefficients follow only when they are set.
     if (const auto preset = presetManager_.activePreset()) applyPreset(*preset);
 }

@@ -3,6 +3,7 @@
 #include "base/NumberText.h"
 #include "platform/AudioHardware.h"
 #include "platform/UserDefaults.h"
+#include "platform/VirtualOutput.h"
 
 namespace halvo {
 
@@ -39,13 +40,16 @@ void AppDelegate::restoreDirtySession() {
 }
 
 void AppDelegate::restoreOutput() {
-    if (!originalOutputUID_) return;
     auto& hardware = platform_.audioHardware;
-    const auto device = hardware.deviceForUID(*originalOutputUID_);
-    if (device && originalRealVolume_) {
-        setVolumeOfAllElements(hardware, *device, *originalRealVolume_);
+    const auto original =
+        originalOutputUID_ ? hardware.deviceForUID(*originalOutputUID_) : std::nullopt;
+    if (original) {
+        if (originalRealVolume_) setVolumeOfAllElements(hardware, *original, *originalRealVolume_);
+        makeDefault(hardware, *originalOutputUID_);
+    } else {
+        makeDefault(hardware, outputUID_); // where the music has been
     }
-    makeDefault(hardware, *originalOutputUID_);
+    leaveVirtualDevice(hardware);
 }
 
 void AppDelegate::handleTermination(AudioHardware& hardware, const UserDefaults& defaults) {
@@ -53,6 +57,12 @@ void AppDelegate::handleTermination(AudioHardware& hardware, const UserDefaults&
     if (const auto session = SavedSession::load(defaults)) {
         restoreVolumeStatic(hardware, session->uid, session->volume);
     }
+    leaveVirtualDevice(hardware);
+}
+
+void AppDelegate::leaveVirtualDevice(AudioHardware& hardware) {
+    const auto device = hardware.defaultOutput();
+    if (device && hardware.uid(*device) == kVirtualDeviceUID) (void)hardware.releaseDefaultOutput();
 }
 
 void AppDelegate::restoreVolumeStatic(AudioHardware& hardware, const std::string& uid,

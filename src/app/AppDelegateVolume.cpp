@@ -60,8 +60,30 @@ void AppDelegate::readAndApplyVolume(AudioDeviceID device) {
     auto volume = readVolume(hardware, device);
     if (!volume) return;
     if (hardware.mute(device).value_or(false)) volume = 0.0F;
+    // Never back to the device: a mute, which reads as 0, would overwrite the level beneath it.
+    isApplyingVolume_ = true;
     presetManager_.setOutputVolume(*volume);
+    isApplyingVolume_ = false;
     audioEngine_.setOutputVolume(*volume);
+}
+
+void AppDelegate::followOwnVolume() {
+    cancellables_.push_back(presetManager_.outputVolume.didChange([this](float volume) {
+        if (!isApplyingVolume_) writeVolume(volume);
+    }));
+}
+
+void AppDelegate::writeVolume(float volume) {
+    auto& hardware = platform_.audioHardware;
+    const auto device = deviceManager_.audioDeviceID(kVirtualDeviceUID);
+    if (!device) return; // a device that comes later brings its own
+    if (!hardware.setVolume(*device, VolumeElement::main, volume)) {
+        (void)hardware.setVolume(*device, VolumeElement::left, volume);
+        (void)hardware.setVolume(*device, VolumeElement::right, volume);
+    }
+    if (volume > 0 && hardware.mute(*device).value_or(false)) {
+        (void)hardware.setMute(*device, false);
+    }
 }
 
 } // namespace halvo

@@ -1,6 +1,7 @@
 #include "fake/FakeAudioHardware.h"
 
 #include "base/NumberText.h"
+#include "platform/VirtualOutput.h"
 
 #include <algorithm>
 #include <utility>
@@ -109,6 +110,15 @@ bool FakeAudioHardware::setDefaultSystemOutput(AudioDeviceID device) {
     log_.add("setDefaultSystemOutput " + uid(device).value_or("?"));
     if (!devices_.contains(device)) return false;
     systemOutput_ = device;
+    return true;
+}
+
+bool FakeAudioHardware::releaseDefaultOutput() {
+    log_.add("releaseDefaultOutput");
+    const auto real = std::ranges::find_if(order_, [this](AudioDeviceID device) {
+        return hasOutputStreams(device) && uid(device) != kVirtualDeviceUID;
+    });
+    if (real != order_.end()) changeDefault(*real);
     return true;
 }
 

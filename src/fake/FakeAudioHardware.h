@@ -52,6 +52,8 @@ class FakeAudioHardware final : public AudioHardware {
     std::optional<AudioDeviceID> defaultOutput() override;
     bool setDefaultOutput(AudioDeviceID device) override;
     bool setDefaultSystemOutput(AudioDeviceID device) override;
+    /// To the first device that is not the virtual one.
+    bool releaseDefaultOutput() override;
     std::optional<float> volume(AudioDeviceID device, VolumeElement element) override;
     bool setVolume(AudioDeviceID device, VolumeElement element, float volume) override;
     std::optional<bool> mute(AudioDeviceID device) override;

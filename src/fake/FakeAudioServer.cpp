@@ -238,8 +238,14 @@ bool FakeAudioServer::listenToStreams(Listener listener) {
     return true;
 }
 
-bool FakeAudioServer::setConfiguredDefault(const std::optional<std::string>& uid) {
-    calls_.push_back("configured " + uid.value_or("nothing"));
+bool FakeAudioServer::releaseDefaultOutput() {
+    calls_.push_back("configured nothing");
+    configure(std::nullopt);
+    return true;
+}
+
+bool FakeAudioServer::setConfiguredDefault(const std::string& uid) {
+    calls_.push_back("configured " + uid);
     configure(uid);
     return true;
 }

@@ -73,6 +73,7 @@ class FakeAudioServer final : public AudioServer {
     std::optional<AudioDeviceID> defaultOutput() override { return deviceForUID(defaultUID()); }
     bool setDefaultOutput(AudioDeviceID device) override;
     bool setDefaultSystemOutput(AudioDeviceID device) override { return hasOutputStreams(device); }
+    bool releaseDefaultOutput() override;
     std::optional<float> volume(AudioDeviceID device, VolumeElement element) override;
     bool setVolume(AudioDeviceID device, VolumeElement element, float volume) override;
     std::optional<bool> mute(AudioDeviceID device) override;
@@ -90,7 +91,7 @@ class FakeAudioServer final : public AudioServer {
     bool listenToPorts(Listener listener) override;
     bool listenToStreams(Listener listener) override;
     std::optional<std::string> configuredDefault() override { return configured_; }
-    bool setConfiguredDefault(const std::optional<std::string>& uid) override;
+    bool setConfiguredDefault(const std::string& uid) override;
     void protect(const std::string& uid, const DeviceLevel& level) override;
     void unprotect(const std::string& uid) override { protected_.erase(uid); }
 

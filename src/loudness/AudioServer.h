@@ -42,8 +42,8 @@ class AudioServer : public AudioHardware {
 
     /// The default that a person or program asked for, by UID; nothing when nobody did.
     virtual std::optional<std::string> configuredDefault() = 0;
-    /// Asks for a default by UID, or takes the request back.
-    virtual bool setConfiguredDefault(const std::optional<std::string>& uid) = 0;
+    /// Asks for a default by UID, for a device that is away, too.
+    virtual bool setConfiguredDefault(const std::string& uid) = 0;
 
     /// Registers a level that the server's own thread gives to the device at once when somebody
     /// makes it the default, before a stream can move there; replaces an earlier registration.

@@ -39,10 +39,25 @@ bool DefaultSwitch::takeDefault(AudioDeviceID virtualDevice) {
 
 bool DefaultSwitch::restoreDefault(AudioDeviceID id, const std::string& uid) {
     (void)devices_.restore(id, uid); // the default all the same
+    const auto& origin = record_.origin;
     // The default was never taken away: asking for it now would only pin it.
-    if (!record_.origin && server_.defaultOutput() == id) return true;
-    if (!server_.setDefaultOutput(id)) return false;
-    if (!restoreConfiguredDefault(id, uid)) return false;
+    if (!origin && server_.defaultOutput() == id) return true;
+    // One that the engine never played to was somebody's for an instant.
+    const bool isKept = origin && isDefaultVirtual() && devices_.isKnown(origin->output);
+    const auto before = isKept ? server_.deviceForUID(origin->output) : std::nullopt;
+    if (!before || before == id) return makeDefault(id, uid);
+    const auto output = origin->output;
+    (void)devices_.restore(*before, output);
+    return makeDefault(*before, output);
+}
+
+bool DefaultSwitch::makeDefault(AudioDeviceID id, const std::string& uid) {
+    // A person has asked for it already, and it is theirs.
+    const bool isAskedFor = server_.configuredDefault() == uid;
+    if (!isAskedFor || server_.defaultOutput() != id) {
+        if (!server_.setDefaultOutput(id)) return false;
+        if (!isAskedFor && !restoreConfiguredDefault(id, uid)) return false;
+    }
     if (session_ == nullptr) return true; // the next start repeats this and needs the record
     record_.origin.reset();
     devices_.deactivate();
@@ -51,23 +66,30 @@ bool DefaultSwitch::restoreDefault(AudioDeviceID id, const std::string& uid) {
 }
 
 bool DefaultSwitch::restoreConfiguredDefault(AudioDeviceID id, const std::string& uid) {
-    const auto& origin = record_.origin;
+    const auto configured = record_.origin ? record_.origin->configured : std::nullopt;
     // Asking for the device has pinned it. Undone where the user had not asked for it, and only
-    // for the device that was the default all by itself.
-    if (!origin || origin->output != uid || origin->configured == uid) return true;
-    const bool isElsewhere = origin->configured && server_.deviceForUID(*origin->configured);
-    if (isElsewhere || !server_.setConfiguredDefault(origin->configured)) return true;
-    return server_.defaultOutput() == id || server_.setDefaultOutput(id);
+    // for the device that is the default all by itself.
+    if (configured == uid) return true;
+    if (configured && server_.deviceForUID(*configured)) return true;
+    const bool isUndone =
+        configured ? server_.setConfiguredDefault(*configured) : server_.releaseDefaultOutput();
+    return !isUndone || server_.defaultOutput() == id || server_.setDefaultOutput(id);
 }
 
 bool DefaultSwitch::leaveVirtualDevice() {
     // Streams follow the default: never to a device that is still loud.
     if (devices_.isAnyLeftToRestore() || !server_.defaultOutput()) return false;
     if (server_.configuredDefault() != kVirtualDeviceUID) return true;
-    const auto& origin = record_.origin;
+    const auto origin = record_.origin;
     const auto id = origin ? server_.deviceForUID(origin->output) : std::nullopt;
-    if (id && restoreDefault(*id, origin->output)) return true;
-    return server_.setConfiguredDefault(origin ? origin->configured : std::nullopt);
+    if (id && makeDefault(*id, origin->output)) return true;
+    if (!origin || !origin->configured) return server_.releaseDefaultOutput();
+    return server_.setConfiguredDefault(*origin->configured);
+}
+
+bool DefaultSwitch::isDefaultVirtual() {
+    const auto id = server_.defaultOutput();
+    return !id || server_.uid(*id) == kVirtualDeviceUID;
 }
 
 void DefaultSwitch::silenceWhileAway() {

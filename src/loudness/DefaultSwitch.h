@@ -24,7 +24,8 @@ class DefaultSwitch {
     /// Makes the virtual device the default, once it is as loud as the present one. Needs the
     /// session.
     bool takeDefault(AudioDeviceID virtualDevice);
-    /// Makes another device the default, at its own level.
+    /// Ends the virtual device's time as the default: the one before it takes its place again, else
+    /// `uid`, at its own level. Where another device is the default already, that is `uid`.
     bool restoreDefault(AudioDeviceID id, const std::string& uid);
     /// Where the virtual device is still asked for, restores the default before it, or nobody's
     /// choice. False: not done yet.
@@ -35,7 +36,9 @@ class DefaultSwitch {
     void silenceWhileAway();
 
   private:
+    bool makeDefault(AudioDeviceID id, const std::string& uid);
     bool restoreConfiguredDefault(AudioDeviceID id, const std::string& uid);
+    bool isDefaultVirtual();
 
     AudioServer& server_;
     RaisedDevicesRecord& record_;

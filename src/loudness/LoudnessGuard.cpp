@@ -89,6 +89,11 @@ bool LoudnessGuard::setDefaultSystemOutput(AudioDeviceID device) {
     return server_.setDefaultSystemOutput(device);
 }
 
+bool LoudnessGuard::releaseDefaultOutput() {
+    const auto lock = access_.lock();
+    return access_.phase() != Phase::stopped && defaultSwitch_.leaveVirtualDevice();
+}
+
 std::optional<float> LoudnessGuard::volume(AudioDeviceID device, VolumeElement element) {
     const auto uid = server_.uid(device);
     const auto* own = uid ? devices_.ownLevel(*uid) : nullptr;
@@ -97,13 +102,20 @@ std::optional<float> LoudnessGuard::volume(AudioDeviceID device, VolumeElement e
 
 bool LoudnessGuard::setVolume(AudioDeviceID device, VolumeElement element, float volume) {
     const auto uid = server_.uid(device);
-    if (!uid || *uid == kVirtualDeviceUID) return server_.setVolume(device, element, volume);
+    if (!uid) return false;
+    if (*uid == kVirtualDeviceUID) return setVirtualVolume(device, element, volume);
     const auto lock = access_.lock();
     if (access_.phase() == Phase::stopped) return false;
     if (volume >= 1 && access_.isRunning()) return devices_.raise(device, *uid, Sound::asFound);
     // One number for all channels would flatten the balance that was found.
     if (devices_.isKnown(*uid)) return devices_.restore(device, *uid);
     return server_.setVolume(device, element, volume);
+}
+
+bool LoudnessGuard::setVirtualVolume(AudioDeviceID device, VolumeElement element, float volume) {
+    const auto level = server_.level(device);
+    if (element != VolumeElement::main || !level) return server_.setVolume(device, element, volume);
+    return server_.setLevel(device, scaledTo(*level, volume), LevelPersistence::temporary);
 }
 
 std::optional<bool> LoudnessGuard::mute(AudioDeviceID device) {
@@ -149,11 +161,6 @@ void LoudnessGuard::silenceListeners() {
     if (!isOwnThread) return;
     access_.beginRestore();
     devices_.restoreAll();
-}
-
-bool LoudnessGuard::leaveVirtualDevice() {
-    const auto lock = access_.lock();
-    return defaultSwitch_.leaveVirtualDevice();
 }
 
 void LoudnessGuard::listen() {

@@ -39,10 +39,6 @@ class LoudnessGuard final : public AudioHardware {
     /// repeats this. Any one thread, with a server connection of its own.
     static std::unique_ptr<LoudnessGuard> forRestore(AudioServer& server,
                                                      RaisedDevicesRecord record);
-    /// The last step of a restore: where nothing else has taken the default from the virtual
-    /// device, it goes to the one before, or to nobody's choice. False: not done yet.
-    bool leaveVirtualDevice();
-
     std::optional<std::vector<AudioDeviceID>> deviceIDs() override;
     bool hasOutputStreams(AudioDeviceID device) override;
     std::optional<std::string> name(AudioDeviceID device) override;
@@ -51,10 +47,14 @@ class LoudnessGuard final : public AudioHardware {
 
     std::optional<AudioDeviceID> defaultOutput() override;
     /// To the virtual device: it takes over level and mute of the present default first. To another
-    /// one: that device gets its own level back first, and a default that nobody had asked for is
-    /// not pinned.
+    /// one, or in its place to the one that was the default before the virtual device, if it is
+    /// there: that device gets its own level back first, and a default that nobody had asked for
+    /// is not pinned.
     bool setDefaultOutput(AudioDeviceID device) override;
     bool setDefaultSystemOutput(AudioDeviceID device) override;
+    /// The last step of a restore: where nothing else has taken the default from the virtual
+    /// device, it goes to the one before, or to nobody's choice. False: not done yet.
+    bool releaseDefaultOutput() override;
 
     /// Of a raised device: its own volume, as it was found.
     std::optional<float> volume(AudioDeviceID device, VolumeElement element) override;
@@ -79,6 +79,7 @@ class LoudnessGuard final : public AudioHardware {
     LoudnessGuard(AudioServer& server, RaisedDevicesRecord record,
                   std::unique_ptr<LoudnessSession> session);
 
+    bool setVirtualVolume(AudioDeviceID device, VolumeElement element, float volume);
     void listen();
     AudioServer::Listener whileRunning(std::function<void()> work);
     void devicesChanged();

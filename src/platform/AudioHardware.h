@@ -37,6 +37,9 @@ class AudioHardware {
     /// The device for alert sounds. On a server without one, setting it succeeds if the device
     /// exists.
     virtual bool setDefaultSystemOutput(AudioDeviceID device) = 0;
+    /// Takes back what was asked for as the default output: the system chooses among the real
+    /// devices. True when it has, or when there is none.
+    virtual bool releaseDefaultOutput() = 0;
 
     virtual std::optional<float> volume(AudioDeviceID device, VolumeElement element) = 0;
     virtual bool setVolume(AudioDeviceID device, VolumeElement element, float volume) = 0;

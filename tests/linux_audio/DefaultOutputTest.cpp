@@ -35,7 +35,7 @@ TEST_F(DefaultOutputTest, CanBeTakenBack) {
     ASSERT_TRUE(hardware_->setConfiguredDefault("acc.b"));
     EXPECT_EQ(hardware_->configuredDefault(), "acc.b");
     ASSERT_TRUE(waitFor([&] { return session_->configuredDefault() == "acc.b"; }));
-    ASSERT_TRUE(hardware_->setConfiguredDefault(std::nullopt));
+    ASSERT_TRUE(hardware_->releaseDefaultOutput());
     EXPECT_EQ(hardware_->configuredDefault(), std::nullopt);
     EXPECT_TRUE(waitFor([&] { return !session_->configuredDefault(); })) << "the key is gone";
     EXPECT_TRUE(hardware_->defaultOutput()) << "the session manager still has one";

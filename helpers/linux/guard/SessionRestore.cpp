@@ -103,7 +103,7 @@ bool SessionRestore::restoreDevice(AudioServer& server) {
         LoudnessGuard::forRestore(server, RaisedDevicesRecord(files, raisedDevicesPath(), nullptr));
     AppDelegate::handleTermination(*hardware,
                                    JsonUserDefaults::readOnly(JsonUserDefaults::standardPath()));
-    return hardware->leaveVirtualDevice();
+    return hardware->releaseDefaultOutput();
 }
 
 } // namespace halvo

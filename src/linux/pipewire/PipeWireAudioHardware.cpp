@@ -271,7 +271,15 @@ std::optional<std::string> PipeWireAudioHardware::configuredDefault() {
     return defaults ? defaults->configured() : std::nullopt;
 }
 
-bool PipeWireAudioHardware::setConfiguredDefault(const std::optional<std::string>& uid) {
+bool PipeWireAudioHardware::releaseDefaultOutput() {
+    return configureDefault(std::nullopt);
+}
+
+bool PipeWireAudioHardware::setConfiguredDefault(const std::string& uid) {
+    return configureDefault(uid);
+}
+
+bool PipeWireAudioHardware::configureDefault(const std::optional<std::string>& uid) {
     Lock lock(connection_);
     auto* defaults = connection_.isReady() ? connection_.graph().defaults() : nullptr;
     if (!defaults || !defaults->configure(uid)) return false;

@@ -37,6 +37,7 @@ class PipeWireAudioHardware final : public AudioServer, private PipeWireObserver
     bool setDefaultOutput(AudioDeviceID device) override;
     /// PipeWire has none: true when the device exists.
     bool setDefaultSystemOutput(AudioDeviceID device) override;
+    bool releaseDefaultOutput() override;
 
     /// `main` is the loudest channel; more than 1 is read as 1. A mono device has no `right`.
     std::optional<float> volume(AudioDeviceID device, VolumeElement element) override;
@@ -61,7 +62,7 @@ class PipeWireAudioHardware final : public AudioServer, private PipeWireObserver
     bool listenToStreams(Listener listener) override;
 
     std::optional<std::string> configuredDefault() override;
-    bool setConfiguredDefault(const std::optional<std::string>& uid) override;
+    bool setConfiguredDefault(const std::string& uid) override;
 
     void protect(const std::string& uid, const DeviceLevel& level) override;
     void unprotect(const std::string& uid) override;
@@ -76,6 +77,7 @@ class PipeWireAudioHardware final : public AudioServer, private PipeWireObserver
     void portChanged() override;
     void streamsChanged() override;
 
+    bool configureDefault(const std::optional<std::string>& uid);
     /// Null while disconnected. With the connection's lock.
     const PipeWireNode* device(AudioDeviceID device) const;
     bool writeLevel(AudioDeviceID device, LevelUpdate update, LevelPersistence persistence,

@@ -191,7 +191,7 @@ class ConfiguredDefaultTest : public LoudnessGuardEndTest,
 
 TEST_P(ConfiguredDefaultTest, IsAsBeforeAfterEveryEnd) {
     begin();
-    (void)server.setConfiguredDefault(GetParam().before);
+    if (GetParam().before) (void)server.setConfiguredDefault(*GetParam().before);
     machine.settle();
     machine.launch();
     EXPECT_EQ(server.configuredDefault(), kVirtualDeviceUID);

@@ -78,7 +78,7 @@ bool LoudnessMachine::crashUnderGuard() {
     listen();
     const auto hardware = LoudnessGuard::forRestore(server, record());
     AppDelegate::handleTermination(*hardware, fake.userDefaults);
-    const bool isDone = hardware->leaveVirtualDevice();
+    const bool isDone = hardware->releaseDefaultOutput();
     settle();
     return isDone;
 }
