@@ -2,6 +2,8 @@
 
 #include "platform/UserDefaults.h"
 
+#include <algorithm>
+
 namespace halvo {
 
 void SavedSession::save(UserDefaults& defaults, const SavedSession& session) {
@@ -20,7 +22,8 @@ std::optional<SavedSession> SavedSession::load(const UserDefaults& defaults) {
     if (!defaults.boolForKey(kSavedDirtyFlag)) return std::nullopt;
     const auto uid = defaults.stringForKey(kSavedRealDeviceUID);
     if (!uid) return std::nullopt;
-    return SavedSession{*uid, defaults.floatForKey(kSavedRealVolume)};
+    const float volume = defaults.floatForKey(kSavedRealVolume);
+    return SavedSession{*uid, volume > 0 ? std::min(volume, 1.0F) : 0}; // no number counts as 0
 }
 
 } // namespace halvo

@@ -20,7 +20,8 @@ class SavedSession {
 
     static void save(UserDefaults& defaults, const SavedSession& session);
     static void clear(UserDefaults& defaults);
-    /// Nothing while the flag is off, or when no device was saved. A missing volume reads as 0.
+    /// Nothing while the flag is off, or when no device was saved. A missing volume reads as 0;
+    /// what a file may say beyond 0…1 is limited to it.
     static std::optional<SavedSession> load(const UserDefaults& defaults);
 };
 

@@ -39,6 +39,10 @@ std::string tagServiceOrigin() {
     return address.substr(0, address.find('/', address.find("//") + 2));
 }
 
+RaisedDevicesRecord::Places recordPlaces() {
+    return {raisedDevicesPath(), spareRaisedDevicesPath()};
+}
+
 } // namespace
 
 void LinuxPlatform::prepareProcess() {
@@ -82,7 +86,7 @@ LinuxPlatform::LinuxPlatform(std::unique_ptr<Desktop> desktop, Connection connec
       sessionLock_(SessionLock::take(SessionLock::standardPath(), kLongestRestore)),
       sessionGuard_(mainQueue_, systemLog_, QCoreApplication::applicationDirPath().toStdString()),
       audioHardware_(server_, gate_, mainQueue_, systemLog_,
-                     RaisedDevicesRecord(fileSystem_, raisedDevicesPath(), &systemLog_),
+                     RaisedDevicesRecord(fileSystem_, recordPlaces(), &systemLog_),
                      [this] { sessionGuard_.watch(); }),
       outputUnits_(*connection_, gate_, [this](bool flows) { mainQueue_.setQuiet(!flows); }),
       signalConnection_(std::move(signalConnection)), signalServer_(*signalConnection_, mainQueue_),
@@ -91,7 +95,7 @@ LinuxPlatform::LinuxPlatform(std::unique_ptr<Desktop> desktop, Connection connec
           [this] {
               (void)signalConnection_->waitUntilReady(kLongestSignalWait);
               return LoudnessGuard::forRestore(
-                  signalServer_, RaisedDevicesRecord(fileSystem_, raisedDevicesPath(), nullptr));
+                  signalServer_, RaisedDevicesRecord(fileSystem_, recordPlaces(), nullptr));
           },
           JsonUserDefaults::standardPath(), [this] { sessionGuard_.dismiss(); }) {
     mainQueue_.setWatch([this] { return screen_ && screen_->isWatched(); });

@@ -1,6 +1,7 @@
 #include "loudness/LevelScale.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 
 namespace halvo {
@@ -8,6 +9,7 @@ namespace halvo {
 namespace {
 
 constexpr float kInaudible = 1e-4F; // what a server may round away
+constexpr float kRounded = 2e-3F;   // the same, in proportion: a sixtieth of a decibel
 
 float loudestChannel(const DeviceLevel& level) {
     const auto& volumes = level.channelVolumes;
@@ -38,6 +40,14 @@ bool isLouder(const DeviceLevel& level, const DeviceLevel& other) {
         if (level.channelVolumes[channel] > limit + kInaudible) return true;
     }
     return false;
+}
+
+bool isAlike(const DeviceLevel& level, const DeviceLevel& other) {
+    const auto isNear = [](float volume, float wanted) {
+        return std::abs(volume - wanted) <= kInaudible + kRounded * std::abs(wanted);
+    };
+    return level.muted == other.muted &&
+           std::ranges::equal(level.channelVolumes, other.channelVolumes, isNear);
 }
 
 } // namespace halvo

@@ -14,4 +14,7 @@ DeviceLevel scaledTo(const DeviceLevel& balance, float loudest);
 /// Whether any channel would be heard louder at `level` than at `other`. Any thread.
 bool isLouder(const DeviceLevel& level, const DeviceLevel& other);
 
+/// Whether both are heard the same, but for what a device rounds. Any thread.
+bool isAlike(const DeviceLevel& level, const DeviceLevel& other);
+
 } // namespace halvo

@@ -18,8 +18,6 @@ namespace {
 /// By then the streams that follow the default have moved, on a busy machine too; what still plays
 /// was put there.
 constexpr MainQueue::Duration kLongestWait = 5s;
-/// By then the session manager has given a port its own level, on a busy machine too.
-constexpr MainQueue::Duration kPortSettles = 500ms;
 
 bool isUsable(const DeviceLevel& level) {
     return !level.channelVolumes.empty() &&
@@ -31,58 +29,48 @@ bool isUsable(const DeviceLevel& level) {
 
 RaisedDevices::RaisedDevices(AudioServer& server, RaisedDevicesRecord& record, WriteAccess& access,
                              LoudnessSession* session)
-    : server_(server), record_(record), access_(access), session_(session), virtual_(server) {
-    for (const auto& [uid, recorded] : record_.devices) {
-        auto& device = devices_[uid];
-        device.state = recorded.isMoved ? State::orphaned : State::own;
-        device.found = recorded.found;
-    }
-    ports_ = presentPorts();
-}
-
-const DeviceLevel* RaisedDevices::ownLevel(const std::string& uid) const {
-    const auto found = devices_.find(uid);
-    const bool isMoved = found != devices_.end() && found->second.state != State::own;
-    return isMoved ? &found->second.found : nullptr;
-}
-
-RaisedDevices::Entry* RaisedDevices::find(const std::string& uid) {
-    const auto found = devices_.find(uid);
-    return found == devices_.end() ? nullptr : &*found;
-}
+    : server_(server), record_(record), access_(access), session_(session), virtual_(server),
+      devices_(record, access,
+               session != nullptr ? GuardedDevices::Owner::session
+                                  : GuardedDevices::Owner::restore),
+      settling_(server, session, [this] { settled(); }) {}
 
 bool RaisedDevices::raise(AudioDeviceID id, const std::string& uid, Sound sound) {
     auto* entry = remember(id, uid);
     if (entry == nullptr) return false; // what cannot be restored is not raised
     auto& device = entry->second;
-    if (uid != active_) {
+    listenTo(id);
+    if (uid != devices_.active) {
         activate(*entry);
-        if (unsettled_.contains(id)) session_->gate.closeFor(kPortSettles);
+        if (settling_.contains(id)) session_->gate.closeFor(SettlingDevices::kTime);
     }
     const bool wantsMore = sound == Sound::unmuted && device.sound != sound && device.found.muted;
     if (sound == Sound::unmuted) device.sound = sound;
     if (device.state == State::raised && !wantsMore) return true;
     const bool isNew = !std::exchange(isPending_, true);
-    (void)save(); // an unwritable record is no reason to stay silent
+    (void)save(); // what is raised is recorded once more, or stays as it is
     tryPending();
     if (isPending_ && isNew) waitForPending();
     return true;
 }
 
 RaisedDevices::Entry* RaisedDevices::remember(AudioDeviceID id, const std::string& uid) {
-    if (ownLevel(uid) != nullptr) return find(uid); // what was found then still holds
+    auto* known = devices_.find(uid);
+    if (known != nullptr && known->second.isDoubtful) (void)giveBack(id, *known);
+    if (ownLevel(uid) != nullptr) return known; // what was found then still holds
     const auto level = server_.level(id);
     if (!level || !isUsable(*level)) return nullptr;
-    devices_[uid].found = *level;
-    return find(uid);
+    auto& entry = devices_.at(uid);
+    entry.second.found = *level;
+    return &entry;
 }
 
 void RaisedDevices::activate(Entry& entry) {
     const auto now = virtual_.get();
-    if (auto* former = find(active_); former != nullptr && now) {
+    if (auto* former = devices_.find(devices_.active); former != nullptr && now) {
         former->second.sessionVolume = loudestVolume(*now);
     }
-    active_ = entry.first;
+    devices_.active = entry.first;
     isPending_ = false;
     auto& device = entry.second;
     device.port.clear();
@@ -93,8 +81,7 @@ void RaisedDevices::activate(Entry& entry) {
 }
 
 bool RaisedDevices::isHeldBack(AudioDeviceID id) {
-    return unsettled_.contains(id) || server_.defaultOutput() == id ||
-           server_.hasForeignStreams(id);
+    return settling_.contains(id) || server_.defaultOutput() == id || server_.hasForeignStreams(id);
 }
 
 void RaisedDevices::retryRaise() {
@@ -104,8 +91,8 @@ void RaisedDevices::retryRaise() {
 
 void RaisedDevices::tryPending() {
     if (!isPending_) return;
-    auto* entry = find(active_);
-    const auto id = server_.deviceForUID(active_);
+    auto* entry = devices_.find(devices_.active);
+    const auto id = server_.deviceForUID(devices_.active);
     if (entry == nullptr || !id) {
         isPending_ = false;
     } else if (!isHeldBack(*id)) {
@@ -120,9 +107,15 @@ void RaisedDevices::performRaise(AudioDeviceID id, Entry& entry) {
     if (!present || !isUsable(*present) || !access_.isRunning()) return;
     // While it waited, its level was its user's affair.
     if (device.state == State::own) device.found = *present;
-    device.state = State::raised;
+    const auto before = std::exchange(device.state, State::raised);
     device.id = id;
-    (void)save(); // before the raise: a crash after it must find the record
+    if (!save()) { // before the raise: a crash after it must find the record
+        device.state = before;
+        device.wasGivenUp = true;
+        session_->log.write("Halvo: No record of raised devices can be written; the volume of " +
+                            server_.name(id).value_or(uid) + " stays as it is");
+        return;
+    }
     session_->gate.closeFor(LoudnessSession::kGateTime);
     // Heard so far: the device's level under the virtual one's. That is to stay.
     if (std::exchange(device.wasGivenUp, false)) {
@@ -133,10 +126,12 @@ void RaisedDevices::performRaise(AudioDeviceID id, Entry& entry) {
     }
     device.port = present->port;
     protectRaised();
-    auto level = scaledTo(device.found, 1);
-    if (device.sound == Sound::unmuted) level.muted = false;
+    device.written = scaledTo(device.found, 1);
+    if (device.sound == Sound::unmuted) device.written.muted = false;
     if (!access_.isRunning()) return; // another thread restores by the record
-    if (!server_.setLevel(id, level, LevelPersistence::temporary)) device.state = State::orphaned;
+    if (!server_.setLevel(id, device.written, LevelPersistence::temporary)) {
+        device.state = State::orphaned;
+    }
 }
 
 void RaisedDevices::takeVolumeOfPort(GuardedDevice& device, const DeviceLevel& present) {
@@ -162,13 +157,14 @@ void RaisedDevices::waitForPending() {
 void RaisedDevices::giveUpPending() {
     tryPending();
     if (!isPending_) return;
-    const auto id = server_.deviceForUID(active_);
-    if (unsettled_.contains(*id)) return;      // from here its settling goes on, or
+    const auto id = server_.deviceForUID(devices_.active);
+    if (settling_.contains(*id)) return;       // from here its settling goes on, or
     if (server_.defaultOutput() == id) return; // the next change of the default
     isPending_ = false;
-    find(active_)->second.wasGivenUp = true;
+    devices_.find(devices_.active)->second.wasGivenUp = true;
     session_->log.write("Halvo: Other programs play straight into " +
-                        server_.name(*id).value_or(active_) + "; its volume stays as it is");
+                        server_.name(*id).value_or(devices_.active) +
+                        "; its volume stays as it is");
 }
 
 void RaisedDevices::lower(AudioDeviceID id, Entry& entry) {
@@ -177,6 +173,7 @@ void RaisedDevices::lower(AudioDeviceID id, Entry& entry) {
     const auto present = server_.level(id);
     device.state = State::lowered;
     // The server's own thread has done it where the default moved here.
+    device.written = level;
     if (!present || isLouder(*present, level)) {
         (void)server_.setLevel(id, level, LevelPersistence::temporary); // nothing else would help
     }
@@ -187,19 +184,19 @@ void RaisedDevices::lower(AudioDeviceID id, Entry& entry) {
 void RaisedDevices::lowerDefault() {
     const auto id = server_.defaultOutput();
     const auto uid = id ? server_.uid(*id) : std::nullopt;
-    auto* entry = uid ? find(*uid) : nullptr;
+    auto* entry = uid ? devices_.find(*uid) : nullptr;
     if (entry != nullptr && entry->second.state == State::raised) lower(*id, *entry);
 }
 
 void RaisedDevices::passLevel(AudioDeviceID real, const std::string& uid,
                               AudioDeviceID virtualDevice) {
     lowerDefault();
-    auto* entry = find(uid);
+    auto* entry = devices_.find(uid);
     if (entry != nullptr && entry->second.state == State::orphaned) (void)restore(real, *entry);
     const auto level = server_.level(real);
     const auto now = server_.level(virtualDevice);
     if (!level || !now) return;
-    if (!active_.empty() && active_ != uid) {
+    if (!devices_.active.empty() && devices_.active != uid) {
         // The engine plays elsewhere, where this device's level may be far too loud.
         limitVirtualVolume(loudestVolume(*level));
         return;
@@ -223,7 +220,7 @@ DeviceLevel RaisedDevices::sessionLevel(const Entry& entry) {
     const auto now = virtual_.get();
     const float former = device.sessionVolume.value_or(loudestVolume(device.found));
     float volume = now ? loudestVolume(*now) : former;
-    if (uid != active_) volume = std::min(volume, former);
+    if (uid != devices_.active) volume = std::min(volume, former);
     auto level = scaledTo(device.found, volume);
     level.muted = (now && now->muted) || (level.muted && device.sound == Sound::asFound);
     return level;
@@ -243,20 +240,30 @@ void RaisedDevices::unprotectAll() {
 }
 
 bool RaisedDevices::restore(AudioDeviceID id, const std::string& uid) {
-    auto* entry = find(uid);
+    auto* entry = devices_.find(uid);
     return entry == nullptr || restore(id, *entry);
 }
 
 bool RaisedDevices::restore(AudioDeviceID id, Entry& entry) {
+    if (entry.first == devices_.active) isPending_ = false;
+    return giveBack(id, entry);
+}
+
+bool RaisedDevices::giveBack(AudioDeviceID id, Entry& entry) {
     auto& [uid, device] = entry;
-    if (uid == active_) isPending_ = false;
-    // A level that is not ours may be another one than was found by now.
-    if (device.state == State::own) return true;
+    const bool isDoubtful = std::exchange(device.isDoubtful, settling_.contains(id));
+    if (device.state == State::own) {
+        // A session manager may have brought back what it had kept while the device was raised.
+        // What is not louder is its user's wish by now.
+        const auto present = isDoubtful ? server_.level(id) : std::nullopt;
+        if (!present || !isLouder(*present, device.found)) return true;
+    }
     server_.unprotect(uid);
     // The level that was found is another port's, and that one gets it from the session manager.
     const bool isDone = playsThroughAnotherPort(id, entry) ||
                         server_.setLevel(id, device.found, LevelPersistence::saved);
     device.state = isDone ? State::own : State::orphaned;
+    device.isUnsure = isDone;
     (void)save(); // the old record would repeat this, which does no harm
     return isDone;
 }
@@ -271,19 +278,20 @@ void RaisedDevices::restoreAll() {
 
 void RaisedDevices::restoreOrphaned() {
     for (auto& entry : devices_) {
-        if (entry.second.state != State::orphaned) continue;
-        const auto id = server_.deviceForUID(entry.first);
+        const bool isOrphaned = entry.second.state == State::orphaned;
+        const bool isLeft = isOrphaned || entry.second.isDoubtful;
+        const auto id = isLeft ? server_.deviceForUID(entry.first) : std::nullopt;
         if (!id) continue;
         if (playsThroughAnotherPort(*id, entry)) {
             leavePort(entry);
             continue;
         }
         // Back as the default after it had vanished: streams play into it at the session's level.
-        if (entry.second.id != 0 && server_.defaultOutput() == id) {
+        if (isOrphaned && entry.second.id != 0 && server_.defaultOutput() == id) {
             entry.second.id = *id;
             lower(*id, entry);
         } else {
-            (void)restore(*id, entry); // tried again when something changes
+            (void)giveBack(*id, entry); // tried again when something changes
         }
     }
 }
@@ -295,7 +303,7 @@ bool RaisedDevices::isAnyLeftToRestore() {
 }
 
 void RaisedDevices::devicesChanged() {
-    findNewPorts();
+    findNewcomers();
     for (auto& [uid, device] : devices_) {
         // One that vanished stays protected: it may come back as the default.
         const bool isInUse = device.state == State::raised || device.state == State::lowered;
@@ -305,30 +313,23 @@ void RaisedDevices::devicesChanged() {
     tryPending();
 }
 
-std::map<AudioDeviceID, std::string> RaisedDevices::presentPorts() {
-    std::map<AudioDeviceID, std::string> ports;
-    for (const auto id : server_.deviceIDs().value_or(std::vector<AudioDeviceID>{})) {
-        const auto level = server_.level(id);
-        if (level && !level->port.empty()) ports[id] = level->port;
+void RaisedDevices::findNewcomers() {
+    for (const auto id : settling_.update()) {
+        // It may appear at full scale, and with fewer channels that add up.
+        if (server_.uid(id) == devices_.active) session_->gate.closeFor(SettlingDevices::kTime);
     }
-    return ports;
 }
 
-void RaisedDevices::findNewPorts() {
-    const auto before = std::exchange(ports_, presentPorts());
-    for (const auto& [id, port] : ports_) {
-        const auto former = before.find(id);
-        if (former != before.end() && former->second == port) continue;
-        waitForOwnLevel(id);
-        // It may appear at full scale, and with fewer channels that add up.
-        const bool isNew = former == before.end();
-        if (isNew && server_.uid(id) == active_) session_->gate.closeFor(kPortSettles);
-    }
-    std::erase_if(unsettled_, [this](const auto& entry) { return !ports_.contains(entry.first); });
+void RaisedDevices::settled() {
+    const auto lock = access_.lock();
+    if (!access_.isRunning()) return;
+    restoreOrphaned();
+    retryRaise();
 }
 
 void RaisedDevices::defaultChanged() {
-    if (isPending_ && server_.defaultOutput() != server_.deviceForUID(active_)) retryRaise();
+    if (isPending_ && server_.defaultOutput() != server_.deviceForUID(devices_.active))
+        retryRaise();
 }
 
 void RaisedDevices::streamsChanged() {
@@ -338,14 +339,14 @@ void RaisedDevices::streamsChanged() {
         if (device.state != State::raised || !server_.hasForeignStreams(device.id)) continue;
         // Somebody has begun to play straight into a device at full scale.
         lower(device.id, entry);
-        if (uid != active_) continue;
+        if (uid != devices_.active) continue;
         isPending_ = true;
         waitForPending();
     }
 }
 
 void RaisedDevices::portsChanged() {
-    findNewPorts();
+    findNewcomers();
     for (auto& entry : devices_) {
         const auto id = server_.deviceForUID(entry.first);
         if (id && playsThroughAnotherPort(*id, entry)) leavePort(entry);
@@ -361,42 +362,68 @@ bool RaisedDevices::playsThroughAnotherPort(AudioDeviceID id, const Entry& entry
 void RaisedDevices::leavePort(Entry& entry) {
     auto& [uid, device] = entry;
     device.sessionVolume.reset(); // was the former port's
-    const bool isWaiting = uid == active_ && isPending_;
+    const bool isWaiting = uid == devices_.active && isPending_;
     if (device.state == State::own && !isWaiting) return;
     server_.unprotect(uid);
     device.state = State::own;
     device.sound = Sound::asFound; // a port that its user muted stays silent
     (void)save();
-    if (uid != active_) return;
+    if (uid != devices_.active) return;
     const auto now = virtual_.get();
     if (now && !device.port.empty()) device.portVolumes[device.port] = loudestVolume(*now);
     isPending_ = true;
 }
 
-void RaisedDevices::waitForOwnLevel(AudioDeviceID id) {
-    const auto generation = unsettled_[id] = ++settlingGeneration_;
-    session_->mainQueue.after(kPortSettles, [this, id, generation, alive = lifetime_.watch()] {
+void RaisedDevices::listenTo(AudioDeviceID id) {
+    if (!heard_.insert(id).second) return;
+    const auto changed = [this, id, alive = lifetime_.watch()] {
         if (alive.expired()) return;
         const auto lock = access_.lock();
-        const auto found = unsettled_.find(id);
-        if (found == unsettled_.end() || found->second != generation) return;
-        unsettled_.erase(found);
-        if (access_.isRunning()) retryRaise();
-    });
+        if (access_.isRunning()) levelChanged(id);
+    };
+    (void)server_.listenToVolume(id, VolumeElement::main, changed); // without it what was found
+    (void)server_.listenToMute(id, changed);                        // is given back in any case
+}
+
+void RaisedDevices::levelChanged(AudioDeviceID id) {
+    const auto uid = server_.uid(id);
+    auto* entry = uid ? devices_.find(*uid) : nullptr;
+    const auto present = server_.level(id);
+    if (entry == nullptr || !present || !isUsable(*present)) return;
+    auto& device = entry->second;
+    // The session manager's affair.
+    if (settling_.contains(id) || playsThroughAnotherPort(id, *entry)) return;
+    if (device.state == State::own) {
+        if (*uid != devices_.active) return;
+        device.found = *present;
+        (void)save(); // a later change repeats it
+    } else if (device.state != State::orphaned && !isAlike(*present, device.written) &&
+               !isAlike(*present, sessionLevel(*entry))) {
+        takeOver(*entry, *present);
+    }
+}
+
+void RaisedDevices::takeOver(Entry& entry, const DeviceLevel& present) {
+    auto& [uid, device] = entry;
+    // Some session managers set the level again that they have kept: nobody's wish.
+    const bool isWish = !isAlike(present, device.found);
+    server_.unprotect(uid);
+    device.state = State::own;
+    device.found = present;
+    if (isWish) device.sound = Sound::asFound; // muted by hand, it stays muted
+    if (uid == devices_.active) {
+        device.wasGivenUp = isWish;
+        isPending_ = !isWish;
+        if (isPending_) waitForPending();
+    }
+    (void)save();
+    if (!isWish) return tryPending();
+    session_->log.write("Halvo: The volume of " + server_.name(device.id).value_or(uid) +
+                        " was changed; it is the device's own now");
 }
 
 bool RaisedDevices::save() {
-    const auto phase = access_.phase();
-    if (phase == WriteAccess::Phase::stopped) return false; // the file is somebody else's by now
-    // At the end of a session there is nothing to tell of devices that are as they were.
-    const bool isEnd = phase == WriteAccess::Phase::restoring && session_ != nullptr;
-    const bool isLast = isEnd && !record_.origin;
-    record_.devices.clear();
-    for (const auto& [uid, device] : devices_) {
-        const bool isMoved = device.state != State::own;
-        if (isMoved || !isLast) record_.devices[uid] = {device.found, isMoved};
-    }
-    const bool isSaved = record_.save();
+    const bool isSaved = devices_.save();
     if (session_ != nullptr && session_->onRecord && !record_.isEmpty()) session_->onRecord();
     return isSaved;
 }

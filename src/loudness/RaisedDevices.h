@@ -2,15 +2,14 @@
 
 #include "base/Lifetime.h"
 #include "loudness/AudioServer.h"
-#include "loudness/GuardedDevice.h"
+#include "loudness/GuardedDevices.h"
 #include "loudness/LoudnessSession.h"
+#include "loudness/SettlingDevices.h"
 #include "loudness/VirtualLevel.h"
 
 #include <cstdint>
-#include <map>
-#include <optional>
+#include <set>
 #include <string>
-#include <utility>
 
 namespace halvo {
 
@@ -18,8 +17,9 @@ class RaisedDevicesRecord;
 class WriteAccess;
 
 /// Raises real devices to full scale when nothing plays straight into them, lowers them to the
-/// session's level when something does, and restores the level that was found on each. The caller
-/// holds the lock of `WriteAccess`, but for the reads. One thread, but for `unprotectAll`.
+/// session's level when something does, and restores the level that was found on each. A level that
+/// somebody else sets meanwhile is the device's own from then on. The caller holds the lock of
+/// `WriteAccess`, but for the reads. One thread, but for `unprotectAll`.
 class RaisedDevices {
   public:
     using Sound = GuardedDevice::Sound;
@@ -29,22 +29,23 @@ class RaisedDevices {
     RaisedDevices(AudioServer& server, RaisedDevicesRecord& record, WriteAccess& access,
                   LoudnessSession* session);
 
-    bool isKnown(const std::string& uid) const { return devices_.contains(uid); }
+    bool isKnown(const std::string& uid) const { return devices_.isKnown(uid); }
     /// The own level of a device that is not at it now; null for any other one.
-    const DeviceLevel* ownLevel(const std::string& uid) const;
+    const DeviceLevel* ownLevel(const std::string& uid) const { return devices_.ownLevel(uid); }
 
     /// Raises the device now or when that is safe; the engine plays to it from here on. False when
     /// its level cannot be read and so could not be restored. Needs the session.
     bool raise(AudioDeviceID id, const std::string& uid, Sound sound);
     /// Tries the raise that waits, if any, and has it given up in the end.
     void retryRaise();
-    /// Gives the device its own level back. True also for one that is at it, or unknown.
+    /// Gives the device its own level back, where it may not be at it. True also for an unknown
+    /// one.
     bool restore(AudioDeviceID id, const std::string& uid);
     void restoreAll();
     /// Whether a device that is there is still not at its own level.
     bool isAnyLeftToRestore();
     /// The engine plays to none of the devices any more.
-    void deactivate() { active_.clear(); }
+    void deactivate() { devices_.active.clear(); }
 
     /// Before the virtual device becomes the default: gives it level and mute of the present one.
     void passLevel(AudioDeviceID real, const std::string& uid, AudioDeviceID virtualDevice);
@@ -69,16 +70,17 @@ class RaisedDevices {
 
   private:
     using State = GuardedDevice::State;
-    using Entry = std::pair<const std::string, GuardedDevice>;
+    using Entry = GuardedDevices::Entry;
 
-    Entry* find(const std::string& uid);
     Entry* remember(AudioDeviceID id, const std::string& uid);
     void activate(Entry& entry);
     bool playsThroughAnotherPort(AudioDeviceID id, const Entry& entry);
     void leavePort(Entry& entry);
-    void waitForOwnLevel(AudioDeviceID id);
-    std::map<AudioDeviceID, std::string> presentPorts();
-    void findNewPorts();
+    void findNewcomers();
+    void settled();
+    void listenTo(AudioDeviceID id);
+    void levelChanged(AudioDeviceID id);
+    void takeOver(Entry& entry, const DeviceLevel& present);
     void takeVolumeOfPort(GuardedDevice& device, const DeviceLevel& present);
     bool isHeldBack(AudioDeviceID id);
     void tryPending();
@@ -87,6 +89,7 @@ class RaisedDevices {
     void performRaise(AudioDeviceID id, Entry& entry);
     void lower(AudioDeviceID id, Entry& entry);
     bool restore(AudioDeviceID id, Entry& entry);
+    bool giveBack(AudioDeviceID id, Entry& entry);
     void limitVirtualVolume(float limit);
     DeviceLevel sessionLevel(const Entry& entry);
 
@@ -95,14 +98,11 @@ class RaisedDevices {
     WriteAccess& access_;
     LoudnessSession* session_;
     VirtualLevel virtual_;
-    std::map<std::string, GuardedDevice> devices_; ///< by UID
-    std::string active_;                           ///< UID of the device that the engine plays to
-    bool isPending_ = false;                       ///< the active device waits to be raised
+    GuardedDevices devices_;
+    bool isPending_ = false; ///< the active device waits to be raised
     std::uint64_t pendingGeneration_ = 0;
-    std::map<AudioDeviceID, std::string> ports_; ///< of the devices that have ports
-    /// Those that may not be at their port's own level yet, with the latest reason's number.
-    std::map<AudioDeviceID, std::uint64_t> unsettled_;
-    std::uint64_t settlingGeneration_ = 0;
+    SettlingDevices settling_;
+    std::set<AudioDeviceID> heard_; ///< those whose level is listened to
     Lifetime lifetime_;
 };
 

@@ -19,8 +19,6 @@ namespace fs = std::filesystem;
 using Json = nlohmann::basic_json<std::map, std::vector, std::string, bool, std::int64_t,
                                   std::uint64_t, float>;
 
-constexpr float kLoudestVolume = 10; // what a sound server lets anybody set
-
 std::optional<std::string> stringIn(const Json& object, const char* key) {
     const auto found = object.find(key);
     if (found == object.end() || !found->is_string()) return std::nullopt;
@@ -39,9 +37,7 @@ std::optional<std::vector<float>> volumesIn(const Json& object) {
     std::vector<float> volumes;
     for (const auto& volume : *found) {
         if (!volume.is_number()) return std::nullopt;
-        const auto value = volume.get<float>();
-        if (!(value >= 0 && value <= kLoudestVolume)) return std::nullopt;
-        volumes.push_back(value);
+        volumes.push_back(std::clamp(volume.get<float>(), 0.0F, 1.0F));
     }
     return volumes;
 }
@@ -53,36 +49,67 @@ std::optional<RaisedDevicesRecord::Device> deviceIn(const Json& object) {
     const auto moved = boolIn(object, "moved");
     if (!volumes || !muted || !moved) return std::nullopt;
     auto port = stringIn(object, "port").value_or("");
-    return RaisedDevicesRecord::Device{{std::move(*volumes), *muted, std::move(port)}, *moved};
+    return RaisedDevicesRecord::Device{{std::move(*volumes), *muted, std::move(port)},
+                                       *moved,
+                                       boolIn(object, "unsure").value_or(false)};
 }
 
 } // namespace
 
-RaisedDevicesRecord::RaisedDevicesRecord(FileSystem& files, fs::path path, SystemLog* log)
-    : files_(files), path_(std::move(path)) {
-    if (!files_.exists(path_)) return;
-    stored_ = files_.read(path_);
+RaisedDevicesRecord::RaisedDevicesRecord(FileSystem& files, Places places, SystemLog* log)
+    : files_(files), places_(std::move(places)) {
+    // The spare one is the later: it is removed as soon as the usual one can be written again.
+    const bool hasSpare = !places_.spare.empty() && files_.exists(places_.spare);
+    const auto& path = hasSpare ? places_.spare : places_.usual;
+    if (files_.exists(path)) load(path, log);
+}
+
+void RaisedDevicesRecord::load(const fs::path& path, SystemLog* log) {
+    stored_ = files_.read(path);
     if (stored_ && parse(*stored_)) return;
     stored_.reset();
     devices.clear();
     origin.reset();
-    (void)files_.setAside(path_); // else the next save replaces it
+    (void)files_.setAside(path); // else the next save replaces it
     if (log == nullptr) return;
-    log->write("Halvo: The record of raised devices in " + path_.string() +
+    log->write("Halvo: The record of raised devices in " + path.string() +
                " cannot be read; it was set aside");
 }
 
+bool RaisedDevicesRecord::isOpen() const {
+    return std::ranges::any_of(
+        devices, [](const auto& entry) { return entry.second.isMoved || entry.second.isUnsure; });
+}
+
+void RaisedDevicesRecord::confirm() {
+    for (auto& [uid, device] : devices)
+        device.isUnsure = false;
+}
+
 bool RaisedDevicesRecord::save() {
-    if (isEmpty()) {
-        stored_.reset();
-        return files_.remove(path_);
-    }
-    auto contents = text();
+    const auto contents = text();
     if (stored_ == contents) return true;
-    (void)files_.createDirectory(path_.parent_path()); // a failure shows in the write
-    if (!files_.write(path_, contents)) return false;
-    stored_ = std::move(contents);
+    const bool isUsual = isEmpty() ? files_.remove(places_.usual) : write(places_.usual, contents);
+    if (isUsual) {
+        (void)files_.remove(places_.spare); // in most sessions there is none
+    } else {
+        if (!write(places_.spare, contents)) return false;
+        (void)files_.remove(places_.usual); // older; the spare one counts in any case
+    }
+    stored_ = contents;
     return true;
+}
+
+void RaisedDevicesRecord::saveAnew() const {
+    auto copy = *this;
+    copy.stored_.reset();
+    (void)copy.save(); // what is on disk has to do
+}
+
+bool RaisedDevicesRecord::write(const fs::path& path, const std::string& text) {
+    if (path.empty()) return false;
+    (void)files_.createDirectory(path.parent_path()); // a failure shows in the write
+    return files_.write(path, text);
 }
 
 bool RaisedDevicesRecord::parse(const std::string& text) {
@@ -109,6 +136,7 @@ std::string RaisedDevicesRecord::text() const {
         root["devices"][uid] = {{"volumes", device.found.channelVolumes},
                                 {"muted", device.found.muted},
                                 {"moved", device.isMoved}};
+        if (device.isUnsure) root["devices"][uid]["unsure"] = true;
         if (!device.found.port.empty()) root["devices"][uid]["port"] = device.found.port;
     }
     if (origin) {

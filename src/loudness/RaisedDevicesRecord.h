@@ -17,8 +17,9 @@ class SystemLog;
 class RaisedDevicesRecord {
   public:
     struct Device {
-        DeviceLevel found;    ///< the device's own level
-        bool isMoved = false; ///< the device may not be at its own level now
+        DeviceLevel found;     ///< the device's own level
+        bool isMoved = false;  ///< the device may not be at its own level now
+        bool isUnsure = false; ///< it is, but the session manager may have kept another one
 
         bool operator==(const Device&) const = default;
     };
@@ -31,25 +32,40 @@ class RaisedDevicesRecord {
         bool operator==(const Origin&) const = default;
     };
 
-    /// Reads the file; `files` must outlive the record. One that cannot be understood counts as
-    /// empty and is set aside under another name; `log`, if any, is told.
-    RaisedDevicesRecord(FileSystem& files, std::filesystem::path path, SystemLog* log);
+    /// Where the file may lie: `usual`, and `spare` while the usual folder takes nothing.
+    struct Places {
+        std::filesystem::path usual;
+        std::filesystem::path spare;
+    };
+
+    /// Reads the file, the spare one if there is one; `files` must outlive the record. One that
+    /// cannot be understood counts as empty and is set aside under another name; `log`, if any, is
+    /// told. Volumes are limited to 0…1.
+    RaisedDevicesRecord(FileSystem& files, Places places, SystemLog* log);
 
     std::map<std::string, Device> devices; ///< by UID
     std::optional<Origin> origin;
 
     bool isEmpty() const { return devices.empty() && !origin; }
+    /// Whether a device may be at another level than its own, now or at the next login.
+    bool isOpen() const;
+    /// The session manager has kept what every device was given back.
+    void confirm();
 
     /// Brings the file up to date: replaced whole, or removed when there is nothing to record. Does
-    /// nothing when the file is already right. False when it cannot be written.
+    /// nothing when the file is already right. False when it can be written in neither place.
     bool save();
+    /// The same for one that another process may have changed on disk. A failure is left at that.
+    void saveAnew() const;
 
   private:
+    void load(const std::filesystem::path& path, SystemLog* log);
     bool parse(const std::string& text);
     std::string text() const;
+    bool write(const std::filesystem::path& path, const std::string& text);
 
     FileSystem& files_;
-    std::filesystem::path path_;
+    Places places_;
     std::optional<std::string> stored_; ///< what the file holds; nothing: there is none
 };
 

@@ -38,13 +38,27 @@ class NoQueue final : public MainQueue {
     Subscription every(Duration /*period*/, Work /*work*/) override { return {}; }
 };
 
+RaisedDevicesRecord recorded() {
+    static XdgFileSystem files;
+    return {files, {raisedDevicesPath(), spareRaisedDevicesPath()}, nullptr};
+}
+
+bool hasSavedSession() {
+    const auto defaults = JsonUserDefaults::readOnly(JsonUserDefaults::standardPath());
+    return SavedSession::load(defaults).has_value();
+}
+
+bool hasWork(SessionRestore::Occasion occasion) {
+    const auto record = recorded();
+    if (occasion != SessionRestore::Occasion::crash) return record.isOpen();
+    return hasSavedSession() || !record.isEmpty();
+}
+
 } // namespace
 
-SessionRestore::Result SessionRestore::run(milliseconds longest) {
-    if (!hasRecord()) return Result::done;
-    XdgFileSystem files;
-    const auto path = raisedDevicesPath();
-    const auto record = files.read(path);
+SessionRestore::Result SessionRestore::run(Occasion occasion, milliseconds longest) {
+    if (!hasWork(occasion)) return Result::done;
+    const auto found = recorded();
     const auto connection = PipeWireConnection::create();
     if (!connection) return Result::failed;
     NoQueue queue;
@@ -60,13 +74,17 @@ SessionRestore::Result SessionRestore::run(milliseconds longest) {
         auto lock = SessionLock::take(SessionLock::standardPath(), kLongestLock);
         if (!lock) return Result::running;
         // What it found raised stands in no other place any more.
-        if (isRepeated && record) (void)files.write(path, *record); // or the default alone
-        if (!restoreDevice(server)) continue;
+        if (isRepeated) found.saveAnew();
+        if (!restore(server, occasion)) continue;
         lock.reset();
         // A session manager that has just started may have set its own last level meanwhile. Once
         // more then; what is louder after that is somebody's wish.
-        const bool isDone = isWrittenDown(*connection);
-        if (isDone && (isSetAgain || !isLouderThanRecorded(server))) return Result::done;
+        const bool isDone = isWrittenDown(*connection, server, occasion);
+        const bool isLast = isSetAgain || occasion == Occasion::ending;
+        if (isDone && (isLast || !isLouderThanRecorded(server))) {
+            confirm();
+            return Result::done;
+        }
         isSetAgain = isDone;
         isRepeated = true;
         end = Clock::now() + longest;
@@ -74,15 +92,28 @@ SessionRestore::Result SessionRestore::run(milliseconds longest) {
     return Result::failed;
 }
 
-bool SessionRestore::isWrittenDown(PipeWireConnection& connection) {
+bool SessionRestore::restore(AudioServer& server, Occasion occasion) {
+    if (occasion == Occasion::ending) return true;
+    const auto hardware = LoudnessGuard::forRestore(server, recorded());
+    if (occasion == Occasion::crash) {
+        AppDelegate::handleTermination(
+            *hardware, JsonUserDefaults::readOnly(JsonUserDefaults::standardPath()));
+    }
+    return hardware->releaseDefaultOutput();
+}
+
+bool SessionRestore::isWrittenDown(PipeWireConnection& connection, AudioServer& server,
+                                   Occasion occasion) {
+    // At the beginning of a session it gives levels to devices that have just appeared.
+    const bool isWatching = occasion == Occasion::session;
     PipeWireConnection::Lock lock(connection);
-    (void)lock.waitFor([] { return false; }, kManagersDelay); // ends early when the server goes
+    // Ends early when the server goes.
+    (void)lock.waitFor([&] { return isWatching && isLouderThanRecorded(server); }, kManagersDelay);
     return connection.isReady();
 }
 
 bool SessionRestore::isLouderThanRecorded(AudioServer& server) {
-    XdgFileSystem files;
-    const RaisedDevicesRecord record(files, raisedDevicesPath(), nullptr);
+    const auto record = recorded();
     return std::ranges::any_of(record.devices, [&server](const auto& entry) {
         const auto id = server.deviceForUID(entry.first);
         const auto level = id ? server.level(*id) : std::nullopt;
@@ -90,20 +121,16 @@ bool SessionRestore::isLouderThanRecorded(AudioServer& server) {
     });
 }
 
-bool SessionRestore::hasRecord() {
-    XdgFileSystem files;
-    const auto defaults = JsonUserDefaults::readOnly(JsonUserDefaults::standardPath());
-    return SavedSession::load(defaults) ||
-           !RaisedDevicesRecord(files, raisedDevicesPath(), nullptr).isEmpty();
-}
-
-bool SessionRestore::restoreDevice(AudioServer& server) {
-    XdgFileSystem files;
-    const auto hardware =
-        LoudnessGuard::forRestore(server, RaisedDevicesRecord(files, raisedDevicesPath(), nullptr));
-    AppDelegate::handleTermination(*hardware,
-                                   JsonUserDefaults::readOnly(JsonUserDefaults::standardPath()));
-    return hardware->releaseDefaultOutput();
+void SessionRestore::confirm() {
+    const auto lock = SessionLock::take(SessionLock::standardPath(), kLongestLock);
+    if (!lock) return; // an application has its own record by now
+    auto record = recorded();
+    record.confirm();
+    if (!hasSavedSession()) { // an orderly end: nothing is left to tell the next start
+        record.devices.clear();
+        record.origin.reset();
+    }
+    (void)record.save(); // the next start then puts right what is right already
 }
 
 } // namespace halvo

@@ -16,12 +16,13 @@ constexpr const char* kUsage =
     "Usage: halvo-session-guard\n"
     "Started by Halvo with a pipe as its standard input. When that breaks without a word, Halvo "
     "has\n"
-    "ended badly, and halvo-restore gives the sound devices back in its place.\n";
+    "ended badly, and halvo-restore gives the sound devices back in its place. With a word it only\n"
+    "stays until the session manager has kept what Halvo gave back.\n";
 constexpr const char* kRestoreProgram = "halvo-restore";
 
 enum class End { orderly, bad, unknown };
 
-/// Sleeps until the application reports that nothing is left to restore, or has ended.
+/// Sleeps until the application reports that it has given everything back, or has ended.
 End waitForTheEnd() {
     char word = 0;
     for (;;) {
@@ -32,8 +33,8 @@ End waitForTheEnd() {
     }
 }
 
-/// Executes the program beside this one.
-void become(const char* name) {
+/// Executes the program beside this one; `option` may be null.
+void become(const char* name, char* option) {
     std::array<char, 4096> path{};
     const ssize_t length = ::readlink("/proc/self/exe", path.data(), path.size() - 1);
     if (length <= 0) return;
@@ -41,7 +42,7 @@ void become(const char* name) {
     const std::size_t room = path.size() - static_cast<std::size_t>(slash + 1 - path.data());
     if (std::strlen(name) >= room) return;
     std::strcpy(slash + 1, name);
-    std::array<char*, 2> words{path.data(), nullptr};
+    std::array<char*, 3> words{path.data(), option, nullptr};
     ::execv(path.data(), words.data());
 }
 
@@ -53,11 +54,13 @@ int main() {
         (void)std::fputs(kUsage, stderr);
         return 2;
     }
+    std::array<char, 9> ending{"--ending"};
     switch (waitForTheEnd()) {
     case End::orderly:
-        return EXIT_SUCCESS;
+        become(kRestoreProgram, ending.data());
+        break;
     case End::bad:
-        become(kRestoreProgram);
+        become(kRestoreProgram, nullptr);
         break;
     case End::unknown:
         break;

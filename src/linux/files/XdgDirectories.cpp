@@ -46,5 +46,9 @@ fs::path runtimeDirectory() {
 fs::path raisedDevicesPath() {
     return configDirectory() / "halvo" / "raised-devices.json";
 }
+fs::path spareRaisedDevicesPath() {
+    const auto session = runtimeDirectory();
+    return session.empty() ? session : session / "halvo-raised-devices.json";
+}
 
 } // namespace halvo

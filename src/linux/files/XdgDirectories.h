@@ -16,5 +16,8 @@ std::filesystem::path runtimeDirectory();
 
 /// The record of raised devices: $XDG_CONFIG_HOME/halvo/raised-devices.json.
 std::filesystem::path raisedDevicesPath();
+/// Where it lies while that folder takes nothing: $XDG_RUNTIME_DIR/halvo-raised-devices.json; empty
+/// where the session has no such directory.
+std::filesystem::path spareRaisedDevicesPath();
 
 } // namespace halvo

@@ -30,7 +30,7 @@ class LinuxSessionGuard {
     /// There is something to restore: starts the guard. One that ends is restarted, after a second
     /// and each time after twice as long, up to a minute. The application also works without one.
     void watch();
-    /// There is nothing to restore any more: the guard ends without doing anything. Any thread.
+    /// Everything is given back: the guard only stays until that is kept, too. Any thread.
     void dismiss() const;
 
   private:

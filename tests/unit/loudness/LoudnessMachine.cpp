@@ -57,6 +57,14 @@ void LoudnessMachine::quit() {
     delegate->applicationWillTerminate();
     die();
     settle();
+    keep();
+}
+
+void LoudnessMachine::keep() {
+    auto ended = record();
+    ended.confirm();
+    std::erase_if(ended.devices, [](const auto& entry) { return !entry.second.isMoved; });
+    (void)ended.save(); // in memory
 }
 
 void LoudnessMachine::terminate() {

@@ -22,6 +22,7 @@ class LoudnessMachine {
   public:
     using Heard = std::array<float, 2>;
     static constexpr const char* kRecord = "/state/raised-devices.json";
+    static constexpr const char* kSpareRecord = "/run/raised-devices.json";
 
     LoudnessMachine();
     ~LoudnessMachine();
@@ -35,7 +36,8 @@ class LoudnessMachine {
     void plugDriver(); ///< the virtual device, at full scale, and its ring
     void start();      ///< the application; everything that follows is still to come
     void launch();     ///< starts and settles
-    void quit();
+    void quit(); ///< and the session manager has kept what was given back
+    void keep();      ///< the session manager keeps what was given back
     void terminate(); ///< SIGTERM
     void crash();
     /// Crashes, and the session guard does what it is there for; whether it came to an end.
@@ -50,7 +52,9 @@ class LoudnessMachine {
 
     Heard heard(const std::string& stream) const;
     DeviceLevel level(const std::string& uid) const { return server.sink(uid)->level; }
-    RaisedDevicesRecord record() { return {fake.fileSystem, kRecord, &fake.systemLog}; }
+    RaisedDevicesRecord record() {
+        return {fake.fileSystem, {kRecord, kSpareRecord}, &fake.systemLog};
+    }
     bool hasRecord() { return fake.fileSystem.exists(kRecord); }
 
   private:

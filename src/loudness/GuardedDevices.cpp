@@ -1,0 +1,49 @@
+#include "loudness/GuardedDevices.h"
+
+#include "loudness/RaisedDevicesRecord.h"
+#include "loudness/WriteAccess.h"
+
+namespace halvo {
+
+GuardedDevices::GuardedDevices(RaisedDevicesRecord& record, WriteAccess& access, Owner owner)
+    : record_(record), access_(access), owner_(owner) {
+    for (const auto& [uid, recorded] : record_.devices) {
+        auto& device = devices_[uid];
+        device.state = recorded.isMoved ? State::orphaned : State::own;
+        device.found = recorded.found;
+        device.isDoubtful = true;
+        device.isUnsure = recorded.isUnsure;
+    }
+}
+
+GuardedDevices::Entry* GuardedDevices::find(const std::string& uid) {
+    const auto found = devices_.find(uid);
+    return found == devices_.end() ? nullptr : &*found;
+}
+
+const DeviceLevel* GuardedDevices::ownLevel(const std::string& uid) const {
+    const auto found = devices_.find(uid);
+    const bool isMoved = found != devices_.end() && found->second.state != State::own;
+    return isMoved ? &found->second.found : nullptr;
+}
+
+bool GuardedDevices::save() {
+    const auto phase = access_.phase();
+    if (phase == WriteAccess::Phase::stopped) return false; // the file is somebody else's by now
+    // At the end of a session there is little to tell of devices that are as they were.
+    const bool isEnd = phase == WriteAccess::Phase::restoring && owner_ == Owner::session;
+    const bool isLast = isEnd && !record_.origin;
+    record_.devices.clear();
+    for (const auto& [uid, device] : devices_) {
+        const bool isMoved = device.state != State::own;
+        const bool isUnsure = !isMoved && device.isUnsure;
+        // The saved session may be about it.
+        const bool isKept = owner_ == Owner::restore || device.isDoubtful || uid == active;
+        if (isMoved || isUnsure || (isKept && !isLast)) {
+            record_.devices[uid] = {device.found, isMoved, isUnsure};
+        }
+    }
+    return record_.save();
+}
+
+} // namespace halvo
