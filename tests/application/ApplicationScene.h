@@ -4,6 +4,7 @@
 #include "session/Player.h"
 #include "session/PrivateSession.h"
 #include "session/Recorder.h"
+#include "support/Tone.h"
 
 #include <memory>
 #include <string>
@@ -59,14 +60,5 @@ class ApplicationScene {
     std::unique_ptr<session::SpawnedProgram> driver_;
     std::unique_ptr<session::SpawnedProgram> application_;
 };
-
-/// Stereo sine of `seconds` at `frequency` Hz.
-std::vector<float> sine(double frequency, float amplitude, double seconds,
-                        std::uint32_t rate = 48000);
-/// The level of a stretch of the left channel in dB, relative to full scale; -200 for silence.
-double levelDb(const std::vector<float>& interleaved, std::size_t firstFrame, std::size_t frames);
-/// The loudest 10 ms of the left channel from `firstFrame` on, in dB.
-double loudestDb(const std::vector<float>& interleaved, std::size_t firstFrame = 0,
-                 std::uint32_t rate = 48000);
 
 } // namespace halvo::test

@@ -23,16 +23,6 @@ Options someLevels() {
     return options;
 }
 
-/// Whether the last 0.2 s have a level of `level` dB.
-bool settlesAt(halvo::session::Recorder& recorder, double level) {
-    return PrivateSession::waitFor([&] {
-        const auto sound = recorder.recording().samples;
-        const std::size_t window = 9600;
-        if (sound.size() / 2 < window) return false;
-        return std::abs(levelDb(sound, sound.size() / 2 - window, window) - level) < 0.1;
-    });
-}
-
 /// A client that plays a tone throughout, and both outputs are recorded.
 class Loudness : public testing::Test {
   protected:

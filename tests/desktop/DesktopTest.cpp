@@ -1,6 +1,9 @@
 #include "desktop/VirtualDesktop.h"
 
 #include "qt/StatusPainter.h"
+#include "session/Player.h"
+#include "session/Recorder.h"
+#include "support/Tone.h"
 
 #include <gtest/gtest.h>
 
@@ -114,6 +117,75 @@ TEST_F(Desktop, GrowsWithItsTopEdgeFixed) {
         [&] { return desktop.drawnArea().height() > before.height() + 50; }));
     EXPECT_EQ(desktop.drawnArea().topLeft(), before.topLeft());
     EXPECT_EQ(desktop.drawnArea().width(), before.width());
+}
+
+/// A tone plays, and the speakers are recorded.
+class OneVolume : public Desktop {
+  protected:
+    static constexpr const char* kSpeakers = "acc.a";
+    static constexpr const char* kDesktops = "@DEFAULT_AUDIO_SINK@";
+    static constexpr double kToneDb = -23.0103; // a sine of amplitude 0.1
+
+    halvo::session::PrivateSession& session = desktop.session();
+    std::unique_ptr<halvo::session::Recorder> speakers =
+        std::make_unique<halvo::session::Recorder>(session.serverSocket(), kSpeakers, 48000, 120.0);
+    halvo::session::Player player{session.serverSocket(), halvo::test::sine(1000, 0.1F, 120),
+                                  48000};
+
+    void SetUp() override {
+        desktop.startDriver();
+        Desktop::SetUp();
+    }
+    void openPanel() {
+        desktop.clickItem(kItem);
+        ASSERT_TRUE(becomes(true));
+        VirtualDesktop::rest(300ms);
+    }
+    /// A press on the panel's volume, which is from 0 to 1 here.
+    void pressAt(double position) {
+        const QRect panel = desktop.drawnArea();
+        const double start = 39;
+        const double width = 225;
+        desktop.press(panel.bottomLeft() + QPoint(static_cast<int>(start + position * width), -60));
+        VirtualDesktop::rest(300ms);
+    }
+    double desktops() {
+        const auto shown = session.run({"wpctl", "get-volume", kDesktops}).output;
+        return shown.starts_with("Volume: ") ? std::stod(shown.substr(8)) : -1;
+    }
+    bool isMuted() {
+        return session.run({"wpctl", "get-volume", kDesktops}).output.contains("MUTED");
+    }
+    void turn(const char* option, const char* value) {
+        ASSERT_EQ(session.run({"wpctl", option, kDesktops, value}).status, 0);
+    }
+    static double loudness(double position) { return kToneDb + 60 * std::log10(position); }
+};
+
+TEST_F(OneVolume, IsThePanelsAndTheDesktops) {
+    ASSERT_TRUE(
+        VirtualDesktop::waitFor([&] { return session.defaultSink() == "HalvoVirtualOutput_UID"; }));
+    openPanel();
+    desktop.press(desktop.drawnArea().topRight() + QPoint(-28, 24)); // the equalizer is off
+    turn("set-volume", "100%");
+    VirtualDesktop::rest(300ms);
+    pressAt(0.15);
+    const double chosen = desktops();
+    ASSERT_NEAR(chosen, 0.15, 0.05) << "the desktop shows what the panel chose";
+    EXPECT_TRUE(halvo::test::settlesAt(*speakers, loudness(chosen)));
+
+    speakers->clear();
+    turn("set-volume", "5%-");
+    EXPECT_NEAR(desktops(), chosen - 0.05, 0.005) << "one step below it";
+    EXPECT_TRUE(halvo::test::settlesAt(*speakers, loudness(desktops())));
+    EXPECT_LE(halvo::test::loudestDb(speakers->recording().samples), loudness(chosen) + 1);
+
+    turn("set-mute", "1");
+    VirtualDesktop::rest(300ms);
+    pressAt(0.4);
+    EXPECT_FALSE(isMuted()) << "what is heard is not muted";
+    EXPECT_NEAR(desktops(), 0.4, 0.05);
+    EXPECT_TRUE(halvo::test::settlesAt(*speakers, loudness(desktops())));
 }
 
 TEST_F(Desktop, RegistersWithATrayThatComesLaterAndDrawsForNobodyElse) {
