@@ -83,8 +83,20 @@ bool DefaultSwitch::leaveVirtualDevice() {
     const auto origin = record_.origin;
     const auto id = origin ? server_.deviceForUID(origin->output) : std::nullopt;
     if (id && makeDefault(*id, origin->output)) return true;
-    if (!origin || !origin->configured) return server_.releaseDefaultOutput();
-    return server_.setConfiguredDefault(*origin->configured);
+    const bool isAskedFor = origin && origin->configured;
+    const bool isDone = isAskedFor ? server_.setConfiguredDefault(*origin->configured)
+                                   : server_.releaseDefaultOutput();
+    if (!isDone || !isDefaultVirtual()) return isDone;
+    // The session manager stays with it; asked for a real one once, it stays with that.
+    const auto real = anyRealDevice();
+    return !real || (server_.setDefaultOutput(*real) && server_.releaseDefaultOutput());
+}
+
+std::optional<AudioDeviceID> DefaultSwitch::anyRealDevice() {
+    for (const auto id : server_.deviceIDs().value_or(std::vector<AudioDeviceID>{})) {
+        if (server_.hasOutputStreams(id) && server_.uid(id) != kVirtualDeviceUID) return id;
+    }
+    return std::nullopt;
 }
 
 bool DefaultSwitch::isDefaultVirtual() {

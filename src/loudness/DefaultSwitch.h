@@ -3,6 +3,7 @@
 #include "loudness/AudioServer.h"
 #include "loudness/LoudnessSession.h"
 
+#include <optional>
 #include <string>
 
 namespace halvo {
@@ -39,6 +40,7 @@ class DefaultSwitch {
     bool makeDefault(AudioDeviceID id, const std::string& uid);
     bool restoreConfiguredDefault(AudioDeviceID id, const std::string& uid);
     bool isDefaultVirtual();
+    std::optional<AudioDeviceID> anyRealDevice();
 
     AudioServer& server_;
     RaisedDevicesRecord& record_;

@@ -4,7 +4,7 @@
 #include "session/Player.h"
 #include "session/PrivateSession.h"
 #include "session/Recorder.h"
-#include "support/Tone.h"
+#include "application/Tone.h"
 
 #include <memory>
 #include <string>

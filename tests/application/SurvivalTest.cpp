@@ -1,4 +1,5 @@
 #include "application/ApplicationScene.h"
+#include "support/SessionPrograms.h"
 
 #include <gtest/gtest.h>
 
@@ -77,15 +78,7 @@ class Survival : public testing::Test {
     }
     /// As the package does: the server's configuration starts the driver's supervisor.
     void installDriver() {
-        const std::filesystem::path bundle = HALVO_DRIVER_BUNDLE_PATH;
-        std::ifstream file(bundle / "Contents/Resources/60-halvo.conf");
-        std::string text{std::istreambuf_iterator<char>(file), {}};
-        const std::string installed = "/usr/lib/halvo/HalvoAudioDevice.driver";
-        const auto place = text.find(installed);
-        ASSERT_NE(place, std::string::npos) << text;
-        text.replace(place, installed.size(), bundle.string());
-        std::ofstream(session.directory() + "/config/pipewire/pipewire.conf.d/60-halvo.conf")
-            << text;
+        installDropIn(session.directory(), HALVO_DRIVER_BUNDLE_PATH);
         session.stopServer();
         ASSERT_TRUE(session.startServer());
     }

@@ -3,7 +3,7 @@
 #include "qt/StatusPainter.h"
 #include "session/Player.h"
 #include "session/Recorder.h"
-#include "support/Tone.h"
+#include "application/Tone.h"
 
 #include <gtest/gtest.h>
 

@@ -21,11 +21,6 @@ namespace fs = std::filesystem;
 constexpr float kStep = 0x1p-24F;
 constexpr const char* kCaptureStream = "halvo-audio-device";
 
-std::string contentsOf(const fs::path& path) {
-    std::ifstream stream(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
-}
-
 } // namespace
 
 DriverScene::DriverScene(session::Options options) {
@@ -46,15 +41,8 @@ void DriverScene::startDriver() {
 
 void DriverScene::installDropIn() {
     const fs::path program = HALVO_AUDIO_DEVICE;
-    const auto contents = program.parent_path().parent_path();
-    auto text = contentsOf(contents / "Resources" / "60-halvo.conf");
-    const std::string installed = "/usr/lib/halvo/HalvoAudioDevice.driver/Contents";
-    const auto place = text.find(installed);
-    if (place == std::string::npos) throw std::runtime_error("the drop-in names no program");
-    text.replace(place, installed.size(), contents.string());
-    std::ofstream(fs::path(session_->directory()) / "config/pipewire/pipewire.conf.d" /
-                  "60-halvo.conf")
-        << text;
+    const auto bundle = program.parent_path().parent_path().parent_path();
+    test::installDropIn(session_->directory(), bundle.string());
 }
 
 std::vector<int> DriverScene::processes(const std::string& name) const {

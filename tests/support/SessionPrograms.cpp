@@ -2,7 +2,9 @@
 
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <sstream>
+#include <stdexcept>
 #include <system_error>
 
 namespace halvo::test {
@@ -32,6 +34,17 @@ std::vector<int> processesOf(const std::string& sessionDirectory, const std::str
         found.push_back(std::stoi(entry.path().filename()));
     }
     return found;
+}
+
+void installDropIn(const std::string& sessionDirectory, const std::string& bundle) {
+    std::ifstream file(bundle + "/Contents/Resources/60-halvo.conf");
+    std::string text{std::istreambuf_iterator<char>(file), {}};
+    const std::string installed = "/usr/lib/halvo/HalvoAudioDevice.driver";
+    auto place = text.find(installed);
+    if (place == std::string::npos) throw std::runtime_error("the drop-in names no program");
+    for (; place != std::string::npos; place = text.find(installed, place + bundle.size()))
+        text.replace(place, installed.size(), bundle);
+    std::ofstream(sessionDirectory + "/config/pipewire/pipewire.conf.d/60-halvo.conf") << text;
 }
 
 std::string statusField(int pid, const std::string& field) {

@@ -9,6 +9,10 @@ namespace halvo::test {
 /// environment.
 std::vector<int> processesOf(const std::string& sessionDirectory, const std::string& program);
 
+/// Puts the bundle's drop-in into the session's configuration, as the package does with the
+/// system's: the sound server starts what it names. Counts from the server's next start on.
+void installDropIn(const std::string& sessionDirectory, const std::string& bundle);
+
 /// One line of /proc/PID/status without its name; empty when the process has ended.
 std::string statusField(int pid, const std::string& field);
 

@@ -10,6 +10,7 @@
 #include "loudness/LevelScale.h"
 #include "loudness/LoudnessGuard.h"
 #include "loudness/RaisedDevicesRecord.h"
+#include "platform/VirtualOutput.h"
 
 #include <algorithm>
 #include <optional>
@@ -81,7 +82,7 @@ SessionRestore::Result SessionRestore::run(Occasion occasion, milliseconds longe
         // more then; what is louder after that is somebody's wish.
         const bool isDone = isWrittenDown(*connection, server, occasion);
         const bool isLast = isSetAgain || occasion == Occasion::ending;
-        if (isDone && (isLast || !isLouderThanRecorded(server))) {
+        if (isDone && (isLast || !isUndone(server))) {
             confirm();
             return Result::done;
         }
@@ -104,15 +105,16 @@ bool SessionRestore::restore(AudioServer& server, Occasion occasion) {
 
 bool SessionRestore::isWrittenDown(PipeWireConnection& connection, AudioServer& server,
                                    Occasion occasion) {
-    // At the beginning of a session it gives levels to devices that have just appeared.
+    // At the beginning of a session it brings back the default and the levels that it has kept.
     const bool isWatching = occasion == Occasion::session;
     PipeWireConnection::Lock lock(connection);
     // Ends early when the server goes.
-    (void)lock.waitFor([&] { return isWatching && isLouderThanRecorded(server); }, kManagersDelay);
+    (void)lock.waitFor([&] { return isWatching && isUndone(server); }, kManagersDelay);
     return connection.isReady();
 }
 
-bool SessionRestore::isLouderThanRecorded(AudioServer& server) {
+bool SessionRestore::isUndone(AudioServer& server) {
+    if (server.configuredDefault() == kVirtualDeviceUID) return true;
     const auto record = recorded();
     return std::ranges::any_of(record.devices, [&server](const auto& entry) {
         const auto id = server.deviceForUID(entry.first);

@@ -33,7 +33,8 @@ class SessionRestore {
     /// Waits; false when the server went before its session manager will have kept the levels.
     static bool isWrittenDown(PipeWireConnection& connection, AudioServer& server,
                               Occasion occasion);
-    static bool isLouderThanRecorded(AudioServer& server);
+    /// Whether a device is louder than recorded, or the virtual one the default again.
+    static bool isUndone(AudioServer& server);
     static void confirm();
 };
 

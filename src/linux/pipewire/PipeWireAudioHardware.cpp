@@ -3,6 +3,7 @@
 #include "linux/pipewire/PipeWireConnection.h"
 #include "linux/pipewire/PipeWireGraph.h"
 #include "linux/pipewire/PipeWireWakeUp.h"
+#include "platform/VirtualOutput.h"
 
 #include <algorithm>
 #include <chrono>
@@ -272,7 +273,16 @@ std::optional<std::string> PipeWireAudioHardware::configuredDefault() {
 }
 
 bool PipeWireAudioHardware::releaseDefaultOutput() {
-    return configureDefault(std::nullopt);
+    if (!configureDefault(std::nullopt)) return false;
+    Lock lock(connection_);
+    // Some session managers stay with what was asked for before.
+    (void)lock.waitFor(
+        [this] {
+            const auto* now = connection_.graph().defaults();
+            return !now || now->current() != kVirtualDeviceUID;
+        },
+        kLongestWrite);
+    return true;
 }
 
 bool PipeWireAudioHardware::setConfiguredDefault(const std::string& uid) {

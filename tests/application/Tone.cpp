@@ -1,4 +1,4 @@
-#include "support/Tone.h"
+#include "application/Tone.h"
 
 #include "session/PrivateSession.h"
 
