@@ -407,6 +407,15 @@ void RaisedDevices::takeOver(Entry& entry, const DeviceLevel& present) {
     auto& [uid, device] = entry;
     // Some session managers set the level again that they have kept: nobody's wish.
     const bool isWish = !isAlike(present, device.found);
+    auto onlyMute = device.written;
+    onlyMute.muted = present.muted;
+    if (isWish && isAlike(present, onlyMute)) { // the volume beneath is still this program's
+        device.written.muted = device.found.muted = present.muted;
+        device.sound = Sound::asFound;
+        protectRaised();
+        (void)save(); // a later change repeats it
+        return;
+    }
     server_.unprotect(uid);
     device.state = State::own;
     device.found = present;

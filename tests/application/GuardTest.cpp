@@ -6,6 +6,8 @@
 #include <chrono>
 #include <csignal>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <sys/resource.h>
 #include <unistd.h>
 
@@ -47,6 +49,10 @@ class SessionGuard : public testing::Test {
     }
     bool isGivenBackSoon() {
         return PrivateSession::waitFor([&] { return isGivenBack(); });
+    }
+    std::string record() const {
+        std::ifstream file(session.directory() + "/config/halvo/raised-devices.json");
+        return {std::istreambuf_iterator<char>(file), {}};
     }
     /// Whether guard and restore of that process number have come to their end.
     static bool ends(int pid) {
@@ -188,6 +194,49 @@ TEST_F(SessionGuard, LeavesTheVirtualDeviceWhenTheDeviceInUseHasGone) {
     ASSERT_TRUE(session.unplug("acc.x"));
     kill();
     EXPECT_TRUE(isGivenBackSoon());
+}
+
+TEST_F(SessionGuard, WhatAPersonSetsOnTheRaisedDeviceIsItsOwnFromThenOn) {
+    const Volumes softer{0.027F, 0.0135F};
+    for (const bool isMuted : {false, true}) {
+        for (const int number : {0, SIGTERM, SIGKILL}) {
+            SCOPED_TRACE((isMuted ? "muted, signal " : "softer, signal ") + std::to_string(number));
+            std::filesystem::remove_all(session.directory() + "/config/halvo");
+            ASSERT_TRUE(session.setVolume(kSpeakers, kOwnLevel));
+            ASSERT_TRUE(session.setMuted(kSpeakers, false));
+            startApplication();
+            const int guard = scene.guard();
+            if (isMuted) {
+                ASSERT_TRUE(session.setMuted(kSpeakers, true));
+            } else {
+                ASSERT_TRUE(session.setVolume(kSpeakers, softer));
+            }
+            const std::string noticed = isMuted ? "\"muted\": true" : "\"moved\": false";
+            ASSERT_TRUE(PrivateSession::waitFor([&] { return record().contains(noticed); }));
+            if (number == 0) {
+                EXPECT_EQ(scene.quit(), 0);
+            } else {
+                kill(number);
+            }
+            EXPECT_TRUE(ends(guard));
+            EXPECT_EQ(session.volume(kSpeakers), isMuted ? kOwnLevel : softer);
+            EXPECT_EQ(session.isMuted(kSpeakers), isMuted);
+            EXPECT_EQ(session.defaultSink(), kSpeakers);
+        }
+    }
+}
+
+TEST_F(SessionGuard, GivesBackThoughTheSettingsFolderTakesNothing) {
+    std::filesystem::remove_all(session.directory() + "/config/halvo");
+    std::ofstream(session.directory() + "/config/halvo") << "where the folder should be";
+    for (const int number : {SIGTERM, SIGKILL}) {
+        SCOPED_TRACE(number);
+        startApplication();
+        kill(number);
+        EXPECT_TRUE(isGivenBackSoon()) << session.volume(kSpeakers)[0] << session.defaultSink();
+        EXPECT_TRUE(
+            PrivateSession::waitFor([&] { return scene.processes("halvo-restore").empty(); }));
+    }
 }
 
 TEST(SessionGuardProcess, StartsWithTheFirstRecordThenSleepsAndHoldsNothing) {
