@@ -305,4 +305,46 @@ TEST_F(StartAndQuit, TheFirstPresetsPreampSurvivesTheStart) {
     EXPECT_EQ(delegate->audioEngine().currentPreset()->preamp, -6);
 }
 
+TEST_F(StartAndQuit, EveryEndLeavesARealDeviceAsTheDefault) {
+    const auto end = [this](bool isQuit) {
+        if (isQuit) {
+            delegate->applicationWillTerminate();
+        } else {
+            fake.terminationSignal.handler(fake.audioHardware, fake.userDefaults);
+        }
+    };
+    for (const bool isQuit : {true, false}) {
+        SCOPED_TRACE(isQuit ? "quit" : "SIGTERM");
+        fake.audioHardware.changeDefault(a);
+        launchWithDriver();
+        delegate->deviceManager().selectedDeviceID.set("acc.b"); // the engine plays there
+        fake.audioHardware.remove(a);
+        settle();
+        ASSERT_EQ(defaultUID(), "HalvoVirtualOutput_UID");
+        end(isQuit);
+        EXPECT_EQ(defaultUID(), "acc.b") << "the device in use";
+        delegate.reset();
+        fake.audioHardware.remove(virtualDevice);
+        a = fake.audioHardware.add("acc.a", "Speakers");
+    }
+    // Started without any output; one that came later has gone again, and a third is there.
+    for (const bool isQuit : {true, false}) {
+        SCOPED_TRACE(isQuit ? "quit" : "SIGTERM");
+        fake.audioHardware.remove(a);
+        fake.audioHardware.remove(b);
+        launchWithDriver();
+        const auto usb = fake.audioHardware.add("acc.usb", "USB");
+        settle();
+        fake.audioHardware.remove(usb);
+        a = fake.audioHardware.add("acc.a", "Speakers");
+        b = fake.audioHardware.add("acc.b", "Headphones");
+        fake.audioHardware.changeDefault(virtualDevice);
+        end(isQuit);
+        EXPECT_NE(defaultUID(), "HalvoVirtualOutput_UID");
+        EXPECT_NE(defaultUID(), "none");
+        delegate.reset();
+        fake.audioHardware.remove(virtualDevice);
+    }
+}
+
 } // namespace halvo

@@ -1,5 +1,7 @@
 #include "unit/app/AppDelegateFixture.h"
 
+#include <random>
+
 namespace halvo {
 
 using Volume = AppDelegateTest;
@@ -78,6 +80,64 @@ TEST_F(Volume, ASavedVolumeOfZeroIsHonoured) {
     fake.userDefaults.setFloat("halvo_outputVolume", 0.0F);
     launch();
     EXPECT_EQ(delegate->audioEngine().outputVolume(), 0.0F);
+}
+
+TEST_F(Volume, ThePanelsIsWrittenToTheVirtualDeviceAndNeverComesBackChanged) {
+    launchWithDriver();
+    auto& presets = delegate->presetManager();
+    fake.audioHardware.changeVolume(virtualDevice, 1.0F);
+    settle();
+    fake.log.clear();
+    presets.setOutputVolume(0.15F);
+    settle();
+    EXPECT_EQ(fake.log.calls(),
+              std::vector<std::string>{"setVolume HalvoVirtualOutput_UID 0 0.15"});
+    EXPECT_EQ(presets.outputVolume.get(), 0.15F);
+
+    // A thousand changes from both sides: both always agree, and only the panel's are written.
+    std::mt19937 random(1); // NOLINT(cert-msc32-c,cert-msc51-cpp): the same each time
+    std::size_t written = 0;
+    fake.log.clear();
+    for (int change = 0; change < 1000; ++change) {
+        const float wanted = static_cast<float>(random() % 1000) / 999;
+        if (random() % 2 == 0) {
+            presets.setOutputVolume(wanted);
+            ++written;
+        } else {
+            fake.audioHardware.changeVolume(virtualDevice, wanted);
+        }
+        if (random() % 4 == 0) continue; // the other side is moved before the news arrives
+        fake.mainQueue.flush();
+        ASSERT_EQ(presets.outputVolume.get(), wanted);
+        ASSERT_EQ(volume(virtualDevice), wanted);
+        ASSERT_EQ(delegate->audioEngine().outputVolume(), wanted);
+    }
+    EXPECT_EQ(fake.log.calls().size(), written);
+}
+
+TEST_F(Volume, AMuteIsLiftedByThePanelAndNeverOverwritesTheLevel) {
+    launchWithDriver();
+    auto& presets = delegate->presetManager();
+    fake.audioHardware.changeVolume(virtualDevice, 0.25F);
+    fake.audioHardware.changeMute(virtualDevice, true);
+    settle();
+    EXPECT_EQ(presets.outputVolume.get(), 0.0F);
+    EXPECT_EQ(volume(virtualDevice), 0.25F) << "beneath the mute";
+    presets.setOutputVolume(0.0F);
+    settle();
+    EXPECT_EQ(fake.audioHardware.mute(virtualDevice), true) << "silent as before";
+    presets.setOutputVolume(0.5F);
+    settle();
+    EXPECT_EQ(fake.audioHardware.mute(virtualDevice), false);
+    EXPECT_EQ(presets.outputVolume.get(), 0.5F);
+    EXPECT_EQ(delegate->audioEngine().outputVolume(), 0.5F);
+}
+
+TEST_F(Volume, WithoutAVirtualDeviceThePanelStillSteersTheGain) {
+    launch();
+    settle();
+    delegate->presetManager().setOutputVolume(0.5F);
+    EXPECT_EQ(delegate->audioEngine().outputVolume(), 0.5F);
 }
 
 } // namespace halvo
