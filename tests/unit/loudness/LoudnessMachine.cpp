@@ -109,6 +109,12 @@ bool LoudnessMachine::restoreAfterKill() {
     return hardware->releaseDefaultOutput();
 }
 
+void LoudnessMachine::restoreAtLogin() {
+    if (record().isEmpty()) return;
+    const auto hardware = LoudnessGuard::forRestore(server, record());
+    (void)hardware->releaseDefaultOutput();
+}
+
 void LoudnessMachine::die() {
     server.disconnect();
     delegate.reset();

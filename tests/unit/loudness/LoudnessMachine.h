@@ -51,6 +51,8 @@ class LoudnessMachine {
     bool crashUnderGuard();
     /// The same ends, at once: what follows from them is still to come.
     void endNow(End end);
+    /// What starts with the session puts right what the last one left.
+    void restoreAtLogin();
     /// From here on the folders take nothing, which the settings notice, too; none: they do again.
     void fill(std::set<std::filesystem::path> folders);
 
