@@ -1,4 +1,6 @@
 #include "unit/loudness/LoudnessMachine.h"
+
+#include "app/SavedSession.h"
 #include "platform/VirtualOutput.h"
 
 #include <gtest/gtest.h>
@@ -66,7 +68,10 @@ void LoudnessMachine::quit() {
 void LoudnessMachine::keep() {
     auto ended = record();
     ended.confirm();
-    std::erase_if(ended.devices, [](const auto& entry) { return !entry.second.isMoved; });
+    // An orderly end has nothing to tell the next start but what could not be put right.
+    if (!SavedSession::load(fake.userDefaults)) {
+        std::erase_if(ended.devices, [](const auto& entry) { return !entry.second.isMoved; });
+    }
     (void)ended.save(); // in memory
 }
 
@@ -110,7 +115,7 @@ bool LoudnessMachine::restoreAfterKill() {
 }
 
 void LoudnessMachine::restoreAtLogin() {
-    if (record().isEmpty()) return;
+    if (!record().isOpen()) return;
     const auto hardware = LoudnessGuard::forRestore(server, record());
     (void)hardware->releaseDefaultOutput();
 }

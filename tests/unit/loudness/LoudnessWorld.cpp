@@ -69,6 +69,7 @@ void LoudnessWorld::end(End end) {
     else
         machine.endNow(end);
     rest();
+    if (end != End::kill) machine.keep();
     isLeftRaised_ = end == End::kill;
 }
 
@@ -214,6 +215,7 @@ void LoudnessWorld::logIn() {
     else
         machine.start();
     machine.settle();
+    if (!isRunning()) machine.keep();
     isLeftRaised_ = false;
     rememberUse();
     limitAnyChannel(ownLoudness(isRunning() ? original_ : server.defaultUID()));
