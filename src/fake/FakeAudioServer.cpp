@@ -164,6 +164,7 @@ bool FakeAudioServer::setDefaultOutput(AudioDeviceID device) {
     if (found == nullptr) return false;
     calls_.push_back("default " + found->uid);
     configure(found->uid);
+    if (behaviour.awaitsMoves) moveStreams();
     return true;
 }
 
@@ -285,7 +286,11 @@ std::optional<std::string> FakeAudioServer::configuredDefault() {
 }
 
 bool FakeAudioServer::setConfiguredDefault(const std::string& uid) {
-    if (isStopped_ || (!behaviour.remembersRequests && sink(uid) == nullptr)) return false;
+    if (isStopped_) return false;
+    if (!behaviour.remembersRequests) {
+        const auto id = deviceForUID(uid);
+        return id ? setDefaultOutput(*id) : releaseDefaultOutput();
+    }
     calls_.push_back("configured " + uid);
     configure(uid);
     return true;

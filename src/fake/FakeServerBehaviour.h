@@ -26,6 +26,9 @@ struct FakeServerBehaviour {
     /// A default that was asked for is remembered while its device is away. Else there is just the
     /// present one.
     bool remembersRequests = true;
+    /// Setting the default returns when the streams have moved: a back end that cannot tell them
+    /// waits for it.
+    bool awaitsMoves = false;
     /// From a change until it outlives the server.
     std::chrono::milliseconds storeDelay{0};
 
@@ -34,7 +37,10 @@ struct FakeServerBehaviour {
         return {.keeps = Keeps::allOfPortlessDevices, .storeDelay = std::chrono::seconds(1)};
     }
     static FakeServerBehaviour coreAudio(Streams streams) {
-        return {.streams = streams, .keeps = Keeps::all, .remembersRequests = false};
+        return {.streams = streams,
+                .keeps = Keeps::all,
+                .remembersRequests = false,
+                .awaitsMoves = streams != Streams::known};
     }
 };
 

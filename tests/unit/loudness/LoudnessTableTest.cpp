@@ -200,6 +200,13 @@ const std::vector<Row>& rows() {
              w.start();
          },
          0.5F},
+        {"secondStartOnAnother",
+         [](World& w) {
+             w.pick(kHeadphones);
+             w.end(End::signal);
+             w.start();
+         },
+         0.5F},
         {"startAfterKill",
          [](World& w) {
              w.turn(stereo(0.2F));

@@ -78,6 +78,7 @@ class LoudnessWorld {
     void expectGivenBack();
 
     bool isPresent(const std::string& uid) const { return server.sink(uid) != nullptr; }
+    bool isKnown(const std::string& uid) const { return own_.contains(uid); }
     const DeviceLevel& own(const std::string& uid) const { return own_.at(uid); }
 
   private:
