@@ -1,6 +1,5 @@
 #include "unit/loudness/LoudnessMachine.h"
 
-#include "app/SavedSession.h"
 #include "platform/VirtualOutput.h"
 
 #include <gtest/gtest.h>
@@ -68,10 +67,7 @@ void LoudnessMachine::quit() {
 void LoudnessMachine::keep() {
     auto ended = record();
     ended.confirm();
-    // An orderly end has nothing to tell the next start but what could not be put right.
-    if (!SavedSession::load(fake.userDefaults)) {
-        std::erase_if(ended.devices, [](const auto& entry) { return !entry.second.isMoved; });
-    }
+    std::erase_if(ended.devices, [](const auto& entry) { return !entry.second.isMoved; });
     (void)ended.save(); // in memory
 }
 

@@ -168,6 +168,12 @@ const std::vector<Row>& rows() {
              w.restartServer({kVirtualDeviceUID, kHeadphones, kSpeakers});
          },
          0.2F},
+        {"serverRestartedAnotherFirst",
+         [](World& w) {
+             w.turn(stereo(0.2F));
+             w.restartServer({kHeadphones, kVirtualDeviceUID, kSpeakers});
+         },
+         0.2F},
         {"serverRestartedOnAnother",
          [](World& w) {
              w.pick(kHeadphones);
@@ -193,6 +199,26 @@ const std::vector<Row>& rows() {
          },
          0.5F},
 
+        {"levelSetByOthersThenPicked",
+         [](World& w) {
+             w.setLevel(kSpeakers, 0.2F);
+             w.pick(kHeadphones);
+         },
+         0.1F},
+        {"levelSetToTheSessionsByOthers",
+         [](World& w) {
+             w.turn(stereo(0));
+             w.setLevel(kSpeakers, 0);
+         },
+         0},
+        {"muteSetByOthersThenDriverRestarted",
+         [](World& w) {
+             w.setMute(kSpeakers, true);
+             w.killDriver();
+             w.restartDriver();
+         },
+         0},
+
         // Once more.
         {"secondStart",
          [](World& w) {
@@ -207,6 +233,13 @@ const std::vector<Row>& rows() {
              w.start();
          },
          0.5F},
+        {"secondStartAfterAnotherChoice",
+         [](World& w) {
+             w.end(End::signal);
+             w.choose(kHeadphones);
+             w.start();
+         },
+         0.6F, kHeadphones},
         {"startAfterKill",
          [](World& w) {
              w.turn(stereo(0.2F));

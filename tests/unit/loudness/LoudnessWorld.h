@@ -73,8 +73,8 @@ class LoudnessWorld {
     /// After an end: each device that is there is at its own level, with balance and mute, the
     /// default is that one, and the music is heard at its level.
     void expectGivenBack(const std::string& defaultUID);
-    /// The same for the default that was the original one, else the one in use; else it is any
-    /// real one.
+    /// The same for the default that was the original one, or taken for it, else the one in use;
+    /// else it is any real one.
     void expectGivenBack();
 
     bool isPresent(const std::string& uid) const { return server.sink(uid) != nullptr; }
@@ -86,19 +86,22 @@ class LoudnessWorld {
     void limit(float asked = 0);
     void limitAnyChannel(float asked = 0);
     void rest();
+    void restAsked(float asked);
     void rememberUse();
     float ownLoudness(const std::string& uid) const;
     std::string firstReal(const std::string& without = kVirtualDeviceUID);
     float fallbackLoudness(const std::string& without);
     std::string expectedDefault();
+    float endLoudness();
     bool isAtOwnLevel(const std::string& uid) const;
 
     ServerKind kind_;
     std::map<std::string, DeviceLevel> own_;
     LoudnessMachine::Heard loudness_{}; ///< of the music, when it was last heard
     std::vector<std::string> plugged_;  ///< when the session ended, in order
-    std::string original_;              ///< the default before the application's, by UID
-    std::string used_;                  ///< where it played
+    std::string original_; ///< the default that a person chose, by UID
+    std::string followed_; ///< the one that the application takes for it
+    std::string used_;     ///< where it played
     bool isLeftRaised_ = false;
 };
 

@@ -153,6 +153,21 @@ TEST_P(LoudnessKindTest, EveryDeviceComesBackFromALogOutAtItsOwnLevel) {
     }
 }
 
+TEST_P(LoudnessKindTest, ALogOutWithNothingRaisedLeavesNoVirtualDefault) {
+    for (const End end : {End::quit, End::signal, End::killUnderGuard, End::kill}) {
+        SCOPED_TRACE("end " + std::to_string(static_cast<int>(end)));
+        World world(GetParam());
+        world.start();
+        world.setLevel(kSpeakers, 0.2F); // their own from here on
+        world.logOut(end, World::First::application, std::chrono::milliseconds(100));
+        world.logIn();
+        if (!world.isRunning()) world.expectGivenBack(kSpeakers);
+        if (!world.isRunning()) world.start();
+        world.end(End::quit);
+        world.expectGivenBack(kSpeakers);
+    }
+}
+
 } // namespace
 
 } // namespace halvo::test
