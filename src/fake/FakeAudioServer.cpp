@@ -251,9 +251,8 @@ bool FakeAudioServer::hasForeignStreams(AudioDeviceID device) {
     const auto* found = sink(device);
     if (found == nullptr || behaviour.streams == Streams::unknown) return false;
     if (behaviour.streams == Streams::runsSomewhere && isPlaying && isPlaying(device)) return false;
-    return std::ranges::any_of(streams_, [&](const Stream& stream) {
-        return stream.target == found->uid;
-    });
+    return std::ranges::any_of(streams_,
+                               [&](const Stream& stream) { return stream.target == found->uid; });
 }
 
 bool FakeAudioServer::listenToPorts(Listener listener) {

@@ -16,9 +16,9 @@ struct FakeServerBehaviour {
     };
     /// Which levels a device returns with.
     enum class Keeps : std::uint8_t {
-        meant,               ///< those that were meant to be kept
+        meant,                ///< those that were meant to be kept
         allOfPortlessDevices, ///< these, and whatever a device without ports was set to
-        all,                 ///< whatever a device was set to
+        all,                  ///< whatever a device was set to
     };
 
     Streams streams = Streams::known;

@@ -64,7 +64,8 @@ class FakeFileSystem final : public FileSystem {
     std::optional<std::filesystem::path> support = "/support";
     std::map<std::filesystem::path, std::string> files;
     std::vector<std::filesystem::path> directories;
-    std::set<std::filesystem::path> full; ///< folders that take nothing; what is there can be removed
+    std::set<std::filesystem::path>
+        full; ///< folders that take nothing; what is there can be removed
     bool writesFail = false;
     int writes = 0;
 

@@ -132,7 +132,8 @@ TEST_P(LoudnessKindTest, EveryDeviceComesBackFromALogOutAtItsOwnLevel) {
         for (const auto first : {World::First::application, World::First::server}) {
             for (const int delay : {0, 1, 50, 300, 990, 1010, 1500, 2000}) {
                 SCOPED_TRACE("end " + std::to_string(static_cast<int>(end)) +
-                             (first == World::First::application ? ", then the server by " : " after the server by ") +
+                             (first == World::First::application ? ", then the server by "
+                                                                 : " after the server by ") +
                              std::to_string(delay) + " ms");
                 World world(GetParam());
                 world.start();

@@ -29,7 +29,8 @@ class LoudnessMachine {
     using Heard = std::array<float, 2>;
     static constexpr const char* kRecord = "/state/raised-devices.json";
     static constexpr const char* kSpareRecord = "/run/raised-devices.json";
-    static constexpr const char* kSettings = "/state"; ///< folder of the record, and of the settings
+    static constexpr const char* kSettings =
+        "/state"; ///< folder of the record, and of the settings
 
     LoudnessMachine();
     ~LoudnessMachine();
@@ -43,9 +44,9 @@ class LoudnessMachine {
     void plugDriver(); ///< the virtual device, at full scale, and its ring
     void start();      ///< the application; everything that follows is still to come
     void launch();     ///< starts and settles
-    void quit(); ///< and the session manager has kept what was given back
-    void keep();      ///< the session manager keeps what was given back
-    void terminate(); ///< SIGTERM
+    void quit();       ///< and the session manager has kept what was given back
+    void keep();       ///< the session manager keeps what was given back
+    void terminate();  ///< SIGTERM
     void crash();
     /// Crashes, and the session guard does what it is there for; whether it came to an end.
     bool crashUnderGuard();
@@ -80,7 +81,7 @@ class LoudnessMachine {
     FakeUserDefaults settingsOnDisk() const;
 
     std::optional<FakeUserDefaults> oldSettings_; ///< on disk, while it takes nothing
-    std::map<std::string, Heard> limits_; ///< by stream
+    std::map<std::string, Heard> limits_;         ///< by stream
 };
 
 constexpr const char* kMusic = "music"; ///< plays from the start, into the default

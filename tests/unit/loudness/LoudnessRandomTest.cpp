@@ -27,8 +27,7 @@ class RandomSequence {
     unsigned any(unsigned count) {
         return std::uniform_int_distribution<unsigned>(0, count - 1)(random_);
     }
-    template <class Value, std::size_t count>
-    Value oneOf(const std::array<Value, count>& values) {
+    template <class Value, std::size_t count> Value oneOf(const std::array<Value, count>& values) {
         return values[any(count)];
     }
     std::string anyDevice() {
@@ -176,7 +175,8 @@ TEST_P(LoudnessRandomTest, NoSequenceOfEventsBreaksARule) {
     for (unsigned seed = first; seed != first + sequences() && !HasFailure(); ++seed) {
         RandomSequence sequence(GetParam(), seed);
         sequence.run();
-        if (HasFailure()) ADD_FAILURE() << "HALVO_LOUDNESS_SEED=" << seed << ": " << sequence.events();
+        if (HasFailure())
+            ADD_FAILURE() << "HALVO_LOUDNESS_SEED=" << seed << ": " << sequence.events();
     }
 }
 

@@ -1,6 +1,10 @@
 #include "unit/loudness/LoudnessWorld.h"
 
+#include <algorithm>
 #include <functional>
+#include <string>
+#include <tuple>
+#include <vector>
 
 namespace halvo::test {
 

@@ -1,8 +1,11 @@
 #include "unit/loudness/LoudnessWorld.h"
 
+#include "app/SavedSession.h"
 #include "loudness/LevelScale.h"
 
 #include <algorithm>
+#include <cmath>
+#include <ostream>
 
 namespace halvo::test {
 
@@ -72,8 +75,14 @@ void LoudnessWorld::end(End end) {
     else
         machine.endNow(end);
     rest();
-    if (end == End::quit) machine.keep();
+    keep();
     isLeftRaised_ = end == End::kill;
+}
+
+/// By now the session manager has kept what was given back; what a saved session is about is left
+/// to the next start.
+void LoudnessWorld::keep() {
+    if (!SavedSession::load(machine.fake.userDefaults)) machine.keep();
 }
 
 void LoudnessWorld::pick(const std::string& uid) {
@@ -222,6 +231,7 @@ void LoudnessWorld::logIn() {
         machine.start();
     machine.settle();
     if (!isRunning()) used_.clear(); // nothing tells of it any more
+    if (!isRunning()) keep();
     isLeftRaised_ = false;
     if (isRunning()) original_ = machine.delegate->originalOutputUID().value_or("");
     limitAnyChannel(ownLoudness(isRunning() ? original_ : server.defaultUID()));
@@ -250,24 +260,25 @@ void LoudnessWorld::expectGivenBack(const std::string& defaultUID) {
 void LoudnessWorld::expectGivenBack() {
     const auto wanted = expectedDefault();
     const auto now = server.defaultUID();
+    // After a change of the default that nobody asked for, the application may take it for one.
+    const bool isAsGood = now == followed_ || (wanted != original_ && now == used_);
     const bool isAnyRight = wanted != original_ && wanted != followed_ && wanted != used_;
-    const bool isFollowed = now == followed_ && wanted == original_;
-    expectGivenBack(isAnyRight || isFollowed ? now : wanted);
+    expectGivenBack(wanted.empty() || isAsGood || isAnyRight ? now : wanted);
     EXPECT_TRUE(wanted.empty() || now != kVirtualDeviceUID);
 }
 
 /// The music may be as loud as it was, or as loud as somebody asked for.
 void LoudnessWorld::limit(float asked) {
-    const bool isMuted = isPresent(kVirtualDeviceUID) && isRunning() &&
-                         machine.level(kVirtualDeviceUID).muted;
+    const bool isMuted =
+        isPresent(kVirtualDeviceUID) && isRunning() && machine.level(kVirtualDeviceUID).muted;
     const auto before = isMuted ? LoudnessMachine::Heard{} : loudness_;
     machine.allow(kMusic, {std::max(before[0], asked), std::max(before[1], asked)});
 }
 
 /// The same where the music moves to a device with another balance.
 void LoudnessWorld::limitAnyChannel(float asked) {
-    const bool isMuted = isPresent(kVirtualDeviceUID) && isRunning() &&
-                         machine.level(kVirtualDeviceUID).muted;
+    const bool isMuted =
+        isPresent(kVirtualDeviceUID) && isRunning() && machine.level(kVirtualDeviceUID).muted;
     limit(std::max(asked, isMuted ? 0 : loudest(loudness_)));
 }
 

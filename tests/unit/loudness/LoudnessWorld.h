@@ -88,6 +88,7 @@ class LoudnessWorld {
     void rest();
     void restAsked(float asked);
     void rememberUse();
+    void keep();
     float ownLoudness(const std::string& uid) const;
     std::string firstReal(const std::string& without = kVirtualDeviceUID);
     float fallbackLoudness(const std::string& without);
@@ -99,9 +100,9 @@ class LoudnessWorld {
     std::map<std::string, DeviceLevel> own_;
     LoudnessMachine::Heard loudness_{}; ///< of the music, when it was last heard
     std::vector<std::string> plugged_;  ///< when the session ended, in order
-    std::string original_; ///< the default that a person chose, by UID
-    std::string followed_; ///< the one that the application takes for it
-    std::string used_;     ///< where it played
+    std::string original_;              ///< the default that a person chose, by UID
+    std::string followed_;              ///< the one that the application takes for it
+    std::string used_;                  ///< where it played
     bool isLeftRaised_ = false;
 };
 
