@@ -1,6 +1,7 @@
 #include "fake/FakeAudioServer.h"
 
 #include "base/NumberText.h"
+#include "platform/VirtualOutput.h"
 
 #include <algorithm>
 
@@ -25,6 +26,7 @@ AudioDeviceID FakeAudioServer::plug(const std::string& uid, const std::string& n
                                     DeviceLevel level) {
     const auto id = nextID_++;
     sinks_[id] = {uid, name, level, level};
+    stored_.try_emplace(uid, level);
     notify("devices");
     followDefault();
     return id;
@@ -48,13 +50,34 @@ AudioDeviceID FakeAudioServer::plugAgain(const std::string& uid) {
     return plug(uid, sink.name, sink.saved);
 }
 
+void FakeAudioServer::stop() {
+    ++storing_; // comes too late
+    isStopped_ = true;
+    configured_ = storedDefault_;
+    for (auto& [id, sink] : sinks_)
+        gone_[sink.uid] = sink;
+    sinks_.clear();
+    for (auto& [uid, sink] : gone_)
+        sink.saved = stored_.at(uid);
+    for (auto& stream : streams_)
+        stream.target.clear();
+    notify("devices");
+    notify("streams");
+    followDefault();
+}
+
+void FakeAudioServer::start() {
+    isStopped_ = false;
+    notify("devices");
+    notify("default");
+}
+
 void FakeAudioServer::choose(const std::string& uid) {
     configure(uid);
 }
 
 void FakeAudioServer::changeLevel(const std::string& uid, const DeviceLevel& level) {
-    auto& sink = sinks_.at(*deviceForUID(uid));
-    sink.level = sink.saved = level;
+    move(sinks_.at(*deviceForUID(uid)), level, LevelPersistence::saved);
     notify(topicOf("volume", uid));
     notify(topicOf("mute", uid));
     announce();
@@ -113,6 +136,7 @@ std::string FakeAudioServer::defaultUID() const {
 
 std::optional<std::vector<AudioDeviceID>> FakeAudioServer::deviceIDs() {
     std::vector<AudioDeviceID> result;
+    if (isStopped_) return std::nullopt;
     for (const auto& [id, sink] : sinks_)
         result.push_back(id);
     return result;
@@ -140,6 +164,7 @@ bool FakeAudioServer::setDefaultOutput(AudioDeviceID device) {
     if (found == nullptr) return false;
     calls_.push_back("default " + found->uid);
     configure(found->uid);
+    if (behaviour.awaitsMoves) moveStreams();
     return true;
 }
 
@@ -212,9 +237,9 @@ bool FakeAudioServer::setLevel(AudioDeviceID device, const DeviceLevel& level,
     if (!level.port.empty() && level.port != sink.level.port) return false;
     calls_.push_back("level " + sink.uid + text(level));
     const auto port = sink.level.port;
-    sink.level = level;
-    sink.level.port = port;
-    if (persistence == LevelPersistence::saved) sink.saved = sink.level;
+    auto wanted = level;
+    wanted.port = port;
+    move(sink, wanted, persistence);
     notify(topicOf("volume", sink.uid));
     notify(topicOf("mute", sink.uid));
     announce();
@@ -222,10 +247,12 @@ bool FakeAudioServer::setLevel(AudioDeviceID device, const DeviceLevel& level,
 }
 
 bool FakeAudioServer::hasForeignStreams(AudioDeviceID device) {
+    using Streams = FakeServerBehaviour::Streams;
     const auto* found = sink(device);
-    return found != nullptr && std::ranges::any_of(streams_, [&](const Stream& stream) {
-               return stream.target == found->uid;
-           });
+    if (found == nullptr || behaviour.streams == Streams::unknown) return false;
+    if (behaviour.streams == Streams::runsSomewhere && isPlaying && isPlaying(device)) return false;
+    return std::ranges::any_of(streams_,
+                               [&](const Stream& stream) { return stream.target == found->uid; });
 }
 
 bool FakeAudioServer::listenToPorts(Listener listener) {
@@ -239,12 +266,30 @@ bool FakeAudioServer::listenToStreams(Listener listener) {
 }
 
 bool FakeAudioServer::releaseDefaultOutput() {
+    if (isStopped_) return false;
+    if (!behaviour.remembersRequests) {
+        const auto real = std::ranges::find_if(
+            sinks_, [](const auto& entry) { return entry.second.uid != kVirtualDeviceUID; });
+        return real == sinks_.end() || setDefaultOutput(real->first);
+    }
     calls_.push_back("configured nothing");
     configure(std::nullopt);
     return true;
 }
 
+std::optional<std::string> FakeAudioServer::configuredDefault() {
+    if (isStopped_) return std::nullopt;
+    if (behaviour.remembersRequests) return configured_;
+    const auto now = defaultUID();
+    return now.empty() ? std::nullopt : std::optional(now);
+}
+
 bool FakeAudioServer::setConfiguredDefault(const std::string& uid) {
+    if (isStopped_) return false;
+    if (!behaviour.remembersRequests) {
+        const auto id = deviceForUID(uid);
+        return id ? setDefaultOutput(*id) : releaseDefaultOutput();
+    }
     calls_.push_back("configured " + uid);
     configure(uid);
     return true;
@@ -256,16 +301,47 @@ void FakeAudioServer::protect(const std::string& uid, const DeviceLevel& level) 
 
 void FakeAudioServer::configure(std::optional<std::string> uid) {
     configured_ = std::move(uid);
+    storeLater();
     followDefault();
+}
+
+void FakeAudioServer::move(Sink& sink, const DeviceLevel& level, LevelPersistence persistence) {
+    using Keeps = FakeServerBehaviour::Keeps;
+    sink.level = level;
+    const bool isPortless = level.port.empty();
+    const bool isKeptAnyway = behaviour.keeps == Keeps::all ||
+                              (behaviour.keeps == Keeps::allOfPortlessDevices && isPortless);
+    if (persistence != LevelPersistence::saved && !isKeptAnyway) return;
+    sink.saved = level;
+    storeLater();
+}
+
+void FakeAudioServer::storeLater() {
+    if (behaviour.storeDelay == std::chrono::milliseconds{}) return store();
+    queue_.after(behaviour.storeDelay, [this, storing = ++storing_] {
+        if (storing == storing_) store();
+    });
+}
+
+void FakeAudioServer::store() {
+    for (const auto& [uid, sink] : gone_)
+        stored_[uid] = sink.saved;
+    for (const auto& [id, sink] : sinks_)
+        stored_[sink.uid] = sink.saved;
+    storedDefault_ = configured_;
 }
 
 void FakeAudioServer::followDefault() {
     const auto now = defaultUID();
     if (now == seenDefault_) return;
     seenDefault_ = now;
+    if (!behaviour.remembersRequests && !now.empty()) {
+        configured_ = now;
+        storeLater();
+    }
     // The server's own thread is faster than any stream.
     if (const auto found = protected_.find(now); found != protected_.end()) {
-        sinks_.at(*deviceForUID(now)).level = found->second;
+        move(sinks_.at(*deviceForUID(now)), found->second, LevelPersistence::temporary);
     }
     notify("default");
     queue_.after(moveDelay, [this] { moveStreams(); });

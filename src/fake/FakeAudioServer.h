@@ -1,9 +1,11 @@
 #pragma once
 
+#include "fake/FakeServerBehaviour.h"
 #include "loudness/AudioServer.h"
 #include "platform/MainQueue.h"
 
 #include <chrono>
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <optional>
@@ -22,7 +24,7 @@ class FakeAudioServer final : public AudioServer {
         std::string uid;
         std::string name;
         DeviceLevel level; ///< now
-        DeviceLevel saved; ///< the level it returns with
+        DeviceLevel saved; ///< the level it returns with while the server runs
     };
     struct Stream {
         std::string name;
@@ -37,6 +39,10 @@ class FakeAudioServer final : public AudioServer {
     void unplug(const std::string& uid);
     /// The device returns with the level that was saved last.
     AudioDeviceID plugAgain(const std::string& uid);
+    /// The server ends with its session manager: no device is left, and what was not stored is
+    /// lost. Nothing can be read or set until `start`, after which devices are plugged again.
+    void stop();
+    void start();
     void choose(const std::string& uid); ///< the user selects the default
     void changeLevel(const std::string& uid, const DeviceLevel& level);
     /// The device plays through another port, which is still at the present level: its own comes
@@ -47,7 +53,9 @@ class FakeAudioServer final : public AudioServer {
     /// The program's connection ends, and with it its listeners and protections.
     void disconnect();
 
-    // Behaviour.
+    FakeServerBehaviour behaviour;
+    /// Whether this program plays into the device.
+    std::function<bool(AudioDeviceID)> isPlaying;
     std::chrono::milliseconds moveDelay{5};
     std::chrono::milliseconds portDelay{50}; ///< the session manager is slower than any news
     std::chrono::milliseconds newsDelay{10}; ///< slower than the streams
@@ -90,13 +98,16 @@ class FakeAudioServer final : public AudioServer {
     bool hasForeignStreams(AudioDeviceID device) override;
     bool listenToPorts(Listener listener) override;
     bool listenToStreams(Listener listener) override;
-    std::optional<std::string> configuredDefault() override { return configured_; }
+    std::optional<std::string> configuredDefault() override;
     bool setConfiguredDefault(const std::string& uid) override;
     void protect(const std::string& uid, const DeviceLevel& level) override;
     void unprotect(const std::string& uid) override { protected_.erase(uid); }
 
   private:
     void configure(std::optional<std::string> uid);
+    void move(Sink& sink, const DeviceLevel& level, LevelPersistence persistence);
+    void storeLater();
+    void store();
     void followDefault();
     void moveStreams();
     void notify(const std::string& topic);
@@ -110,6 +121,10 @@ class FakeAudioServer final : public AudioServer {
     std::map<std::string, Sink> gone_;
     std::vector<Stream> streams_;
     std::optional<std::string> configured_;
+    std::map<std::string, DeviceLevel> stored_; ///< what outlives the server, by UID
+    std::optional<std::string> storedDefault_;
+    std::uint64_t storing_ = 0; ///< the latest change that waits
+    bool isStopped_ = false;
     std::string seenDefault_;
     std::optional<std::string> held_; ///< the default, whatever is requested
     std::map<std::string, DeviceLevel> protected_;

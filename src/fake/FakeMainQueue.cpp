@@ -46,18 +46,32 @@ void FakeMainQueue::flush() {
 void FakeMainQueue::advance(Duration time) {
     const Duration end = now_ + time;
     flush();
-    while (auto timer = nextDue(end)) {
-        now_ = std::max(now_, timer->due);
-        if (timer->period > Duration{}) {
-            timer->due += timer->period;
-            timer->order = nextOrder_++;
-        } else {
-            std::erase(timers_, timer);
-        }
-        timer->work();
-        flush();
+    while (runNext(end)) {
     }
     now_ = end;
+}
+
+bool FakeMainQueue::advanceToNext(Duration time) {
+    const Duration end = now_ + time;
+    flush();
+    if (runNext(end)) return true;
+    now_ = end;
+    return false;
+}
+
+bool FakeMainQueue::runNext(Duration limit) {
+    const auto timer = nextDue(limit);
+    if (!timer) return false;
+    now_ = std::max(now_, timer->due);
+    if (timer->period > Duration{}) {
+        timer->due += timer->period;
+        timer->order = nextOrder_++;
+    } else {
+        std::erase(timers_, timer);
+    }
+    timer->work();
+    flush();
+    return true;
 }
 
 void FakeMainQueue::discard() {

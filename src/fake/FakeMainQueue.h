@@ -25,6 +25,8 @@ class FakeMainQueue final : public MainQueue {
     void flush();
     /// Lets virtual time pass, running everything that falls due, in order.
     void advance(Duration time);
+    /// The same, up to the first work that falls due within that time. False: none did.
+    bool advanceToNext(Duration time);
     /// Drops everything that has not run.
     void discard();
 
@@ -39,6 +41,7 @@ class FakeMainQueue final : public MainQueue {
 
     std::shared_ptr<Timer> add(Duration delay, Duration period, Work work);
     std::shared_ptr<Timer> nextDue(Duration limit);
+    bool runNext(Duration limit);
 
     std::mutex mutex_; ///< `async` may be called from any thread
     std::deque<Work> queued_;

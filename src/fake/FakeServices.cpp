@@ -22,14 +22,14 @@ std::optional<std::string> FakeFileSystem::read(const std::filesystem::path& pat
 }
 
 bool FakeFileSystem::write(const std::filesystem::path& path, const std::string& contents) {
-    if (writesFail) return false;
+    if (!takes(path)) return false;
     ++writes;
     files[path] = contents;
     return true;
 }
 
 bool FakeFileSystem::append(const std::filesystem::path& path, const std::string& contents) {
-    if (writesFail) return false;
+    if (!takes(path)) return false;
     files[path] += contents;
     return true;
 }

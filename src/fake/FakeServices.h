@@ -12,6 +12,7 @@
 #include "platform/TerminationSignal.h"
 
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -63,8 +64,15 @@ class FakeFileSystem final : public FileSystem {
     std::optional<std::filesystem::path> support = "/support";
     std::map<std::filesystem::path, std::string> files;
     std::vector<std::filesystem::path> directories;
+    std::set<std::filesystem::path>
+        full; ///< folders that take nothing; what is there can be removed
     bool writesFail = false;
     int writes = 0;
+
+  private:
+    bool takes(const std::filesystem::path& path) const {
+        return !writesFail && !full.contains(path.parent_path());
+    }
 };
 
 /// An installed and a bundled driver, each with its property list's texts, or absent. A copy that

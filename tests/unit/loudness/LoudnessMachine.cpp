@@ -1,4 +1,5 @@
 #include "unit/loudness/LoudnessMachine.h"
+
 #include "platform/VirtualOutput.h"
 
 #include <gtest/gtest.h>
@@ -31,6 +32,10 @@ DeviceLevel muted(float both) {
 LoudnessMachine::LoudnessMachine() {
     server.last = {kVirtualDeviceUID};
     server.changed = [this] { listen(); };
+    server.isPlaying = [this](AudioDeviceID device) {
+        const auto* unit = fake.outputUnits.current;
+        return unit != nullptr && unit->isStarted && unit->device == device;
+    };
 }
 
 LoudnessMachine::~LoudnessMachine() {
@@ -54,8 +59,7 @@ void LoudnessMachine::start() {
 }
 
 void LoudnessMachine::quit() {
-    delegate->applicationWillTerminate();
-    die();
+    endNow(End::quit);
     settle();
     keep();
 }
@@ -68,27 +72,48 @@ void LoudnessMachine::keep() {
 }
 
 void LoudnessMachine::terminate() {
-    std::thread([this] { guard->silenceListeners(); }).join();
-    const auto hardware = LoudnessGuard::forRestore(server, record());
-    fake.terminationSignal.handler(*hardware, fake.userDefaults);
+    handleSignal();
     pass(100ms); // the main thread is still running
     die();
     settle();
 }
 
 void LoudnessMachine::crash() {
-    die();
+    endNow(End::kill);
     settle();
 }
 
 bool LoudnessMachine::crashUnderGuard() {
     die();
-    listen();
-    const auto hardware = LoudnessGuard::forRestore(server, record());
-    AppDelegate::handleTermination(*hardware, fake.userDefaults);
-    const bool isDone = hardware->releaseDefaultOutput();
+    const bool isDone = restoreAfterKill();
     settle();
     return isDone;
+}
+
+void LoudnessMachine::endNow(End end) {
+    if (end == End::quit) delegate->applicationWillTerminate();
+    if (end == End::signal) handleSignal();
+    die();
+    if (end == End::killUnderGuard) (void)restoreAfterKill();
+}
+
+void LoudnessMachine::handleSignal() {
+    std::thread([this] { guard->silenceListeners(); }).join();
+    const auto hardware = LoudnessGuard::forRestore(server, record());
+    fake.terminationSignal.handler(*hardware, settingsOnDisk());
+}
+
+bool LoudnessMachine::restoreAfterKill() {
+    listen();
+    const auto hardware = LoudnessGuard::forRestore(server, record());
+    AppDelegate::handleTermination(*hardware, settingsOnDisk());
+    return hardware->releaseDefaultOutput();
+}
+
+void LoudnessMachine::restoreAtLogin() {
+    if (!record().isOpen()) return;
+    const auto hardware = LoudnessGuard::forRestore(server, record());
+    (void)hardware->releaseDefaultOutput();
 }
 
 void LoudnessMachine::die() {
@@ -96,14 +121,27 @@ void LoudnessMachine::die() {
     delegate.reset();
     guard.reset();
     gate.open();
+    fake.userDefaults = settingsOnDisk();
+}
+
+void LoudnessMachine::fill(std::set<std::filesystem::path> folders) {
+    if (!folders.contains(kSettings))
+        oldSettings_.reset(); // the next write replaces the file
+    else if (!oldSettings_)
+        oldSettings_ = fake.userDefaults;
+    fake.fileSystem.full = std::move(folders);
+}
+
+FakeUserDefaults LoudnessMachine::settingsOnDisk() const {
+    return oldSettings_.value_or(fake.userDefaults);
 }
 
 void LoudnessMachine::pass(std::chrono::milliseconds time) {
     listen();
-    for (auto left = time; left > 0ms; left -= 1ms) {
-        fake.mainQueue.advance(1ms);
+    const MainQueue::Duration end = fake.mainQueue.now() + time;
+    while (fake.mainQueue.advanceToNext(end - fake.mainQueue.now()))
         listen();
-    }
+    listen();
 }
 
 void LoudnessMachine::settle() {
