@@ -28,8 +28,10 @@ bool DefaultSwitch::takeDefault(AudioDeviceID virtualDevice) {
         auto configured = server_.configuredDefault();
         // Our own request that did not take effect says nothing about the user.
         if (configured != kVirtualDeviceUID) record_.origin = {*uid, std::move(configured)};
-        (void)devices_.save();
     }
+    isInherited_ = false;
+    record_.isDefaultOpen = true;
+    (void)devices_.save();
     const bool isDone = server_.setDefaultOutput(virtualDevice);
     // The switch may have taken its time.
     if (uid) session_->gate.closeFor(LoudnessSession::kGateTime);
@@ -42,6 +44,8 @@ bool DefaultSwitch::restoreDefault(AudioDeviceID id, const std::string& uid) {
     const auto& origin = record_.origin;
     // The default was never taken away: asking for it now would only pin it.
     if (!origin && server_.defaultOutput() == id) return true;
+    // The last session has given the default back; it is its user's since then.
+    if (isInherited_ && !isDefaultVirtual()) return true;
     // One that the engine never played to was somebody's for an instant.
     const bool isKept = origin && isDefaultVirtual() && devices_.isKnown(origin->output);
     const auto before = isKept ? server_.deviceForUID(origin->output) : std::nullopt;

@@ -2,6 +2,7 @@
 
 #include "loudness/AudioServer.h"
 #include "loudness/LoudnessSession.h"
+#include "loudness/RaisedDevicesRecord.h"
 
 #include <optional>
 #include <string>
@@ -9,7 +10,6 @@
 namespace halvo {
 
 class RaisedDevices;
-class RaisedDevicesRecord;
 
 /// Takes the default output for the virtual device and restores it, so that nobody hears the switch
 /// and no default is left pinned that nobody had asked for. The caller holds the lock of
@@ -20,7 +20,8 @@ class DefaultSwitch {
     /// switch.
     DefaultSwitch(AudioServer& server, RaisedDevicesRecord& record, RaisedDevices& devices,
                   LoudnessSession* session)
-        : server_(server), record_(record), devices_(devices), session_(session) {}
+        : server_(server), record_(record), devices_(devices), session_(session),
+          isInherited_(session != nullptr && record.origin) {}
 
     /// Makes the virtual device the default, once it is as loud as the present one. Needs the
     /// session.
@@ -46,6 +47,7 @@ class DefaultSwitch {
     RaisedDevicesRecord& record_;
     RaisedDevices& devices_;
     LoudnessSession* session_;
+    bool isInherited_; ///< the record's origin is an earlier process's
 };
 
 } // namespace halvo

@@ -28,8 +28,9 @@ struct GuardedDevice {
     std::string port;                   ///< through which the session was last heard; may be empty
     std::map<std::string, float> portVolumes; ///< the virtual device's, by the port it was for
     bool wasGivenUp = false;                  ///< plays at its own level under the engine's gain
+    bool isMutedByHand = false;               ///< while it is in use: no raise lifts the mute
     bool isDoubtful = false; ///< own, but the session manager may bring a louder level back
-    bool isUnsure = false;    ///< given back, but the session manager may still keep another level
+    bool isUnsure = false;   ///< given back, but the session manager may still keep another level
 };
 
 } // namespace halvo

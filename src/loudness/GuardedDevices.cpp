@@ -37,8 +37,10 @@ bool GuardedDevices::save() {
     for (const auto& [uid, device] : devices_) {
         const bool isMoved = device.state != State::own;
         const bool isUnsure = !isMoved && device.isUnsure;
-        // The saved session may be about it.
-        const bool isKept = owner_ == Owner::restore || device.isDoubtful || uid == active;
+        // The saved session or the default before may be about it.
+        const bool isBefore = record_.origin && record_.origin->output == uid;
+        const bool isKept =
+            owner_ == Owner::restore || device.isDoubtful || uid == active || isBefore;
         if (isMoved || isUnsure || (isKept && !isLast)) {
             record_.devices[uid] = {device.found, isMoved, isUnsure};
         }

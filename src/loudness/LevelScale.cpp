@@ -42,6 +42,14 @@ bool isLouder(const DeviceLevel& level, const DeviceLevel& other) {
     return false;
 }
 
+bool isAbove(const DeviceLevel& level, const DeviceLevel& other) {
+    if (other.muted && !level.muted) return true;
+    auto beneath = level;
+    auto limit = other;
+    beneath.muted = limit.muted = false;
+    return isLouder(beneath, limit);
+}
+
 bool isAlike(const DeviceLevel& level, const DeviceLevel& other) {
     const auto isNear = [](float volume, float wanted) {
         return std::abs(volume - wanted) <= kInaudible + kRounded * std::abs(wanted);

@@ -14,6 +14,9 @@ DeviceLevel scaledTo(const DeviceLevel& balance, float loudest);
 /// Whether any channel would be heard louder at `level` than at `other`. Any thread.
 bool isLouder(const DeviceLevel& level, const DeviceLevel& other);
 
+/// Whether any channel's volume is higher, beneath a mute, too, or a mute is missing. Any thread.
+bool isAbove(const DeviceLevel& level, const DeviceLevel& other);
+
 /// Whether both are heard the same, but for what a device rounds. Any thread.
 bool isAlike(const DeviceLevel& level, const DeviceLevel& other);
 

@@ -195,7 +195,8 @@ void LoudnessGuard::listenToVirtualDevice() {
     const auto id = server_.deviceForUID(kVirtualDeviceUID);
     if (!id || id == heardVirtualDevice_) return;
     heardVirtualDevice_ = id;
-    const auto changed = whileRunning([this] { devices_.protectRaised(); });
+    devices_.virtualDeviceReturned();
+    const auto changed = whileRunning([this] { devices_.sessionLevelChanged(); });
     (void)server_.listenToVolume(*id, VolumeElement::main, changed); // without it the last level
     (void)server_.listenToMute(*id, changed);                        // that was known protects
 }

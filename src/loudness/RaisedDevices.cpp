@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <tuple>
 
 namespace halvo {
 
@@ -44,6 +45,7 @@ bool RaisedDevices::raise(AudioDeviceID id, const std::string& uid, Sound sound)
         activate(*entry);
         if (settling_.contains(id)) session_->gate.closeFor(SettlingDevices::kTime);
     }
+    if (device.isMutedByHand) sound = Sound::asFound;
     const bool wantsMore = sound == Sound::unmuted && device.sound != sound && device.found.muted;
     if (sound == Sound::unmuted) device.sound = sound;
     if (device.state == State::raised && !wantsMore) return true;
@@ -68,7 +70,10 @@ RaisedDevices::Entry* RaisedDevices::remember(AudioDeviceID id, const std::strin
 void RaisedDevices::activate(Entry& entry) {
     const auto now = virtual_.get();
     if (auto* former = devices_.find(devices_.active); former != nullptr && now) {
-        former->second.sessionVolume = loudestVolume(*now);
+        const auto& [found, wasGivenUp] = std::tie(former->second.found, former->second.wasGivenUp);
+        const float heard = loudestVolume(*now) * (wasGivenUp ? loudestVolume(found) : 1);
+        former->second.sessionVolume = heard;
+        if (wasGivenUp) limitVirtualVolume(heard); // two volumes in a row are one from here on
     }
     devices_.active = entry.first;
     isPending_ = false;
@@ -77,6 +82,7 @@ void RaisedDevices::activate(Entry& entry) {
     device.portVolumes.clear();
     device.wasGivenUp = false;
     device.sound = Sound::asFound;
+    device.isMutedByHand = false;
     limitVirtualVolume(device.sessionVolume.value_or(loudestVolume(device.found)));
 }
 
@@ -226,6 +232,15 @@ DeviceLevel RaisedDevices::sessionLevel(const Entry& entry) {
     return level;
 }
 
+void RaisedDevices::virtualDeviceReturned() {
+    if (virtual_.limitToFollowed()) protectRaised();
+}
+
+void RaisedDevices::sessionLevelChanged() {
+    virtual_.follow();
+    protectRaised();
+}
+
 void RaisedDevices::protectRaised() {
     for (const auto& entry : devices_) {
         if (entry.second.state == State::raised) {
@@ -254,9 +269,9 @@ bool RaisedDevices::giveBack(AudioDeviceID id, Entry& entry) {
     const bool isDoubtful = std::exchange(device.isDoubtful, settling_.contains(id));
     if (device.state == State::own) {
         // A session manager may have brought back what it had kept while the device was raised.
-        // What is not louder is its user's wish by now.
+        // What is not above is its user's wish by now.
         const auto present = isDoubtful ? server_.level(id) : std::nullopt;
-        if (!present || !isLouder(*present, device.found)) return true;
+        if (!present || !isAbove(*present, device.found)) return true;
     }
     server_.unprotect(uid);
     // The level that was found is another port's, and that one gets it from the session manager.
@@ -398,15 +413,23 @@ void RaisedDevices::levelChanged(AudioDeviceID id) {
         device.found = *present;
         (void)save(); // a later change repeats it
     } else if (device.state != State::orphaned && !isAlike(*present, device.written) &&
-               !isAlike(*present, sessionLevel(*entry))) {
+               !isProtection(id, *entry, *present)) {
         takeOver(*entry, *present);
     }
+}
+
+/// Whether the server's own thread has set that, because the device becomes the default.
+bool RaisedDevices::isProtection(AudioDeviceID id, const Entry& entry, const DeviceLevel& present) {
+    const bool isWanted =
+        server_.configuredDefault() == entry.first || server_.defaultOutput() == id;
+    return isWanted && isAlike(present, sessionLevel(entry));
 }
 
 void RaisedDevices::takeOver(Entry& entry, const DeviceLevel& present) {
     auto& [uid, device] = entry;
     // Some session managers set the level again that they have kept: nobody's wish.
     const bool isWish = !isAlike(present, device.found);
+    if (isWish) device.isMutedByHand = present.muted;
     auto onlyMute = device.written;
     onlyMute.muted = present.muted;
     if (isWish && isAlike(present, onlyMute)) { // the volume beneath is still this program's

@@ -58,6 +58,8 @@ class RaisedDevices {
     void unprotectAll();
 
     // What has changed on the server. These need the session.
+    void virtualDeviceReturned();
+    void sessionLevelChanged();
     void devicesChanged();
     void defaultChanged();
     void streamsChanged();
@@ -80,6 +82,7 @@ class RaisedDevices {
     void settled();
     void listenTo(AudioDeviceID id);
     void levelChanged(AudioDeviceID id);
+    bool isProtection(AudioDeviceID id, const Entry& entry, const DeviceLevel& present);
     void takeOver(Entry& entry, const DeviceLevel& present);
     void takeVolumeOfPort(GuardedDevice& device, const DeviceLevel& present);
     bool isHeldBack(AudioDeviceID id);

@@ -70,6 +70,7 @@ void RaisedDevicesRecord::load(const fs::path& path, SystemLog* log) {
     stored_.reset();
     devices.clear();
     origin.reset();
+    isDefaultOpen = false;
     (void)files_.setAside(path); // else the next save replaces it
     if (log == nullptr) return;
     log->write("Halvo: The record of raised devices in " + path.string() +
@@ -77,13 +78,15 @@ void RaisedDevicesRecord::load(const fs::path& path, SystemLog* log) {
 }
 
 bool RaisedDevicesRecord::isOpen() const {
-    return std::ranges::any_of(
-        devices, [](const auto& entry) { return entry.second.isMoved || entry.second.isUnsure; });
+    return isDefaultOpen || std::ranges::any_of(devices, [](const auto& entry) {
+               return entry.second.isMoved || entry.second.isUnsure;
+           });
 }
 
 void RaisedDevicesRecord::confirm() {
     for (auto& [uid, device] : devices)
         device.isUnsure = false;
+    isDefaultOpen = false;
 }
 
 bool RaisedDevicesRecord::save() {
@@ -122,6 +125,7 @@ bool RaisedDevicesRecord::parse(const std::string& text) {
         if (!device) return false;
         devices.emplace(uid, std::move(*device));
     }
+    isDefaultOpen = boolIn(root, "defaultOpen").value_or(false);
     const auto taken = root.find("origin");
     if (taken == root.end()) return true;
     const auto output = taken->is_object() ? stringIn(*taken, "output") : std::nullopt;
@@ -139,6 +143,7 @@ std::string RaisedDevicesRecord::text() const {
         if (device.isUnsure) root["devices"][uid]["unsure"] = true;
         if (!device.found.port.empty()) root["devices"][uid]["port"] = device.found.port;
     }
+    if (isDefaultOpen) root["defaultOpen"] = true;
     if (origin) {
         root["origin"] = {{"output", origin->output}};
         if (origin->configured) root["origin"]["configured"] = *origin->configured;

@@ -45,9 +45,12 @@ class RaisedDevicesRecord {
 
     std::map<std::string, Device> devices; ///< by UID
     std::optional<Origin> origin;
+    /// The virtual device is the default, or the session manager may have kept that it was.
+    bool isDefaultOpen = false;
 
-    bool isEmpty() const { return devices.empty() && !origin; }
-    /// Whether a device may be at another level than its own, now or at the next login.
+    bool isEmpty() const { return devices.empty() && !origin && !isDefaultOpen; }
+    /// Whether a device may be at another level than its own, or the virtual one the default, now
+    /// or at the next login.
     bool isOpen() const;
     /// The session manager has kept what every device was given back.
     void confirm();

@@ -31,4 +31,14 @@ bool VirtualLevel::limitVolume(float limit) {
     return isLouder(*unmuted, limited) && setVolume(volume);
 }
 
+void VirtualLevel::follow() {
+    if (const auto now = get()) followed_ = loudestVolume(*now);
+}
+
+bool VirtualLevel::limitToFollowed() {
+    const bool isLimited = followed_ && limitVolume(*followed_);
+    follow();
+    return isLimited;
+}
+
 } // namespace halvo

@@ -17,9 +17,14 @@ class VirtualLevel {
     bool setVolume(float volume);
     /// Turns down what would be louder without its mute. True when it was.
     bool limitVolume(float limit);
+    /// Takes note of the present volume, for the case that the device goes and returns.
+    void follow();
+    /// After it has returned: no louder than when it was last followed. True when it was.
+    bool limitToFollowed();
 
   private:
     AudioServer& server_;
+    std::optional<float> followed_;
 };
 
 } // namespace halvo

@@ -119,7 +119,7 @@ bool SessionRestore::isUndone(AudioServer& server) {
     return std::ranges::any_of(record.devices, [&server](const auto& entry) {
         const auto id = server.deviceForUID(entry.first);
         const auto level = id ? server.level(*id) : std::nullopt;
-        return level && isLouder(*level, entry.second.found);
+        return level && isAbove(*level, entry.second.found);
     });
 }
 
@@ -129,7 +129,7 @@ void SessionRestore::confirm() {
     auto record = recorded();
     record.confirm();
     if (!hasSavedSession()) { // an orderly end: nothing is left to tell the next start
-        record.devices.clear();
+        std::erase_if(record.devices, [](const auto& entry) { return !entry.second.isMoved; });
         record.origin.reset();
     }
     (void)record.save(); // the next start then puts right what is right already

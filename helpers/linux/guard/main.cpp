@@ -16,7 +16,8 @@ constexpr const char* kUsage =
     "Usage: halvo-session-guard\n"
     "Started by Halvo with a pipe as its standard input. When that breaks without a word, Halvo "
     "has\n"
-    "ended badly, and halvo-restore gives the sound devices back in its place. With a word it only\n"
+    "ended badly, and halvo-restore gives the sound devices back in its place. With a word it "
+    "only\n"
     "stays until the session manager has kept what Halvo gave back.\n";
 constexpr const char* kRestoreProgram = "halvo-restore";
 
@@ -49,7 +50,7 @@ void become(const char* name, char* option) {
 } // namespace
 
 int main() {
-    struct stat input{};
+    struct stat input {};
     if (::fstat(STDIN_FILENO, &input) != 0 || !S_ISFIFO(input.st_mode)) {
         (void)std::fputs(kUsage, stderr);
         return 2;
