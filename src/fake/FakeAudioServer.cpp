@@ -288,7 +288,7 @@ bool FakeAudioServer::setConfiguredDefault(const std::string& uid) {
     if (isStopped_) return false;
     if (!behaviour.remembersRequests) {
         const auto id = deviceForUID(uid);
-        return id ? setDefaultOutput(*id) : releaseDefaultOutput();
+        return id && setDefaultOutput(*id); // what is away cannot be asked for
     }
     calls_.push_back("configured " + uid);
     configure(uid);

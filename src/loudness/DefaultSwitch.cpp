@@ -88,8 +88,8 @@ bool DefaultSwitch::leaveVirtualDevice() {
     const auto id = origin ? server_.deviceForUID(origin->output) : std::nullopt;
     if (id && makeDefault(*id, origin->output)) return true;
     const bool isAskedFor = origin && origin->configured;
-    const bool isDone = isAskedFor ? server_.setConfiguredDefault(*origin->configured)
-                                   : server_.releaseDefaultOutput();
+    const bool isDone = (isAskedFor && server_.setConfiguredDefault(*origin->configured)) ||
+                        server_.releaseDefaultOutput();
     if (!isDone || !isDefaultVirtual()) return isDone;
     // The session manager stays with it; asked for a real one once, it stays with that.
     const auto real = anyRealDevice();

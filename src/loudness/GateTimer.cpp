@@ -4,7 +4,12 @@
 
 namespace halvo {
 
+void GateTimer::closeAtLeastFor(MainQueue::Duration time) {
+    if (gate_.isOpen() || mainQueue_.now() + time > opening_) closeFor(time);
+}
+
 void GateTimer::closeFor(MainQueue::Duration time) {
+    opening_ = mainQueue_.now() + time;
     gate_.close();
     mainQueue_.after(time, [this, generation = ++generation_, alive = lifetime_.watch()] {
         if (alive.expired()) return;

@@ -16,11 +16,14 @@ class GateTimer {
 
     /// Closes the gate now and opens it after that time. The last call counts.
     void closeFor(MainQueue::Duration time);
+    /// The same where that is not sooner than an earlier call has it.
+    void closeAtLeastFor(MainQueue::Duration time);
 
   private:
     OutputGate& gate_;
     MainQueue& mainQueue_;
     std::uint64_t generation_ = 0;
+    MainQueue::Duration opening_{};
     Lifetime lifetime_;
 };
 

@@ -218,7 +218,9 @@ void RaisedDevices::passLevel(AudioDeviceID real, const std::string& uid,
 }
 
 void RaisedDevices::limitVirtualVolume(float limit) {
-    if (virtual_.limitVolume(limit)) protectRaised();
+    if (!virtual_.limitVolume(limit)) return;
+    session_->gate.closeAtLeastFor(LoudnessSession::kGateTime);
+    protectRaised();
 }
 
 DeviceLevel RaisedDevices::sessionLevel(const Entry& entry) {
@@ -233,7 +235,9 @@ DeviceLevel RaisedDevices::sessionLevel(const Entry& entry) {
 }
 
 void RaisedDevices::virtualDeviceReturned() {
-    if (virtual_.limitToFollowed()) protectRaised();
+    if (!virtual_.limitToFollowed()) return;
+    session_->gate.closeAtLeastFor(LoudnessSession::kGateTime);
+    protectRaised();
 }
 
 void RaisedDevices::sessionLevelChanged() {
