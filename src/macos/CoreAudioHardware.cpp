@@ -112,7 +112,11 @@ bool CoreAudioHardware::listenToDefaultOutput(Listener listener) {
 
 bool CoreAudioHardware::listenToVolume(AudioDeviceID device, VolumeElement element,
                                        Listener listener) {
-    return listeners_.add(device, volumeAddress(element), std::move(listener));
+    const auto first = volumeAddress(VolumeElement::left);
+    const bool hasOnlyChannels =
+        !CoreAudio::has(device, volumeAddress(element)) && CoreAudio::has(device, first);
+    const auto address = hasOnlyChannels ? first : volumeAddress(element);
+    return listeners_.add(device, address, std::move(listener));
 }
 
 bool CoreAudioHardware::listenToMute(AudioDeviceID device, Listener listener) {
@@ -124,12 +128,12 @@ void CoreAudioHardware::silenceListeners() {
 }
 
 std::optional<DeviceLevel> CoreAudioHardware::level(AudioDeviceID device) {
-    return CoreAudioLevel::read(device);
+    return levels_->read(device);
 }
 
 bool CoreAudioHardware::setLevel(AudioDeviceID device, const DeviceLevel& level,
                                  LevelPersistence /*persistence*/) {
-    return CoreAudioLevel::write(device, level);
+    return levels_->write(device, level);
 }
 
 float CoreAudioHardware::volumeOfAmplitude(AudioDeviceID device, float amplitude) {

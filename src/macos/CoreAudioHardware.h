@@ -1,6 +1,7 @@
 #pragma once
 
 #include "loudness/AudioServer.h"
+#include "macos/CoreAudioLevels.h"
 #include "macos/CoreAudioListWatch.h"
 #include "macos/CoreAudioListeners.h"
 #include "macos/CoreAudioOwnOutput.h"
@@ -44,6 +45,7 @@ class CoreAudioHardware final : public AudioServer {
 
     bool listenToDeviceList(Listener listener) override;
     bool listenToDefaultOutput(Listener listener) override;
+    /// `main` of a device that has none stands for its first channel.
     bool listenToVolume(AudioDeviceID device, VolumeElement element, Listener listener) override;
     bool listenToMute(AudioDeviceID device, Listener listener) override;
     void silenceListeners() override;
@@ -71,7 +73,8 @@ class CoreAudioHardware final : public AudioServer {
                const Listener& changed);
 
     CoreAudioOwnOutput& own_;
-    CoreAudioProtection protection_;
+    const std::shared_ptr<CoreAudioLevels> levels_ = std::make_shared<CoreAudioLevels>();
+    CoreAudioProtection protection_{levels_};
     CoreAudioListeners listeners_;
     std::vector<std::unique_ptr<CoreAudioListWatch>> watches_;
 };

@@ -1,10 +1,10 @@
 #include "macos/CoreAudioProtection.h"
 
 #include "macos/CoreAudioDevice.h"
-#include "macos/CoreAudioLevel.h"
 
 #include <map>
 #include <mutex>
+#include <utility>
 
 namespace halvo {
 
@@ -22,6 +22,9 @@ dispatch_queue_t makeQueue() {
 } // namespace
 
 struct CoreAudioProtection::State {
+    explicit State(std::shared_ptr<CoreAudioLevels> server) : serverLevels(std::move(server)) {}
+
+    const std::shared_ptr<CoreAudioLevels> serverLevels;
     std::mutex lock;
     std::map<std::string, DeviceLevel> levels;
     std::optional<CoreAudioListener> defaultChange;
@@ -35,7 +38,7 @@ struct CoreAudioProtection::State {
             const auto uid = CoreAudioDevice::uid(part);
             const auto found = uid ? levels.find(*uid) : levels.end();
             // There is no one to report a failure to.
-            if (found != levels.end()) (void)CoreAudioLevel::write(part, found->second);
+            if (found != levels.end()) (void)serverLevels->write(part, found->second);
         }
     }
     void renew() {
@@ -48,8 +51,8 @@ struct CoreAudioProtection::State {
     }
 };
 
-CoreAudioProtection::CoreAudioProtection()
-    : queue_(makeQueue()), state_(std::make_shared<State>()) {}
+CoreAudioProtection::CoreAudioProtection(std::shared_ptr<CoreAudioLevels> levels)
+    : queue_(makeQueue()), state_(std::make_shared<State>(std::move(levels))) {}
 
 CoreAudioProtection::~CoreAudioProtection() {
     {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "loudness/AudioServer.h"
+#include "macos/CoreAudioLevels.h"
 #include "macos/CoreAudioListener.h"
 
 #include <memory>
@@ -13,7 +14,8 @@ namespace halvo {
 /// it, on a queue of its own: the main thread may be busy. Any thread.
 class CoreAudioProtection {
   public:
-    CoreAudioProtection();
+    /// Writes through `levels`.
+    explicit CoreAudioProtection(std::shared_ptr<CoreAudioLevels> levels);
     ~CoreAudioProtection();
     CoreAudioProtection(const CoreAudioProtection&) = delete;
     CoreAudioProtection& operator=(const CoreAudioProtection&) = delete;

@@ -12,6 +12,8 @@ std::optional<std::filesystem::path> applicationSupportDirectory();
 
 /// The record of raised devices: raised-devices.json beside the presets.
 std::filesystem::path raisedDevicesPath();
+/// Where it lies while that folder takes nothing: in the user's temporary directory.
+std::filesystem::path spareRaisedDevicesPath();
 
 /// The lock of who may change the devices: session.lock beside the presets.
 std::filesystem::path sessionLockPath();

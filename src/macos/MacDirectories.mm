@@ -27,6 +27,10 @@ fs::path raisedDevicesPath() {
     return dataDirectory() / "raised-devices.json";
 }
 
+fs::path spareRaisedDevicesPath() {
+    return fs::path(NSTemporaryDirectory().fileSystemRepresentation) / "halvo-raised-devices.json";
+}
+
 fs::path sessionLockPath() {
     return dataDirectory() / "session.lock";
 }
