@@ -1,5 +1,6 @@
 #include "linux/LinuxPlatform.h"
 
+#include "linux/files/HelperProgram.h"
 #include "linux/files/XdgDirectories.h"
 #include "loudness/RaisedDevicesRecord.h"
 #include "nowplaying/TagService.h"
@@ -16,6 +17,8 @@ namespace halvo {
 namespace {
 
 using std::chrono::milliseconds;
+
+constexpr const char* kGuardProgram = "halvo-session-guard";
 
 /// A running server has reported its devices by then; a later one is noticed later.
 constexpr milliseconds kLongestStart{2000};
@@ -83,8 +86,10 @@ LinuxPlatform::LinuxPlatform(std::unique_ptr<Desktop> desktop, Connection connec
       mediaHelper_(QCoreApplication::applicationDirPath().toStdString()),
       httpSession_(tagServiceOrigin(), otherTagService()), connection_(std::move(connection)),
       serverReport_(*connection_, mainQueue_, systemLog_), server_(*connection_, mainQueue_),
-      sessionLock_(SessionLock::take(SessionLock::standardPath(), kLongestRestore)),
-      sessionGuard_(mainQueue_, systemLog_, QCoreApplication::applicationDirPath().toStdString()),
+      sessionLock_(SessionLock::take(sessionLockPath(), kLongestRestore)),
+      sessionGuard_(
+          mainQueue_, systemLog_,
+          helperProgram(QCoreApplication::applicationDirPath().toStdString(), kGuardProgram)),
       audioHardware_(server_, gate_, mainQueue_, systemLog_,
                      RaisedDevicesRecord(fileSystem_, recordPlaces(), &systemLog_),
                      [this] { sessionGuard_.watch(); }),

@@ -3,7 +3,6 @@
 #include "linux/ServerReport.h"
 #include "linux/desktop/LinuxDesktop.h"
 #include "linux/files/JsonUserDefaults.h"
-#include "linux/files/SessionLock.h"
 #include "linux/files/XdgFileSystem.h"
 #include "linux/mpris/LinuxMediaHelper.h"
 #include "linux/mpris/LinuxScriptRunner.h"
@@ -12,7 +11,6 @@
 #include "linux/pipewire/PipeWireOutputUnit.h"
 #include "linux/process/ApplicationService.h"
 #include "linux/process/LinuxDriverInstallation.h"
-#include "linux/process/LinuxSessionGuard.h"
 #include "linux/process/LinuxSharedMemory.h"
 #include "linux/process/LinuxTerminationSignal.h"
 #include "linux/process/StatusService.h"
@@ -22,6 +20,7 @@
 #include "platform/NoDesktop.h"
 #include "platform/PlatformHost.h"
 #include "posix/ProcessStandardOutput.h"
+#include "posix/SessionLock.h"
 #include "qt/ConsoleAlert.h"
 #include "qt/QtApplication.h"
 #include "qt/QtBackgroundQueue.h"
@@ -29,6 +28,7 @@
 #include "qt/QtHTTPSession.h"
 #include "qt/QtImageReader.h"
 #include "qt/QtMainQueue.h"
+#include "qt/QtSessionGuard.h"
 #include "qt/QtUnicodeText.h"
 
 #include <expected>
@@ -100,7 +100,7 @@ class LinuxPlatform final : public PlatformHost {
     PipeWireAudioHardware server_;
     OutputGate gate_;
     std::optional<SessionLock> sessionLock_; ///< nothing: another process did not release it
-    LinuxSessionGuard sessionGuard_;
+    QtSessionGuard sessionGuard_;
     LoudnessGuard audioHardware_;
     PipeWireOutputUnitFactory outputUnits_;
 

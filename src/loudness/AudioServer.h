@@ -31,6 +31,9 @@ class AudioServer : public AudioHardware {
     virtual bool setLevel(AudioDeviceID device, const DeviceLevel& level,
                           LevelPersistence persistence) = 0;
 
+    /// A channel's amplitude on the scale of `volume`, where a server has one of its own.
+    virtual float volumeOfAmplitude(AudioDeviceID /*device*/, float amplitude) { return amplitude; }
+
     /// Called on the main thread when any device plays through another port. The session manager
     /// gives that port its own level, at once or a little later.
     virtual bool listenToPorts(Listener listener) = 0;

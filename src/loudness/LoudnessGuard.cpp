@@ -97,7 +97,9 @@ bool LoudnessGuard::releaseDefaultOutput() {
 std::optional<float> LoudnessGuard::volume(AudioDeviceID device, VolumeElement element) {
     const auto uid = server_.uid(device);
     const auto* own = uid ? devices_.ownLevel(*uid) : nullptr;
-    return own != nullptr ? volumeOf(*own, element) : server_.volume(device, element);
+    if (own == nullptr) return server_.volume(device, element);
+    const auto amplitude = volumeOf(*own, element);
+    return amplitude ? std::optional(server_.volumeOfAmplitude(device, *amplitude)) : std::nullopt;
 }
 
 bool LoudnessGuard::setVolume(AudioDeviceID device, VolumeElement element, float volume) {

@@ -1,176 +1,184 @@
 #include "macos/CoreAudioHardware.h"
 
-#include "macos/CoreFoundation.h"
+#include "macos/CoreAudioDevice.h"
+#include "macos/CoreAudioLevel.h"
+#include "macos/CoreAudioProcesses.h"
+#include "macos/CoreAudioProperty.h"
+#include "macos/ShortWait.h"
+#include "platform/VirtualOutput.h"
 
-#include <dispatch/dispatch.h>
-#include <mutex>
 #include <utility>
 
 namespace halvo {
 
 namespace {
 
-using Address = AudioObjectPropertyAddress;
+using CoreAudio::globalAddress;
+using CoreAudio::outputAddress;
 
-constexpr Address globalAddress(AudioObjectPropertySelector selector) {
-    return {selector, kAudioObjectPropertyScopeGlobal, kAudioObjectPropertyElementMain};
-}
-
-constexpr Address outputAddress(AudioObjectPropertySelector selector,
-                                VolumeElement element = VolumeElement::main) {
-    return {selector, kAudioObjectPropertyScopeOutput,
-            static_cast<AudioObjectPropertyElement>(element)};
-}
-
-constexpr Address kDevices = globalAddress(kAudioHardwarePropertyDevices);
-constexpr Address kDefaultOutput = globalAddress(kAudioHardwarePropertyDefaultOutputDevice);
-constexpr Address kDefaultSystemOutput =
+constexpr AudioObjectID kSystem = kAudioObjectSystemObject;
+constexpr auto kDevices = globalAddress(kAudioHardwarePropertyDevices);
+constexpr auto kDefaultOutput = globalAddress(kAudioHardwarePropertyDefaultOutputDevice);
+constexpr auto kDefaultSystemOutput =
     globalAddress(kAudioHardwarePropertyDefaultSystemOutputDevice);
-constexpr Address kDeviceForUID = globalAddress(kAudioHardwarePropertyTranslateUIDToDevice);
-constexpr Address kName = globalAddress(kAudioObjectPropertyName);
-constexpr Address kUID = globalAddress(kAudioDevicePropertyDeviceUID);
-constexpr Address kStreams = outputAddress(kAudioDevicePropertyStreams);
-constexpr Address kMute = outputAddress(kAudioDevicePropertyMute);
+constexpr auto kIsRunning = globalAddress(kAudioDevicePropertyDeviceIsRunningSomewhere);
+constexpr auto kDataSource = outputAddress(kAudioDevicePropertyDataSource);
+constexpr auto kMute = outputAddress(kAudioDevicePropertyMute);
 
-constexpr Address volumeAddress(VolumeElement element) {
-    return outputAddress(kAudioDevicePropertyVolumeScalar, element);
-}
+constexpr std::chrono::milliseconds kLongestWrite{200};
 
-std::optional<UInt32> sizeOf(AudioObjectID object, const Address& address) {
-    UInt32 size = 0;
-    const auto status = AudioObjectGetPropertyDataSize(object, &address, 0, nullptr, &size);
-    return status == kAudioHardwareNoError ? std::optional(size) : std::nullopt;
-}
-
-template <typename Value> std::optional<Value> read(AudioObjectID object, const Address& address) {
-    Value value{};
-    UInt32 size = sizeof(Value);
-    const auto status = AudioObjectGetPropertyData(object, &address, 0, nullptr, &size, &value);
-    return status == kAudioHardwareNoError ? std::optional(value) : std::nullopt;
-}
-
-std::optional<std::string> readText(AudioObjectID object, const Address& address) {
-    const CFHandle<CFStringRef> text(read<CFStringRef>(object, address).value_or(nullptr));
-    return textOf(text.get());
-}
-
-template <typename Value>
-bool write(AudioObjectID object, const Address& address, const Value& value) {
-    return AudioObjectSetPropertyData(object, &address, 0, nullptr, sizeof(Value), &value) ==
-           kAudioHardwareNoError;
+constexpr CoreAudio::Address volumeAddress(VolumeElement element) {
+    return outputAddress(kAudioDevicePropertyVolumeScalar,
+                         static_cast<AudioObjectPropertyElement>(element));
 }
 
 } // namespace
 
-struct CoreAudioHardware::Gate {
-    std::recursive_mutex lock; ///< a listener may call `silenceListeners`
-    bool open = true;
-};
-
-CoreAudioHardware::CoreAudioHardware() : gate_(std::make_shared<Gate>()) {}
-
 CoreAudioHardware::~CoreAudioHardware() {
-    const std::scoped_lock lock(gate_->lock);
-    gate_->open = false;
+    listeners_.silence();
 }
 
 std::optional<std::vector<AudioDeviceID>> CoreAudioHardware::deviceIDs() {
-    const auto size = sizeOf(kAudioObjectSystemObject, kDevices);
-    if (!size) return std::nullopt;
-    std::vector<AudioDeviceID> devices(*size / sizeof(AudioDeviceID));
-    auto taken = static_cast<UInt32>(devices.size() * sizeof(AudioDeviceID));
-    if (AudioObjectGetPropertyData(kAudioObjectSystemObject, &kDevices, 0, nullptr, &taken,
-                                   devices.data()) != kAudioHardwareNoError) {
-        return std::nullopt;
-    }
-    devices.resize(taken / sizeof(AudioDeviceID)); // may be fewer than at the first call
-    return devices;
+    return CoreAudioDevice::all();
 }
 
 bool CoreAudioHardware::hasOutputStreams(AudioDeviceID device) {
-    return sizeOf(device, kStreams).value_or(0) > 0;
+    return CoreAudioDevice::hasOutputStreams(device);
 }
 
 std::optional<std::string> CoreAudioHardware::name(AudioDeviceID device) {
-    return readText(device, kName);
+    return CoreAudioDevice::name(device);
 }
 
 std::optional<std::string> CoreAudioHardware::uid(AudioDeviceID device) {
-    return readText(device, kUID);
+    return CoreAudioDevice::uid(device);
 }
 
 std::optional<AudioDeviceID> CoreAudioHardware::deviceForUID(const std::string& uid) {
-    const auto text = makeCFString(uid);
-    if (!text) return std::nullopt;
-    CFStringRef const qualifier = text.get();
-    AudioDeviceID device = kAudioObjectUnknown;
-    UInt32 size = sizeof(device);
-    const auto status = AudioObjectGetPropertyData(kAudioObjectSystemObject, &kDeviceForUID,
-                                                   sizeof(qualifier), &qualifier, &size, &device);
-    return status == kAudioHardwareNoError ? std::optional(device) : std::nullopt;
+    return CoreAudioDevice::forUID(uid);
 }
 
 std::optional<AudioDeviceID> CoreAudioHardware::defaultOutput() {
-    return read<AudioDeviceID>(kAudioObjectSystemObject, kDefaultOutput);
+    return CoreAudioDevice::defaultOutput();
 }
 
 bool CoreAudioHardware::setDefaultOutput(AudioDeviceID device) {
-    return write(kAudioObjectSystemObject, kDefaultOutput, device);
+    const auto former = defaultOutput();
+    if (!CoreAudio::write(kSystem, kDefaultOutput, device)) return false;
+    const bool isShown =
+        waitShortly([this, device] { return defaultOutput() == device; }, kLongestWrite);
+    // Where the server cannot tell who plays, this is the moment to find out.
+    const bool isMoved = isShown && former && *former != device;
+    if (isMoved && !CoreAudioProcesses::playInto(*former)) own_.lookAgain(*former);
+    return true; // a default that does not stick shows when the core looks at it
 }
 
 bool CoreAudioHardware::setDefaultSystemOutput(AudioDeviceID device) {
-    return write(kAudioObjectSystemObject, kDefaultSystemOutput, device);
+    return CoreAudio::write(kSystem, kDefaultSystemOutput, device);
+}
+
+bool CoreAudioHardware::releaseDefaultOutput() {
+    if (const auto present = configuredDefault(); present && *present != kVirtualDeviceUID) {
+        return true; // it is a person's choice, or the system's
+    }
+    const auto device = CoreAudioDevice::naturalOutput();
+    return device && setDefaultOutput(*device);
 }
 
 std::optional<float> CoreAudioHardware::volume(AudioDeviceID device, VolumeElement element) {
-    return read<Float32>(device, volumeAddress(element));
+    return CoreAudio::read<Float32>(device, volumeAddress(element));
 }
 
 bool CoreAudioHardware::setVolume(AudioDeviceID device, VolumeElement element, float volume) {
-    return write<Float32>(device, volumeAddress(element), volume);
+    return CoreAudio::write<Float32>(device, volumeAddress(element), volume);
 }
 
 std::optional<bool> CoreAudioHardware::mute(AudioDeviceID device) {
-    const auto muted = read<UInt32>(device, kMute);
+    const auto muted = CoreAudio::read<UInt32>(device, kMute);
     return muted ? std::optional(*muted != 0) : std::nullopt;
 }
 
 bool CoreAudioHardware::setMute(AudioDeviceID device, bool muted) {
-    return write<UInt32>(device, kMute, muted ? 1 : 0);
+    return CoreAudio::write<UInt32>(device, kMute, muted ? 1 : 0);
 }
 
 bool CoreAudioHardware::listenToDeviceList(Listener listener) {
-    return listen(kAudioObjectSystemObject, kDevices, std::move(listener));
+    return listeners_.add(kSystem, kDevices, std::move(listener));
 }
 
 bool CoreAudioHardware::listenToDefaultOutput(Listener listener) {
-    return listen(kAudioObjectSystemObject, kDefaultOutput, std::move(listener));
+    return listeners_.add(kSystem, kDefaultOutput, std::move(listener));
 }
 
 bool CoreAudioHardware::listenToVolume(AudioDeviceID device, VolumeElement element,
                                        Listener listener) {
-    return listen(device, volumeAddress(element), std::move(listener));
+    const auto first = volumeAddress(VolumeElement::left);
+    const bool hasOnlyChannels =
+        !CoreAudio::has(device, volumeAddress(element)) && CoreAudio::has(device, first);
+    const auto address = hasOnlyChannels ? first : volumeAddress(element);
+    return listeners_.add(device, address, std::move(listener));
 }
 
 bool CoreAudioHardware::listenToMute(AudioDeviceID device, Listener listener) {
-    return listen(device, kMute, std::move(listener));
-}
-
-bool CoreAudioHardware::listen(AudioObjectID object, const Address& address, Listener listener) {
-    const auto gate = gate_;
-    const auto notify = std::make_shared<const Listener>(std::move(listener));
-    // The server copies the block and keeps it: listeners are never removed.
-    const auto status = AudioObjectAddPropertyListenerBlock(
-        object, &address, dispatch_get_main_queue(), ^(UInt32, const Address*) {
-          const std::scoped_lock lock(gate->lock);
-          if (gate->open) (*notify)();
-        });
-    return status == kAudioHardwareNoError;
+    return listeners_.add(device, kMute, std::move(listener));
 }
 
 void CoreAudioHardware::silenceListeners() {
-    const std::scoped_lock lock(gate_->lock); // waits for one that runs
-    gate_->open = false;
+    listeners_.silence();
+}
+
+std::optional<DeviceLevel> CoreAudioHardware::level(AudioDeviceID device) {
+    return levels_->read(device);
+}
+
+bool CoreAudioHardware::setLevel(AudioDeviceID device, const DeviceLevel& level,
+                                 LevelPersistence /*persistence*/) {
+    return levels_->write(device, level);
+}
+
+float CoreAudioHardware::volumeOfAmplitude(AudioDeviceID device, float amplitude) {
+    return CoreAudioLevel::scalar(device, amplitude);
+}
+
+bool CoreAudioHardware::listenToPorts(Listener listener) {
+    return watch(kDevices, {kDataSource}, listener);
+}
+
+bool CoreAudioHardware::hasForeignStreams(AudioDeviceID device) {
+    if (const auto isPlayedInto = CoreAudioProcesses::playInto(device)) return *isPlayedInto;
+    return own_.playsInto(device) ? own_.isShared() : isRunningSomewhere(device);
+}
+
+bool CoreAudioHardware::listenToStreams(Listener listener) {
+    // Both: the second tells nothing of others while this process plays.
+    const bool hears =
+        watch(CoreAudioProcesses::list(), CoreAudioProcesses::properties(), listener);
+    return watch(kDevices, {kIsRunning}, listener) || hears;
+}
+
+bool CoreAudioHardware::watch(const CoreAudio::Address& list,
+                              std::vector<CoreAudio::Address> properties, const Listener& changed) {
+    watches_.push_back(
+        std::make_unique<CoreAudioListWatch>(listeners_, list, std::move(properties), changed));
+    return watches_.back()->isListening();
+}
+
+std::optional<std::string> CoreAudioHardware::configuredDefault() {
+    const auto device = defaultOutput();
+    return device ? uid(*device) : std::nullopt;
+}
+
+bool CoreAudioHardware::setConfiguredDefault(const std::string& uid) {
+    const auto device = deviceForUID(uid);
+    return device ? setDefaultOutput(*device) : releaseDefaultOutput();
+}
+
+void CoreAudioHardware::protect(const std::string& uid, const DeviceLevel& level) {
+    protection_.protect(uid, level);
+}
+
+void CoreAudioHardware::unprotect(const std::string& uid) {
+    protection_.unprotect(uid);
 }
 
 } // namespace halvo

@@ -1,5 +1,7 @@
 #include "macos/CoreAudioOutputUnit.h"
 
+#include <cstring>
+
 namespace halvo {
 
 namespace {
@@ -25,10 +27,18 @@ AudioStreamBasicDescription describe(const StreamFormat& format) {
     return description;
 }
 
+/// Nobody fills what stands behind the first buffer.
+void silenceRest(AudioBufferList& list) noexcept HALVO_REALTIME {
+    for (UInt32 i = 1; i < list.mNumberBuffers; ++i) {
+        AudioBuffer& buffer = list.mBuffers[i];
+        if (buffer.mData) std::memset(buffer.mData, 0, buffer.mDataByteSize);
+    }
+}
+
 } // namespace
 
 CoreAudioOutputUnit::~CoreAudioOutputUnit() {
-    (void)AudioOutputUnitStop(instance_); // may be stopped already
+    (void)stop(); // may be stopped already
     (void)AudioComponentInstanceDispose(instance_);
 }
 
@@ -37,6 +47,7 @@ bool CoreAudioOutputUnit::setDevice(AudioDeviceID device) {
 }
 
 bool CoreAudioOutputUnit::setStreamFormat(const StreamFormat& format) {
+    sampleRate_ = format.sampleRate;
     return set(instance_, kAudioUnitProperty_StreamFormat, kAudioUnitScope_Input, describe(format));
 }
 
@@ -48,21 +59,25 @@ bool CoreAudioOutputUnit::setRenderCallback(RenderCallback callback, void* refCo
 }
 
 bool CoreAudioOutputUnit::initialize() {
+    output_.prepare(sampleRate_);
     return AudioUnitInitialize(instance_) == noErr;
 }
 
 bool CoreAudioOutputUnit::start() {
+    own_.willStart(instance_);
     return AudioOutputUnitStart(instance_) == noErr;
 }
 
 bool CoreAudioOutputUnit::stop() {
-    return AudioOutputUnitStop(instance_) == noErr;
+    const bool isDone = AudioOutputUnitStop(instance_) == noErr;
+    own_.didStop(instance_);
+    return isDone;
 }
 
 ::OSStatus CoreAudioOutputUnit::render(void* refCon, AudioUnitRenderActionFlags* flags,
                                        const AudioTimeStamp* timestamp, UInt32 bus, UInt32 frames,
                                        AudioBufferList* data) noexcept HALVO_REALTIME {
-    const auto* unit = static_cast<const CoreAudioOutputUnit*>(refCon);
+    auto* unit = static_cast<CoreAudioOutputUnit*>(refCon);
     const RenderTimestamp time{timestamp ? timestamp->mSampleTime : 0};
     if (!data) return unit->callback_(unit->refCon_, flags, &time, bus, frames, nullptr);
     // Interleaved: there is one buffer, and the engine fills no other.
@@ -72,7 +87,10 @@ bool CoreAudioOutputUnit::stop() {
         const AudioBuffer& first = data->mBuffers[0];
         buffer = {first.mNumberChannels, first.mDataByteSize, static_cast<float*>(first.mData)};
     }
-    return unit->callback_(unit->refCon_, flags, &time, bus, frames, &list);
+    const auto status = unit->callback_(unit->refCon_, flags, &time, bus, frames, &list);
+    if (buffer.data) unit->output_.process(buffer.data, frames, buffer.channels);
+    silenceRest(*data);
+    return status;
 }
 
 std::unique_ptr<OutputUnit> CoreAudioOutputUnitFactory::makeOutputUnit() {
@@ -84,7 +102,7 @@ std::unique_ptr<OutputUnit> CoreAudioOutputUnitFactory::makeOutputUnit() {
     AudioComponent component = AudioComponentFindNext(nullptr, &wanted);
     AudioComponentInstance instance = nullptr;
     if (!component || AudioComponentInstanceNew(component, &instance) != noErr) return nullptr;
-    return std::make_unique<CoreAudioOutputUnit>(instance);
+    return std::make_unique<CoreAudioOutputUnit>(instance, gate_, own_);
 }
 
 } // namespace halvo

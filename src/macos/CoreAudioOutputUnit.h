@@ -1,5 +1,7 @@
 #pragma once
 
+#include "loudness/GatedOutput.h"
+#include "macos/CoreAudioOwnOutput.h"
 #include "platform/OutputUnit.h"
 
 #include <AudioToolbox/AudioToolbox.h>
@@ -9,8 +11,10 @@ namespace halvo {
 /// A HAL output unit: the stream to one device, rendered on Core Audio's own thread. Main thread.
 class CoreAudioOutputUnit final : public OutputUnit {
   public:
-    /// Takes ownership of the instance.
-    explicit CoreAudioOutputUnit(AudioComponentInstance instance) : instance_(instance) {}
+    /// Takes ownership of the instance; the others must outlive the unit.
+    CoreAudioOutputUnit(AudioComponentInstance instance, const OutputGate& gate,
+                        CoreAudioOwnOutput& own)
+        : instance_(instance), own_(own), output_(gate) {}
     ~CoreAudioOutputUnit() override;
     CoreAudioOutputUnit(const CoreAudioOutputUnit&) = delete;
     CoreAudioOutputUnit& operator=(const CoreAudioOutputUnit&) = delete;
@@ -28,15 +32,26 @@ class CoreAudioOutputUnit final : public OutputUnit {
                              AudioBufferList* data) noexcept HALVO_REALTIME;
 
     AudioComponentInstance instance_;
+    CoreAudioOwnOutput& own_;
+    double sampleRate_ = 48000;
     // Written while the unit is stopped, read by the render thread.
     RenderCallback callback_ = nullptr;
     void* refCon_ = nullptr;
+    GatedOutput output_;
 };
 
-/// Creates units of the system's HAL output component. Main thread.
+/// Creates units of the system's HAL output component, which share one gate; it and `own` must
+/// outlive every unit. Main thread.
 class CoreAudioOutputUnitFactory final : public OutputUnitFactory {
   public:
+    CoreAudioOutputUnitFactory(const OutputGate& gate, CoreAudioOwnOutput& own)
+        : gate_(gate), own_(own) {}
+
     std::unique_ptr<OutputUnit> makeOutputUnit() override;
+
+  private:
+    const OutputGate& gate_;
+    CoreAudioOwnOutput& own_;
 };
 
 } // namespace halvo

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "macos/MacDirectories.h"
 #include "posix/PosixFileSystem.h"
 
 namespace halvo {
@@ -8,7 +9,9 @@ namespace halvo {
 class MacFileSystem final : public PosixFileSystem {
   public:
     /// ~/Library/Application Support.
-    std::optional<std::filesystem::path> applicationSupportDirectory() override;
+    std::optional<std::filesystem::path> applicationSupportDirectory() override {
+        return halvo::applicationSupportDirectory();
+    }
 };
 
 } // namespace halvo

@@ -1,10 +1,50 @@
 #include "macos/MacPlatform.h"
 
+#include "loudness/RaisedDevicesRecord.h"
+#include "macos/MacDirectories.h"
+
+#include <QCoreApplication>
+
+#include <chrono>
+#include <filesystem>
+#include <utility>
+
 namespace halvo {
 
-std::expected<std::unique_ptr<PlatformHost>, PlatformRefusal> MacPlatform::create() {
-    return std::make_unique<MacPlatform>();
+namespace {
+
+/// A guard that restores what the last run left has finished by then.
+constexpr std::chrono::milliseconds kLongestRestore{1500};
+
+std::filesystem::path besideProgram(const char* name) {
+    return std::filesystem::path(QCoreApplication::applicationDirPath().toStdString()) / name;
 }
+
+RaisedDevicesRecord::Places recordPlaces() {
+    return {raisedDevicesPath(), spareRaisedDevicesPath()};
+}
+
+} // namespace
+
+std::expected<std::unique_ptr<PlatformHost>, PlatformRefusal> MacPlatform::create() {
+    auto sessionLock = SessionLock::take(sessionLockPath(), kLongestRestore);
+    if (!sessionLock) return std::unexpected(PlatformRefusal::alreadyRunning);
+    return std::unique_ptr<PlatformHost>(new MacPlatform(std::move(*sessionLock)));
+}
+
+MacPlatform::MacPlatform(SessionLock sessionLock)
+    : sessionLock_(std::move(sessionLock)),
+      sessionGuard_(mainQueue_, systemLog_, besideProgram("halvo-session-guard")),
+      audioHardware_(server_, gate_, mainQueue_, systemLog_,
+                     RaisedDevicesRecord(fileSystem_, recordPlaces(), &systemLog_),
+                     [this] { sessionGuard_.watch(); }),
+      terminationSignal_(
+          audioHardware_,
+          [this] {
+              return LoudnessGuard::forRestore(
+                  signalServer_, RaisedDevicesRecord(fileSystem_, recordPlaces(), nullptr));
+          },
+          [this] { sessionGuard_.dismiss(); }) {}
 
 Platform MacPlatform::platform() {
     return {.audioHardware = audioHardware_,

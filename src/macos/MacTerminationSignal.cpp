@@ -1,10 +1,11 @@
 #include "macos/MacTerminationSignal.h"
 
-#include "macos/CoreAudioHardware.h"
 #include "macos/MacUserDefaults.h"
+#include "platform/AudioHardware.h"
 #include "posix/ProcessTermination.h"
 
 #include <csignal>
+#include <utility>
 
 namespace halvo {
 
@@ -14,18 +15,12 @@ namespace {
 /// because children would inherit an ignored signal.
 void leaveToTheSource(int /*signal*/) {}
 
-void takeSignal(AudioHardware& mainHardware, TerminationSignal::Handler handler) {
-    // Before the handler's first write, or the main thread would react to it.
-    ProcessTermination::runLimited([&mainHardware] { mainHardware.silenceListeners(); });
-    ProcessTermination::runLimited([handler] {
-        CoreAudioHardware hardware;
-        const MacUserDefaults defaults;
-        handler(hardware, defaults);
-    });
-    ProcessTermination::dieBySignal();
-}
-
 } // namespace
+
+MacTerminationSignal::MacTerminationSignal(AudioHardware& mainHardware, MakeHardware makeHardware,
+                                           std::function<void()> handled)
+    : steps_(std::make_shared<const Steps>(
+          Steps{mainHardware, std::move(makeHardware), std::move(handled)})) {}
 
 MacTerminationSignal::~MacTerminationSignal() {
     if (!source_) return;
@@ -39,12 +34,25 @@ void MacTerminationSignal::install(Handler handler) {
     source_ = dispatch_source_create(DISPATCH_SOURCE_TYPE_SIGNAL, SIGTERM, 0,
                                      dispatch_get_global_queue(QOS_CLASS_USER_INITIATED, 0));
     if (!source_) return; // the default action then ends the process
-    AudioHardware* hardware = &mainHardware_;
+    const auto steps = steps_;
     dispatch_source_set_event_handler(source_, ^{
-      takeSignal(*hardware, handler);
+      takeSignal(steps, handler);
     });
     (void)std::signal(SIGTERM, leaveToTheSource);
     dispatch_resume(source_);
+}
+
+void MacTerminationSignal::takeSignal(const std::shared_ptr<const Steps>& steps, Handler handler) {
+    // Before the handler's first write, or the main thread would react to it.
+    ProcessTermination::runLimited([steps] { steps->mainHardware.silenceListeners(); });
+    ProcessTermination::runLimited([steps, handler] {
+        const auto hardware = steps->makeHardware();
+        const MacUserDefaults defaults;
+        if (!hardware) return;
+        handler(*hardware, defaults);
+        if (steps->handled) steps->handled();
+    });
+    ProcessTermination::dieBySignal();
 }
 
 } // namespace halvo

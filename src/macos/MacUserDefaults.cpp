@@ -9,12 +9,17 @@ namespace halvo {
 
 namespace {
 
+/// As in the bundle's property list: a helper may have no bundle of its own.
+CFStringRef domain() {
+    return CFSTR("org.halvo.Halvo");
+}
+
 using Value = CFHandle<CFPropertyListRef>;
 
 Value valueOf(const std::string& key) {
     const auto name = makeCFString(key);
     if (!name) return {};
-    return Value(CFPreferencesCopyAppValue(name.get(), kCFPreferencesCurrentApplication));
+    return Value(CFPreferencesCopyAppValue(name.get(), domain()));
 }
 
 bool isA(const Value& value, CFTypeID type) {
@@ -93,10 +98,10 @@ void MacUserDefaults::remove(const std::string& key) {
 void MacUserDefaults::set(const std::string& key, CFPropertyListRef value) {
     const auto name = makeCFString(key);
     if (!name) return;
-    CFPreferencesSetAppValue(name.get(), value, kCFPreferencesCurrentApplication);
+    CFPreferencesSetAppValue(name.get(), value, domain());
     // Synchronizes now, so that a killed process loses nothing. After a failure the value stays in
     // memory and is written with the next one.
-    (void)CFPreferencesAppSynchronize(kCFPreferencesCurrentApplication);
+    (void)CFPreferencesAppSynchronize(domain());
 }
 
 } // namespace halvo

@@ -6,8 +6,8 @@
 
 namespace halvo {
 
-/// The application's preferences domain. A value keeps its type: a float is stored as a 32-bit
-/// number, data as data. Any thread.
+/// The application's preferences domain, in its helpers, too. A value keeps its type: a float is
+/// stored as a 32-bit number, data as data. Any thread.
 class MacUserDefaults final : public UserDefaults {
   public:
     bool contains(const std::string& key) const override;

@@ -16,7 +16,8 @@ enum class VolumeElement : std::uint8_t { main = 0, left = 1, right = 2 };
 /// The audio server's devices and its routing. Main thread only, unless a back end says otherwise.
 ///
 /// Reads return nothing, and writes false, when the server refuses or is not running. The next read
-/// sees a write that returned true. Volumes are linear amplitudes from 0 to 1.
+/// sees a write that returned true. Volumes go from 0 to 1: linear amplitudes, but for the real
+/// devices of a server with another scale.
 class AudioHardware {
   public:
     /// Called on the main thread, never inside one of the calls below.

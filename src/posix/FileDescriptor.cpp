@@ -1,6 +1,8 @@
 #include "posix/FileDescriptor.h"
 
+#include <array>
 #include <cerrno>
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -12,6 +14,14 @@ FileDescriptor::~FileDescriptor() {
 
 int FileDescriptor::close() {
     return ::close(std::exchange(descriptor_, -1)) == 0 ? 0 : errno;
+}
+
+std::optional<std::pair<FileDescriptor, FileDescriptor>> makePipe() {
+    std::array<int, 2> ends{};
+    if (::pipe(ends.data()) != 0) return std::nullopt;
+    for (const int end : ends)
+        (void)::fcntl(end, F_SETFD, FD_CLOEXEC); // of a descriptor just made: cannot fail
+    return std::pair(FileDescriptor(ends[0]), FileDescriptor(ends[1]));
 }
 
 bool isRegularFile(int descriptor) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string_view>
 #include <utility>
 
@@ -29,6 +30,10 @@ class FileDescriptor {
   private:
     int descriptor_ = -1;
 };
+
+/// The reading and the writing end of a pipe that no program inherits; nothing, and `errno`, when
+/// the process has no descriptor left.
+std::optional<std::pair<FileDescriptor, FileDescriptor>> makePipe();
 
 bool isRegularFile(int descriptor);
 

@@ -55,16 +55,6 @@ std::string decoded(const QByteArray& bytes) {
     return decoder.hasError() ? std::string() : text.toStdString();
 }
 
-/// Both ends of a pipe that no other child inherits; nothing when the process has no descriptor
-/// left.
-std::optional<std::pair<FileDescriptor, FileDescriptor>> makePipe() {
-    std::array<int, 2> ends{};
-    if (::pipe(ends.data()) != 0) return std::nullopt;
-    for (const int end : ends)
-        (void)::fcntl(end, F_SETFD, FD_CLOEXEC); // of a descriptor just made: cannot fail
-    return std::pair(FileDescriptor(ends[0]), FileDescriptor(ends[1]));
-}
-
 /// A launched program on the main loop. Once abandoned it deletes itself when the program ends. It
 /// reads a pipe of its own, because QProcess keeps its pipe open until the program ends.
 class FollowedProcess final : public QProcess {

@@ -50,5 +50,10 @@ fs::path spareRaisedDevicesPath() {
     const auto session = runtimeDirectory();
     return session.empty() ? session : session / "halvo-raised-devices.json";
 }
+fs::path sessionLockPath() {
+    const auto session = runtimeDirectory();
+    return session.empty() ? configDirectory() / "halvo" / "session.lock"
+                           : session / "halvo-session.lock";
+}
 
 } // namespace halvo

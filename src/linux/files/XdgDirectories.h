@@ -20,4 +20,8 @@ std::filesystem::path raisedDevicesPath();
 /// where the session has no such directory.
 std::filesystem::path spareRaisedDevicesPath();
 
+/// The lock of who may change the session's devices: in the runtime directory, or beside the
+/// settings where there is none.
+std::filesystem::path sessionLockPath();
+
 } // namespace halvo

@@ -2,32 +2,14 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <limits>
 
 namespace halvo {
-
-namespace {
-
-constexpr double kFadeInSeconds = 0.030;
-constexpr double kFadeOutSeconds = 0.005;
-
-void removeNotFinite(float* samples, std::size_t count) noexcept HALVO_REALTIME {
-    constexpr float kLargest = std::numeric_limits<float>::max();
-    for (std::size_t i = 0; i < count; ++i) {
-        const float sample = samples[i];
-        samples[i] = sample >= -kLargest && sample <= kLargest ? sample : 0.0F;
-    }
-}
-
-} // namespace
 
 void PipeWireRenderer::prepare(const StreamFormat& format, RenderCallback callback, void* refCon) {
     callback_ = callback;
     refCon_ = refCon;
     channels_ = format.channels;
-    stepUp_ = static_cast<float>(1 / (kFadeInSeconds * format.sampleRate));
-    stepDown_ = static_cast<float>(1 / (kFadeOutSeconds * format.sampleRate));
-    gain_ = gate_.isOpen() ? 1.0F : 0.0F;
+    output_.prepare(format.sampleRate);
     sampleTime_ = 0;
     clockSeen_ = false;
 }
@@ -51,21 +33,8 @@ void PipeWireRenderer::renderToNowhere(float* samples,
 
 void PipeWireRenderer::render(float* samples, std::uint32_t frames) noexcept HALVO_REALTIME {
     ask(samples, frames);
-    removeNotFinite(samples, std::size_t{frames} * channels_);
-    fade(samples, frames);
+    output_.process(samples, frames, channels_);
     framesPlayed_.fetch_add(frames, std::memory_order_relaxed);
-}
-
-void PipeWireRenderer::fade(float* samples, std::uint32_t frames) noexcept HALVO_REALTIME {
-    const bool open = gate_.isOpen();
-    if (open && gain_ >= 1) return;
-    float gain = gain_;
-    for (std::uint32_t frame = 0; frame < frames; ++frame) {
-        gain = open ? std::min(gain + stepUp_, 1.0F) : std::max(gain - stepDown_, 0.0F);
-        for (std::uint32_t channel = 0; channel < channels_; ++channel)
-            *samples++ *= gain;
-    }
-    gain_ = gain;
 }
 
 void PipeWireRenderer::clock(std::uint32_t clockID, std::uint64_t position,

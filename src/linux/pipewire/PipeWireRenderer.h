@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/Realtime.h"
-#include "loudness/OutputGate.h"
+#include "loudness/GatedOutput.h"
 #include "platform/OutputUnit.h"
 
 #include <atomic>
@@ -10,10 +10,10 @@
 namespace halvo {
 
 /// The render thread's work in a cycle, apart from the server's buffers: calls the callback,
-/// replaces samples that are not finite, applies the gate and counts.
+/// has its output gated and counts.
 class PipeWireRenderer {
   public:
-    explicit PipeWireRenderer(const OutputGate& gate) : gate_(gate) {}
+    explicit PipeWireRenderer(const OutputGate& gate) : output_(gate) {}
 
     /// Call while no cycle runs.
     void prepare(const StreamFormat& format, RenderCallback callback, void* refCon);
@@ -34,17 +34,13 @@ class PipeWireRenderer {
 
   private:
     void ask(float* samples, std::uint32_t frames) noexcept HALVO_REALTIME;
-    void fade(float* samples, std::uint32_t frames) noexcept HALVO_REALTIME;
 
-    const OutputGate& gate_;
+    GatedOutput output_;
     // Set by `prepare`.
     RenderCallback callback_ = nullptr;
     void* refCon_ = nullptr;
     std::uint32_t channels_ = 0;
-    float stepUp_ = 0;
-    float stepDown_ = 0;
     // Render thread.
-    float gain_ = 0;
     double sampleTime_ = 0;
     bool clockSeen_ = false;
     std::uint32_t clockID_ = 0;

@@ -11,25 +11,14 @@
 
 namespace halvo {
 
-/// A program started without the toolkit, for programs that do not link it and for children that
-/// outlive the application. It inherits the standard descriptors alone and has default signal
-/// handling. It runs on when this is destroyed; only `wait` reaps it. One thread at a time.
+/// A program started without the toolkit, for programs that do not link it, and followed. It runs
+/// on when this is destroyed; only `wait` reaps it. One thread at a time.
 class SpawnedChild {
   public:
     enum class Output { pipe, discarded };
-    enum class Session { callers, own };
-
-    /// What it shares with this process.
-    struct Ties {
-        int input = -1; ///< a descriptor for its standard input; -1: nothing to read
-        /// `own` gives it a process group of its own, too: neither a terminal's signals reach it
-        /// nor the SIGHUP for an orphaned group.
-        Session session = Session::callers;
-    };
 
     /// Returns once the program runs; an error's description when it cannot be executed.
-    static std::expected<SpawnedChild, std::string> start(const Command& command, Output output,
-                                                          Ties ties = {-1, Session::callers});
+    static std::expected<SpawnedChild, std::string> start(const Command& command, Output output);
 
     pid_t pid() const { return pid_; }
     /// Readable once the program has ended.

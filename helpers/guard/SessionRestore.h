@@ -1,11 +1,10 @@
 #pragma once
 
+#include "RestoreHost.h"
+
 #include <chrono>
 
 namespace halvo {
-
-class AudioServer;
-class PipeWireConnection;
 
 /// Restores devices and default output in place of an application that has ended, from the saved
 /// records alone. One thread.
@@ -22,20 +21,27 @@ class SessionRestore {
         failed,  ///< no server, or one that refuses
     };
 
+    /// The host must outlive this.
+    explicit SessionRestore(RestoreHost& host) : host_(host) {}
+
     /// Tries until `longest` has passed: a server that crashed comes back, and a session manager
-    /// takes its time. Stays two seconds longer than it takes, until the session manager has kept
-    /// the levels, and corrects one that it sets meanwhile. After a crash, and while the saved
+    /// takes its time. Stays two seconds longer than it takes, until the levels are kept, and
+    /// corrects one that a session manager sets meanwhile. After a crash, and while the saved
     /// session is there, the records stay for the application's next start.
-    static Result run(Occasion occasion, std::chrono::milliseconds longest);
+    Result run(Occasion occasion, std::chrono::milliseconds longest);
 
   private:
-    static bool restore(AudioServer& server, Occasion occasion);
-    /// Waits; false when the server went before its session manager will have kept the levels.
-    static bool isWrittenDown(PipeWireConnection& connection, AudioServer& server,
-                              Occasion occasion);
+    RaisedDevicesRecord recorded();
+    bool hasSavedSession();
+    bool hasWork(Occasion occasion);
+    bool restore(Occasion occasion);
+    /// Waits; false when the server went before the levels will have been kept.
+    bool isWrittenDown(Occasion occasion);
     /// Whether a device is louder than recorded, or the virtual one the default again.
-    static bool isUndone(AudioServer& server);
-    static void confirm();
+    bool isUndone();
+    void confirm();
+
+    RestoreHost& host_;
 };
 
 } // namespace halvo

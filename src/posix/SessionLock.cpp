@@ -1,6 +1,4 @@
-#include "linux/files/SessionLock.h"
-
-#include "linux/files/XdgDirectories.h"
+#include "posix/SessionLock.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -14,12 +12,6 @@ namespace {
 constexpr std::chrono::milliseconds kPoll{5};
 
 } // namespace
-
-std::filesystem::path SessionLock::standardPath() {
-    const auto session = runtimeDirectory();
-    return session.empty() ? configDirectory() / "halvo" / "session.lock"
-                           : session / "halvo-session.lock";
-}
 
 std::optional<SessionLock> SessionLock::take(const std::filesystem::path& path,
                                              std::chrono::milliseconds longest) {

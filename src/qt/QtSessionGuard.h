@@ -1,13 +1,12 @@
 #pragma once
 
 #include "base/Lifetime.h"
-#include "linux/process/SpawnedChild.h"
 #include "platform/MainQueue.h"
 #include "posix/FileDescriptor.h"
 
 #include <filesystem>
 #include <memory>
-#include <optional>
+#include <sys/types.h>
 
 class QSocketNotifier;
 
@@ -18,14 +17,14 @@ class SystemLog;
 /// Runs the program halvo-session-guard, which restores the devices' levels and the default output
 /// when this process ends without having done so. The environment variable HALVO_SESSION_GUARD
 /// names another program; empty means none. Main thread, except `dismiss`.
-class LinuxSessionGuard {
+class QtSessionGuard {
   public:
-    /// `directory` holds the application's program. Queue and log must outlive this.
-    LinuxSessionGuard(MainQueue& queue, SystemLog& log, const std::filesystem::path& directory);
+    /// `program` is the path of halvo-session-guard. Queue and log must outlive this.
+    QtSessionGuard(MainQueue& queue, SystemLog& log, std::filesystem::path program);
     /// Dismisses the guard.
-    ~LinuxSessionGuard();
-    LinuxSessionGuard(const LinuxSessionGuard&) = delete;
-    LinuxSessionGuard& operator=(const LinuxSessionGuard&) = delete;
+    ~QtSessionGuard();
+    QtSessionGuard(const QtSessionGuard&) = delete;
+    QtSessionGuard& operator=(const QtSessionGuard&) = delete;
 
     /// There is something to restore: starts the guard. One that ends is restarted, after a second
     /// and each time after twice as long, up to a minute. The application also works without one.
@@ -36,6 +35,7 @@ class LinuxSessionGuard {
   private:
     void start();
     void ended();
+    void replaceLater();
 
     MainQueue& queue_;
     SystemLog& log_;
@@ -45,7 +45,8 @@ class LinuxSessionGuard {
     FileDescriptor writeEnd_;
     bool isWatched_ = false;
     MainQueue::Duration delay_;
-    std::optional<SpawnedChild> child_;
+    pid_t child_ = 0;
+    FileDescriptor output_; ///< of the guard, which writes nothing: ends with it
     std::unique_ptr<QSocketNotifier> notifier_;
     Lifetime lifetime_;
 };

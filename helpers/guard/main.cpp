@@ -1,6 +1,8 @@
 // Waits for the application's end: resident, and so small that it links nothing but the C library.
 // Another program does what has to be done then.
 
+#include "ProgramPath.h"
+
 #include <array>
 #include <cerrno>
 #include <cstddef>
@@ -37,9 +39,9 @@ End waitForTheEnd() {
 /// Executes the program beside this one; `option` may be null.
 void become(const char* name, char* option) {
     std::array<char, 4096> path{};
-    const ssize_t length = ::readlink("/proc/self/exe", path.data(), path.size() - 1);
-    if (length <= 0) return;
+    if (!halvo::programPath(path.data(), path.size())) return;
     char* const slash = std::strrchr(path.data(), '/');
+    if (slash == nullptr) return;
     const std::size_t room = path.size() - static_cast<std::size_t>(slash + 1 - path.data());
     if (std::strlen(name) >= room) return;
     std::strcpy(slash + 1, name);

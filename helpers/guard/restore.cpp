@@ -1,3 +1,4 @@
+#include "RestoreHost.h"
 #include "SessionRestore.h"
 
 #include <chrono>
@@ -32,7 +33,8 @@ std::optional<Occasion> occasionOf(int count, char** words) {
 }
 
 int restore(Occasion occasion) {
-    const auto result = halvo::SessionRestore::run(occasion, kLongest);
+    const auto host = halvo::makeRestoreHost();
+    const auto result = halvo::SessionRestore(*host).run(occasion, kLongest);
     if (result == Result::failed) {
         ::openlog("halvo", LOG_PID, LOG_USER);
         ::syslog(LOG_WARNING, "%s",

@@ -14,9 +14,6 @@ namespace halvo {
 /// any way. Any thread.
 class SessionLock {
   public:
-    /// In the session's runtime directory, or beside the settings where there is none.
-    static std::filesystem::path standardPath();
-
     /// Nothing when another process holds it all that time. Where the file cannot be made no other
     /// process can have it either, so the lock counts as taken.
     static std::optional<SessionLock> take(const std::filesystem::path& path,

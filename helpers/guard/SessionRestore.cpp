@@ -2,15 +2,13 @@
 
 #include "app/AppDelegate.h"
 #include "app/SavedSession.h"
-#include "linux/files/JsonUserDefaults.h"
-#include "linux/files/SessionLock.h"
-#include "linux/files/XdgFileSystem.h"
-#include "linux/pipewire/PipeWireAudioHardware.h"
-#include "linux/pipewire/PipeWireConnection.h"
+#include "loudness/AudioServer.h"
 #include "loudness/LevelScale.h"
 #include "loudness/LoudnessGuard.h"
 #include "loudness/RaisedDevicesRecord.h"
+#include "platform/UserDefaults.h"
 #include "platform/VirtualOutput.h"
+#include "posix/SessionLock.h"
 
 #include <algorithm>
 #include <optional>
@@ -26,63 +24,45 @@ using Clock = std::chrono::steady_clock;
 /// The dead application's lock is released an instant after its pipe closes.
 constexpr milliseconds kLongestLock{200};
 constexpr milliseconds kPause{50};
-/// The session manager saves levels and default one second after a change; a server that dies
-/// before comes back with the old ones. Twice that.
-constexpr milliseconds kManagersDelay{2000};
-
-/// Here nobody listens to the hardware.
-class NoQueue final : public MainQueue {
-  public:
-    void async(Work /*work*/) override {}
-    void after(Duration /*delay*/, Work /*work*/) override {}
-    Subscription afterCancellable(Duration /*delay*/, Work /*work*/) override { return {}; }
-    Subscription every(Duration /*period*/, Work /*work*/) override { return {}; }
-};
-
-RaisedDevicesRecord recorded() {
-    static XdgFileSystem files;
-    return {files, {raisedDevicesPath(), spareRaisedDevicesPath()}, nullptr};
-}
-
-bool hasSavedSession() {
-    const auto defaults = JsonUserDefaults::readOnly(JsonUserDefaults::standardPath());
-    return SavedSession::load(defaults).has_value();
-}
-
-bool hasWork(SessionRestore::Occasion occasion) {
-    const auto record = recorded();
-    if (occasion != SessionRestore::Occasion::crash) return record.isOpen();
-    return hasSavedSession() || !record.isEmpty();
-}
 
 } // namespace
+
+RaisedDevicesRecord SessionRestore::recorded() {
+    return {host_.files(), host_.recordPlaces(), nullptr};
+}
+
+bool SessionRestore::hasSavedSession() {
+    return SavedSession::load(*host_.defaults()).has_value();
+}
+
+bool SessionRestore::hasWork(Occasion occasion) {
+    const auto record = recorded();
+    if (occasion != Occasion::crash) return record.isOpen();
+    return hasSavedSession() || !record.isEmpty();
+}
 
 SessionRestore::Result SessionRestore::run(Occasion occasion, milliseconds longest) {
     if (!hasWork(occasion)) return Result::done;
     const auto found = recorded();
-    const auto connection = PipeWireConnection::create();
-    if (!connection) return Result::failed;
-    NoQueue queue;
-    PipeWireAudioHardware server(*connection, queue);
     bool isRepeated = false;
     bool isSetAgain = false;
     auto end = Clock::now() + longest;
     for (; Clock::now() < end; std::this_thread::sleep_for(kPause)) {
         const auto left = std::chrono::duration_cast<milliseconds>(end - Clock::now());
-        if (!connection->waitUntilReady(left)) continue;
+        if (!host_.waitForServer(left)) continue;
         // Released between attempts: an application that starts meanwhile takes it and restores
         // all.
-        auto lock = SessionLock::take(SessionLock::standardPath(), kLongestLock);
+        auto lock = SessionLock::take(host_.lock(), kLongestLock);
         if (!lock) return Result::running;
         // What it found raised stands in no other place any more.
         if (isRepeated) found.saveAnew();
-        if (!restore(server, occasion)) continue;
+        if (!restore(occasion)) continue;
         lock.reset();
         // A session manager that has just started may have set its own last level meanwhile. Once
         // more then; what is louder after that is somebody's wish.
-        const bool isDone = isWrittenDown(*connection, server, occasion);
+        const bool isDone = isWrittenDown(occasion);
         const bool isLast = isSetAgain || occasion == Occasion::ending;
-        if (isDone && (isLast || !isUndone(server))) {
+        if (isDone && (isLast || !isUndone())) {
             confirm();
             return Result::done;
         }
@@ -93,27 +73,24 @@ SessionRestore::Result SessionRestore::run(Occasion occasion, milliseconds longe
     return Result::failed;
 }
 
-bool SessionRestore::restore(AudioServer& server, Occasion occasion) {
+bool SessionRestore::restore(Occasion occasion) {
     if (occasion == Occasion::ending) return true;
-    const auto hardware = LoudnessGuard::forRestore(server, recorded());
+    const auto hardware = LoudnessGuard::forRestore(host_.server(), recorded());
     if (occasion == Occasion::crash) {
-        AppDelegate::handleTermination(
-            *hardware, JsonUserDefaults::readOnly(JsonUserDefaults::standardPath()));
+        AppDelegate::handleTermination(*hardware, *host_.defaults());
     }
     return hardware->releaseDefaultOutput();
 }
 
-bool SessionRestore::isWrittenDown(PipeWireConnection& connection, AudioServer& server,
-                                   Occasion occasion) {
-    // At the beginning of a session it brings back the default and the levels that it has kept.
+bool SessionRestore::isWrittenDown(Occasion occasion) {
+    // At the beginning of a session its manager brings back the default and the levels that it has
+    // kept.
     const bool isWatching = occasion == Occasion::session;
-    PipeWireConnection::Lock lock(connection);
-    // Ends early when the server goes.
-    (void)lock.waitFor([&] { return isWatching && isUndone(server); }, kManagersDelay);
-    return connection.isReady();
+    return host_.waitUntilKept([&] { return isWatching && isUndone(); });
 }
 
-bool SessionRestore::isUndone(AudioServer& server) {
+bool SessionRestore::isUndone() {
+    auto& server = host_.server();
     if (server.configuredDefault() == kVirtualDeviceUID) return true;
     const auto record = recorded();
     return std::ranges::any_of(record.devices, [&server](const auto& entry) {
@@ -124,7 +101,7 @@ bool SessionRestore::isUndone(AudioServer& server) {
 }
 
 void SessionRestore::confirm() {
-    const auto lock = SessionLock::take(SessionLock::standardPath(), kLongestLock);
+    const auto lock = SessionLock::take(host_.lock(), kLongestLock);
     if (!lock) return; // an application has its own record by now
     auto record = recorded();
     record.confirm();
