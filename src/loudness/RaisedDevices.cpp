@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
-#include <tuple>
 
 namespace halvo {
 
@@ -70,10 +69,9 @@ RaisedDevices::Entry* RaisedDevices::remember(AudioDeviceID id, const std::strin
 void RaisedDevices::activate(Entry& entry) {
     const auto now = virtual_.get();
     if (auto* former = devices_.find(devices_.active); former != nullptr && now) {
-        const auto& [found, wasGivenUp] = std::tie(former->second.found, former->second.wasGivenUp);
-        const float heard = loudestVolume(*now) * (wasGivenUp ? loudestVolume(found) : 1);
+        const float heard = loudestVolume(*now) * ownShare();
         former->second.sessionVolume = heard;
-        if (wasGivenUp) limitVirtualVolume(heard); // two volumes in a row are one from here on
+        limitVirtualVolume(heard); // two volumes in a row are one from here on
     }
     devices_.active = entry.first;
     isPending_ = false;
@@ -168,6 +166,7 @@ void RaisedDevices::giveUpPending() {
     if (server_.defaultOutput() == id) return; // the next change of the default
     isPending_ = false;
     devices_.find(devices_.active)->second.wasGivenUp = true;
+    protectRaised();
     session_->log.write("Halvo: Other programs play straight into " +
                         server_.name(*id).value_or(devices_.active) +
                         "; its volume stays as it is");
@@ -223,12 +222,17 @@ void RaisedDevices::limitVirtualVolume(float limit) {
     protectRaised();
 }
 
+float RaisedDevices::ownShare() {
+    const auto* entry = devices_.find(devices_.active);
+    return entry != nullptr && entry->second.wasGivenUp ? loudestVolume(entry->second.found) : 1;
+}
+
 DeviceLevel RaisedDevices::sessionLevel(const Entry& entry) {
     const auto& [uid, device] = entry;
     const auto now = virtual_.get();
     const float former = device.sessionVolume.value_or(loudestVolume(device.found));
     float volume = now ? loudestVolume(*now) : former;
-    if (uid != devices_.active) volume = std::min(volume, former);
+    if (uid != devices_.active) volume = std::min(volume * ownShare(), former);
     auto level = scaledTo(device.found, volume);
     level.muted = (now && now->muted) || (level.muted && device.sound == Sound::asFound);
     return level;
@@ -415,6 +419,7 @@ void RaisedDevices::levelChanged(AudioDeviceID id) {
     if (device.state == State::own) {
         if (*uid != devices_.active) return;
         device.found = *present;
+        protectRaised();
         (void)save(); // a later change repeats it
     } else if (device.state != State::orphaned && !isAlike(*present, device.written) &&
                !isProtection(id, *entry, *present)) {
@@ -449,6 +454,7 @@ void RaisedDevices::takeOver(Entry& entry, const DeviceLevel& present) {
     if (isWish) device.sound = Sound::asFound; // muted by hand, it stays muted
     if (uid == devices_.active) {
         device.wasGivenUp = isWish;
+        protectRaised();
         isPending_ = !isWish;
         if (isPending_) waitForPending();
     }

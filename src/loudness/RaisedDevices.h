@@ -94,6 +94,8 @@ class RaisedDevices {
     bool restore(AudioDeviceID id, Entry& entry);
     bool giveBack(AudioDeviceID id, Entry& entry);
     void limitVirtualVolume(float limit);
+    /// What the device in use takes off the session's volume while it stays at its own level.
+    float ownShare();
     DeviceLevel sessionLevel(const Entry& entry);
 
     AudioServer& server_;

@@ -170,7 +170,7 @@ std::optional<std::string> CoreAudioHardware::configuredDefault() {
 
 bool CoreAudioHardware::setConfiguredDefault(const std::string& uid) {
     const auto device = deviceForUID(uid);
-    return device ? setDefaultOutput(*device) : releaseDefaultOutput();
+    return device && setDefaultOutput(*device); // what is away cannot be asked for
 }
 
 void CoreAudioHardware::protect(const std::string& uid, const DeviceLevel& level) {

@@ -111,6 +111,8 @@ void RandomSequence::happenToDevice() {
     const auto uid = anyDevice();
     const float volume = anyVolume();
     if (!world_.isPresent(uid)) {
+        // One that was raised when it went is given back by the next start, not before.
+        if (!world_.isRunning() && world_.machine.record().devices[uid].isMoved) return;
         note((world_.isKnown(uid) ? "plug again " : "plug in ") + uid);
         return world_.isKnown(uid) ? world_.plugAgain(uid) : world_.plugIn(uid, volume);
     }

@@ -192,7 +192,8 @@ void LoudnessWorld::restartServer(const std::vector<std::string>& order) {
     machine.pass(300ms);
     server.start();
     const auto rank = [&order](const std::string& uid) { return std::ranges::find(order, uid); };
-    std::ranges::stable_sort(present, {}, rank);
+    // Core Audio brings them all at once, with its default.
+    if (server.behaviour.remembersRequests) std::ranges::stable_sort(present, {}, rank);
     for (const auto& uid : present) {
         server.plugAgain(uid);
         machine.pass(100ms);
