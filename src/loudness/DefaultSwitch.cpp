@@ -63,7 +63,9 @@ bool DefaultSwitch::makeDefault(AudioDeviceID id, const std::string& uid) {
         if (!isAskedFor && !restoreConfiguredDefault(id, uid)) return false;
     }
     if (session_ == nullptr) return true; // the next start repeats this and needs the record
-    record_.origin.reset();
+    // Until the session manager has kept it, a new session may have to repeat this.
+    if (record_.origin) record_.origin->output = uid;
+    isInherited_ = true;
     devices_.deactivate();
     (void)devices_.save(); // what it still tells of is put right at the next start
     return true;

@@ -29,8 +29,9 @@ struct GuardedDevice {
     std::map<std::string, float> portVolumes; ///< the virtual device's, by the port it was for
     bool wasGivenUp = false;                  ///< plays at its own level under the engine's gain
     bool isMutedByHand = false;               ///< while it is in use: no raise lifts the mute
-    bool isDoubtful = false; ///< own, but the session manager may bring a louder level back
-    bool isUnsure = false;   ///< given back, but the session manager may still keep another level
+    bool isInherited = false; ///< an earlier process's, which this one may still have to repeat
+    bool isDoubtful = false;  ///< own, but the session manager may bring a louder level back
+    bool isUnsure = false;    ///< given back, but the session manager may still keep another level
 };
 
 } // namespace halvo

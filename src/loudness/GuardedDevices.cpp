@@ -11,8 +11,8 @@ GuardedDevices::GuardedDevices(RaisedDevicesRecord& record, WriteAccess& access,
         auto& device = devices_[uid];
         device.state = recorded.isMoved ? State::orphaned : State::own;
         device.found = recorded.found;
-        device.isDoubtful = true;
-        device.isUnsure = recorded.isUnsure;
+        device.isInherited = true;
+        device.isDoubtful = device.isUnsure = recorded.isUnsure;
     }
 }
 
@@ -31,8 +31,7 @@ bool GuardedDevices::save() {
     const auto phase = access_.phase();
     if (phase == WriteAccess::Phase::stopped) return false; // the file is somebody else's by now
     // At the end of a session there is little to tell of devices that are as they were.
-    const bool isEnd = phase == WriteAccess::Phase::restoring && owner_ == Owner::session;
-    const bool isLast = isEnd && !record_.origin;
+    const bool isLast = phase == WriteAccess::Phase::restoring && owner_ == Owner::session;
     record_.devices.clear();
     for (const auto& [uid, device] : devices_) {
         const bool isMoved = device.state != State::own;
@@ -40,7 +39,7 @@ bool GuardedDevices::save() {
         // The saved session or the default before may be about it.
         const bool isBefore = record_.origin && record_.origin->output == uid;
         const bool isKept =
-            owner_ == Owner::restore || device.isDoubtful || uid == active || isBefore;
+            owner_ == Owner::restore || device.isInherited || uid == active || isBefore;
         if (isMoved || isUnsure || (isKept && !isLast)) {
             record_.devices[uid] = {device.found, isMoved, isUnsure};
         }

@@ -19,6 +19,10 @@ namespace {
 /// was put there.
 constexpr MainQueue::Duration kLongestWait = 5s;
 
+bool isInDoubt(const GuardedDevice& device) {
+    return device.state == GuardedDevice::State::own && device.isDoubtful;
+}
+
 bool isUsable(const DeviceLevel& level) {
     return !level.channelVolumes.empty() &&
            std::ranges::all_of(level.channelVolumes,
@@ -57,7 +61,7 @@ bool RaisedDevices::raise(AudioDeviceID id, const std::string& uid, Sound sound)
 
 RaisedDevices::Entry* RaisedDevices::remember(AudioDeviceID id, const std::string& uid) {
     auto* known = devices_.find(uid);
-    if (known != nullptr && known->second.isDoubtful) (void)giveBack(id, *known);
+    if (known != nullptr && isInDoubt(known->second)) (void)giveBack(id, *known);
     if (ownLevel(uid) != nullptr) return known; // what was found then still holds
     const auto level = server_.level(id);
     if (!level || !isUsable(*level)) return nullptr;
@@ -72,6 +76,8 @@ void RaisedDevices::activate(Entry& entry) {
         const float heard = loudestVolume(*now) * ownShare();
         former->second.sessionVolume = heard;
         limitVirtualVolume(heard); // two volumes in a row are one from here on
+    } else {
+        virtual_.reduceFollowed(ownShare());
     }
     devices_.active = entry.first;
     isPending_ = false;
@@ -81,6 +87,9 @@ void RaisedDevices::activate(Entry& entry) {
     device.wasGivenUp = false;
     device.sound = Sound::asFound;
     device.isMutedByHand = false;
+    // The last session's end has been repeated by now.
+    for (auto& [uid, known] : devices_)
+        known.isInherited = false;
     limitVirtualVolume(device.sessionVolume.value_or(loudestVolume(device.found)));
 }
 
@@ -269,6 +278,8 @@ bool RaisedDevices::restore(AudioDeviceID id, const std::string& uid) {
 
 bool RaisedDevices::restore(AudioDeviceID id, Entry& entry) {
     if (entry.first == devices_.active) isPending_ = false;
+    // A start repeats what the last end did, whatever the record says.
+    if (std::exchange(entry.second.isInherited, false)) entry.second.isDoubtful = true;
     return giveBack(id, entry);
 }
 
@@ -302,7 +313,7 @@ void RaisedDevices::restoreAll() {
 void RaisedDevices::restoreOrphaned() {
     for (auto& entry : devices_) {
         const bool isOrphaned = entry.second.state == State::orphaned;
-        const bool isLeft = isOrphaned || entry.second.isDoubtful;
+        const bool isLeft = isOrphaned || isInDoubt(entry.second);
         const auto id = isLeft ? server_.deviceForUID(entry.first) : std::nullopt;
         if (!id) continue;
         if (playsThroughAnotherPort(*id, entry)) {

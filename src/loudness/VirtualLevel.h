@@ -19,6 +19,9 @@ class VirtualLevel {
     bool limitVolume(float limit);
     /// Takes note of the present volume, for the case that the device goes and returns.
     void follow();
+    void reduceFollowed(float factor) {
+        followed_ = followed_.transform([factor](float volume) { return volume * factor; });
+    }
     /// After it has returned: no louder than when it was last followed. True when it was.
     bool limitToFollowed();
 
