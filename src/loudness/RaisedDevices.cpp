@@ -191,7 +191,6 @@ void RaisedDevices::lower(AudioDeviceID id, Entry& entry) {
     if (!present || isLouder(*present, level)) {
         (void)server_.setLevel(id, level, LevelPersistence::temporary); // nothing else would help
     }
-    server_.unprotect(uid);
     (void)save();
 }
 
@@ -260,7 +259,7 @@ void RaisedDevices::sessionLevelChanged() {
 
 void RaisedDevices::protectRaised() {
     for (const auto& entry : devices_) {
-        if (entry.second.state == State::raised) {
+        if (entry.second.state == State::raised || entry.second.state == State::lowered) {
             server_.protect(entry.first, sessionLevel(entry));
         }
     }
@@ -290,7 +289,12 @@ bool RaisedDevices::giveBack(AudioDeviceID id, Entry& entry) {
         // A session manager may have brought back what it had kept while the device was raised.
         // What is not above is its user's wish by now.
         const auto present = isDoubtful ? server_.level(id) : std::nullopt;
-        if (!present || !isAbove(*present, device.found)) return true;
+        if (!present) return true;
+        // Nobody was there between two sessions.
+        const bool isExact = session_ == nullptr && device.isUnsure;
+        if (isExact ? isAlike(*present, device.found) : !isAbove(*present, device.found)) {
+            return true;
+        }
     }
     server_.unprotect(uid);
     // The level that was found is another port's, and that one gets it from the session manager.

@@ -103,7 +103,7 @@ TEST_F(LoudnessGuardEndTest, ATerminationDuringTheQuitLeavesTheQuitToEnd) {
     machine.settle();
     expectOwnLevels();
     machine.keep();
-    EXPECT_FALSE(machine.hasRecord());
+    EXPECT_FALSE(machine.record().isOpen());
 }
 
 TEST_F(LoudnessGuardEndTest, ACrashIsRepairedAtTheNextStart) {

@@ -67,8 +67,10 @@ void LoudnessMachine::quit() {
 void LoudnessMachine::keep() {
     auto ended = record();
     ended.confirm();
-    ended.origin.reset();
-    std::erase_if(ended.devices, [](const auto& entry) { return !entry.second.isMoved; });
+    if (!SavedSession::load(fake.userDefaults)) {
+        ended.origin.reset();
+        std::erase_if(ended.devices, [](const auto& entry) { return !entry.second.isMoved; });
+    }
     (void)ended.save(); // in memory
 }
 

@@ -75,14 +75,8 @@ void LoudnessWorld::end(End end) {
     else
         machine.endNow(end);
     rest();
-    keep();
+    machine.keep();
     isLeftRaised_ = end == End::kill;
-}
-
-/// By now the session manager has kept what was given back; what a saved session is about is left
-/// to the next start.
-void LoudnessWorld::keep() {
-    if (!SavedSession::load(machine.fake.userDefaults)) machine.keep();
 }
 
 void LoudnessWorld::pick(const std::string& uid) {
@@ -232,7 +226,7 @@ void LoudnessWorld::logIn() {
         machine.start();
     machine.settle();
     if (!isRunning()) used_.clear(); // nothing tells of it any more
-    if (!isRunning()) keep();
+    if (!isRunning()) machine.keep();
     isLeftRaised_ = false;
     if (isRunning()) original_ = machine.delegate->originalOutputUID().value_or("");
     limitAnyChannel(ownLoudness(isRunning() ? original_ : server.defaultUID()));

@@ -88,7 +88,6 @@ class LoudnessWorld {
     void rest();
     void restAsked(float asked);
     void rememberUse();
-    void keep();
     float ownLoudness(const std::string& uid) const;
     std::string firstReal(const std::string& without = kVirtualDeviceUID);
     float fallbackLoudness(const std::string& without);
