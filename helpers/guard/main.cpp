@@ -52,7 +52,7 @@ void become(const char* name, char* option) {
 } // namespace
 
 int main() {
-    struct stat input {};
+    struct stat input{};
     if (::fstat(STDIN_FILENO, &input) != 0 || !S_ISFIFO(input.st_mode)) {
         (void)std::fputs(kUsage, stderr);
         return 2;

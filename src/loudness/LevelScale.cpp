@@ -50,6 +50,17 @@ bool isAbove(const DeviceLevel& level, const DeviceLevel& other) {
     return isLouder(beneath, limit);
 }
 
+DeviceLevel lowerOf(const DeviceLevel& level, const DeviceLevel& other) {
+    auto lower = level;
+    lower.muted = level.muted || other.muted;
+    const auto channels = std::min(lower.channelVolumes.size(), other.channelVolumes.size());
+    for (std::size_t channel = 0; channel < channels; ++channel) {
+        auto& volume = lower.channelVolumes[channel];
+        volume = std::min(volume, other.channelVolumes[channel]);
+    }
+    return lower;
+}
+
 bool isAlike(const DeviceLevel& level, const DeviceLevel& other) {
     const auto isNear = [](float volume, float wanted) {
         return std::abs(volume - wanted) <= kInaudible + kRounded * std::abs(wanted);

@@ -17,6 +17,9 @@ bool isLouder(const DeviceLevel& level, const DeviceLevel& other);
 /// Whether any channel's volume is higher, beneath a mute, too, or a mute is missing. Any thread.
 bool isAbove(const DeviceLevel& level, const DeviceLevel& other);
 
+/// `level`, in no channel above `other`, and muted if either is. Any thread.
+DeviceLevel lowerOf(const DeviceLevel& level, const DeviceLevel& other);
+
 /// Whether both are heard the same, but for what a device rounds. Any thread.
 bool isAlike(const DeviceLevel& level, const DeviceLevel& other);
 

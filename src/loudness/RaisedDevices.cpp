@@ -182,13 +182,14 @@ void RaisedDevices::giveUpPending() {
 }
 
 void RaisedDevices::lower(AudioDeviceID id, Entry& entry) {
-    auto& [uid, device] = entry;
+    auto& device = entry.second;
     const auto level = sessionLevel(entry);
     const auto present = server_.level(id);
     device.state = State::lowered;
     // The server's own thread has done it where the default moved here.
-    device.written = level;
-    if (!present || isLouder(*present, level)) {
+    const bool isDone = present && !isLouder(*present, level);
+    device.written = isDone ? *present : level;
+    if (!isDone) {
         (void)server_.setLevel(id, level, LevelPersistence::temporary); // nothing else would help
     }
     (void)save();
@@ -295,6 +296,7 @@ bool RaisedDevices::giveBack(AudioDeviceID id, Entry& entry) {
         if (isExact ? isAlike(*present, device.found) : !isAbove(*present, device.found)) {
             return true;
         }
+        if (!isExact) device.found = lowerOf(device.found, *present);
     }
     server_.unprotect(uid);
     // The level that was found is another port's, and that one gets it from the session manager.
@@ -432,7 +434,6 @@ void RaisedDevices::levelChanged(AudioDeviceID id) {
     // The session manager's affair.
     if (settling_.contains(id) || playsThroughAnotherPort(id, *entry)) return;
     if (device.state == State::own) {
-        if (*uid != devices_.active) return;
         device.found = *present;
         protectRaised();
         (void)save(); // a later change repeats it

@@ -1,10 +1,10 @@
 #pragma once
 
+#include "application/Tone.h"
 #include "platform/VirtualOutput.h"
 #include "session/Player.h"
 #include "session/PrivateSession.h"
 #include "session/Recorder.h"
-#include "application/Tone.h"
 
 #include <memory>
 #include <string>

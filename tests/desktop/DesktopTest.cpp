@@ -1,9 +1,9 @@
 #include "desktop/VirtualDesktop.h"
 
+#include "application/Tone.h"
 #include "qt/StatusPainter.h"
 #include "session/Player.h"
 #include "session/Recorder.h"
-#include "application/Tone.h"
 
 #include <gtest/gtest.h>
 

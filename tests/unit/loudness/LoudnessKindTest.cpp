@@ -30,9 +30,7 @@ struct Turn {
 const std::vector<Turn>& turns() {
     static const std::vector<Turn> kTurns = {
         {"panel", [](World& w) { w.turnInPanel(0.3F); },
-         [](Session& session) {
-             session = {0.3F, false};
-         }},
+         [](Session& session) { session = {0.3F, false}; }},
         {"desktop",
          [](World& w) {
              const bool muted = w.machine.level(kVirtualDeviceUID).muted;

@@ -63,6 +63,13 @@ void LoudnessWorld::start() {
     isLeftRaised_ = false;
     const auto present = server.defaultUID();
     if (own_.contains(present)) original_ = present;
+    // A start repeats the last restore: what was turned up since then is turned down again.
+    if (const auto session = SavedSession::load(machine.fake.userDefaults)) {
+        const auto recorded = machine.record().devices;
+        const auto found = recorded.find(session->uid);
+        if (found != recorded.end() && isAbove(own_[session->uid], found->second.found))
+            own_[session->uid] = lowerOf(found->second.found, own_[session->uid]);
+    }
     machine.start();
     rest();
 }
@@ -178,9 +185,8 @@ void LoudnessWorld::restartServer(const std::vector<std::string>& order) {
         present.push_back(*server.uid(id));
     // One that is no longer in use may be the default until the rest is there.
     float asked = 0;
-    for (const auto& uid : present) {
-        if (isAtOwnLevel(uid)) asked = std::max(asked, ownLoudness(uid));
-    }
+    for (const auto& uid : present)
+        asked = std::max(asked, ownLoudness(uid));
     limitAnyChannel(asked);
     server.stop();
     machine.pass(300ms);
