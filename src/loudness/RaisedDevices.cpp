@@ -319,9 +319,10 @@ void RaisedDevices::restoreAll() {
 void RaisedDevices::restoreOrphaned() {
     for (auto& entry : devices_) {
         const bool isOrphaned = entry.second.state == State::orphaned;
-        const bool isLeft = isOrphaned || isInDoubt(entry.second);
-        const auto id = isLeft ? server_.deviceForUID(entry.first) : std::nullopt;
+        const auto id = server_.deviceForUID(entry.first);
         if (!id) continue;
+        listenTo(*id);
+        if (!isOrphaned && !isInDoubt(entry.second)) continue;
         if (playsThroughAnotherPort(*id, entry)) {
             leavePort(entry);
             continue;

@@ -1,3 +1,4 @@
+#include "app/SavedSession.h"
 #include "loudness/RaisedDevicesRecord.h"
 #include "platform/VirtualOutput.h"
 #include "unit/loudness/LoudnessGuardFixture.h"
@@ -6,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cmath>
 #include <thread>
 
 namespace halvo::test {
@@ -263,6 +265,21 @@ TEST_F(LoudnessGuardEndTest, TheRecordIsWrittenBeforeTheRaise) {
     const RaisedDevicesRecord::Device expected{speakers, true};
     EXPECT_EQ(atTheRaise->devices[kSpeakers], expected);
     EXPECT_EQ(atTheRaise->origin->output, kSpeakers);
+}
+
+TEST_F(LoudnessGuardEndTest, VolumesOfAFileAreLimitedToFullScale) {
+    begin();
+    machine.fake.fileSystem.files[LoudnessMachine::kRecord] =
+        R"({"devices": {"acc.headphones": {"volumes": [9.9, 0.5], "muted": false, "moved": true}}})";
+    machine.launch();
+    EXPECT_EQ(machine.level(kHeadphones), stereo(1, 0.5F));
+    machine.quit();
+
+    auto& defaults = machine.fake.userDefaults;
+    for (const auto& [saved, limited] : {std::pair{9.9F, 1.0F}, {-1.0F, 0.0F}, {NAN, 0.0F}}) {
+        SavedSession::save(defaults, {kSpeakers, saved});
+        EXPECT_EQ(SavedSession::load(defaults)->volume, limited);
+    }
 }
 
 class BrokenRecordTest : public LoudnessGuardEndTest,

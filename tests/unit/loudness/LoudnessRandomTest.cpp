@@ -155,13 +155,10 @@ void RandomSequence::logOut() {
     if (!world_.isRunning()) world_.expectGivenBack();
 }
 
-/// HALVO_LOUDNESS_SEED or --gtest_random_seed repeats a run; alone with HALVO_LOUDNESS_SEQUENCES=1.
+/// HALVO_LOUDNESS_SEED chooses others; with HALVO_LOUDNESS_SEQUENCES=1 one alone.
 unsigned firstSeed() {
-    if (const char* seed = std::getenv("HALVO_LOUDNESS_SEED")) {
-        return static_cast<unsigned>(std::strtoul(seed, nullptr, 10));
-    }
-    const int chosen = testing::UnitTest::GetInstance()->random_seed();
-    return chosen != 0 ? static_cast<unsigned>(chosen) : 1; // the same for everybody
+    const char* seed = std::getenv("HALVO_LOUDNESS_SEED");
+    return seed != nullptr ? static_cast<unsigned>(std::strtoul(seed, nullptr, 10)) : 1;
 }
 
 unsigned sequences() {
