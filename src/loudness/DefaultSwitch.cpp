@@ -28,6 +28,9 @@ bool DefaultSwitch::takeDefault(AudioDeviceID virtualDevice) {
         auto configured = server_.configuredDefault();
         // Our own request that did not take effect says nothing about the user.
         if (configured != kVirtualDeviceUID) record_.origin = {*uid, std::move(configured)};
+    } else if (record_.origin && !server_.deviceForUID(record_.origin->output)) {
+        // The virtual device has come back as the default without the one before it.
+        if (!devices_.active().empty()) record_.origin->output = devices_.active();
     }
     isInherited_ = false;
     record_.isDefaultOpen = true;

@@ -44,6 +44,8 @@ class RaisedDevices {
     void restoreAll();
     /// Whether a device that is there is still not at its own level.
     bool isAnyLeftToRestore();
+    /// UID of the device that the engine plays to; empty: none.
+    const std::string& active() const { return devices_.active; }
     /// The engine plays to none of the devices any more.
     void deactivate() { devices_.active.clear(); }
 
