@@ -1,5 +1,7 @@
 #include "loudness/DefaultSwitch.h"
 
+#include "loudness/GuardedDevices.h"
+#include "loudness/LevelRestorer.h"
 #include "loudness/RaisedDevices.h"
 #include "loudness/RaisedDevicesRecord.h"
 #include "platform/VirtualOutput.h"
@@ -19,18 +21,18 @@ constexpr MainQueue::Duration kLongestAbsence = 1s;
 
 } // namespace
 
-bool DefaultSwitch::takeDefault(AudioDeviceID virtualDevice) {
+bool DefaultSwitch::takeDefault(AudioDeviceID virtualDevice, RaisedDevices& raised) {
     const auto real = server_.defaultOutput();
     const auto uid = real && *real != virtualDevice ? server_.uid(*real) : std::nullopt;
     if (uid) {
         session_->gate.closeFor(LoudnessSession::kGateTime);
-        devices_.passLevel(*real, *uid, virtualDevice);
+        raised.passLevel(*real, *uid, virtualDevice);
         auto configured = server_.configuredDefault();
         // Our own request that did not take effect says nothing about the user.
         if (configured != kVirtualDeviceUID) record_.origin = {*uid, std::move(configured)};
     } else if (record_.origin && !server_.deviceForUID(record_.origin->output)) {
         // The virtual device has come back as the default without the one before it.
-        if (!devices_.active().empty()) record_.origin->output = devices_.active();
+        if (!devices_.active.empty()) record_.origin->output = devices_.active;
     }
     isInherited_ = false;
     record_.isDefaultOpen = true;
@@ -38,12 +40,12 @@ bool DefaultSwitch::takeDefault(AudioDeviceID virtualDevice) {
     const bool isDone = server_.setDefaultOutput(virtualDevice);
     // The switch may have taken its time.
     if (uid) session_->gate.closeFor(LoudnessSession::kGateTime);
-    devices_.retryRaise();
+    raised.retryRaise();
     return isDone;
 }
 
 bool DefaultSwitch::restoreDefault(AudioDeviceID id, const std::string& uid) {
-    (void)devices_.restore(id, uid); // the default all the same
+    (void)restorer_.restore(id, uid); // the default all the same
     const auto& origin = record_.origin;
     // The default was never taken away: asking for it now would only pin it.
     if (!origin && server_.defaultOutput() == id) return true;
@@ -54,7 +56,7 @@ bool DefaultSwitch::restoreDefault(AudioDeviceID id, const std::string& uid) {
     const auto before = isKept ? server_.deviceForUID(origin->output) : std::nullopt;
     if (!before || before == id) return makeDefault(id, uid);
     const auto output = origin->output;
-    (void)devices_.restore(*before, output);
+    (void)restorer_.restore(*before, output);
     return makeDefault(*before, output);
 }
 
@@ -69,8 +71,8 @@ bool DefaultSwitch::makeDefault(AudioDeviceID id, const std::string& uid) {
     // Until the session manager has kept it, a new session may have to repeat this.
     if (record_.origin) record_.origin->output = uid;
     isInherited_ = true;
-    devices_.deactivate();
-    (void)devices_.save(); // what it still tells of is put right at the next start
+    devices_.active.clear(); // the engine plays to none any more
+    (void)devices_.save();   // what it still tells of is put right at the next start
     return true;
 }
 
@@ -87,7 +89,7 @@ bool DefaultSwitch::restoreConfiguredDefault(AudioDeviceID id, const std::string
 
 bool DefaultSwitch::leaveVirtualDevice() {
     // Streams follow the default: never to a device that is still loud.
-    if (devices_.isAnyLeftToRestore() || !server_.defaultOutput()) return false;
+    if (restorer_.isAnyLeft() || !server_.defaultOutput()) return false;
     if (server_.configuredDefault() != kVirtualDeviceUID) return true;
     const auto origin = record_.origin;
     const auto id = origin ? server_.deviceForUID(origin->output) : std::nullopt;

@@ -9,6 +9,8 @@
 
 namespace halvo {
 
+class GuardedDevices;
+class LevelRestorer;
 class RaisedDevices;
 
 /// Takes the default output for the virtual device and restores it, so that nobody hears the switch
@@ -18,14 +20,14 @@ class DefaultSwitch {
   public:
     /// `session` is null where nothing is taken any more. What is passed in must outlive the
     /// switch.
-    DefaultSwitch(AudioServer& server, RaisedDevicesRecord& record, RaisedDevices& devices,
-                  LoudnessSession* session)
-        : server_(server), record_(record), devices_(devices), session_(session),
-          isInherited_(session != nullptr && record.origin) {}
+    DefaultSwitch(AudioServer& server, RaisedDevicesRecord& record, GuardedDevices& devices,
+                  LevelRestorer& restorer, LoudnessSession* session)
+        : server_(server), record_(record), devices_(devices), restorer_(restorer),
+          session_(session), isInherited_(session != nullptr && record.origin) {}
 
     /// Makes the virtual device the default, once it is as loud as the present one. Needs the
     /// session.
-    bool takeDefault(AudioDeviceID virtualDevice);
+    bool takeDefault(AudioDeviceID virtualDevice, RaisedDevices& raised);
     /// Ends the virtual device's time as the default: the one before it takes its place again, else
     /// `uid`, at its own level. Where another device is the default already, that is `uid`.
     bool restoreDefault(AudioDeviceID id, const std::string& uid);
@@ -45,7 +47,8 @@ class DefaultSwitch {
 
     AudioServer& server_;
     RaisedDevicesRecord& record_;
-    RaisedDevices& devices_;
+    GuardedDevices& devices_;
+    LevelRestorer& restorer_;
     LoudnessSession* session_;
     bool isInherited_; ///< the record's origin is an earlier process's
 };

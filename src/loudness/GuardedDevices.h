@@ -10,6 +10,7 @@ namespace halvo {
 
 class RaisedDevicesRecord;
 class WriteAccess;
+struct LoudnessSession;
 
 /// What the loudness guard knows of the devices that it was asked to raise, by UID, and the record
 /// of it on disk. The caller holds the lock of `WriteAccess`, but for the reads. One thread.
@@ -18,11 +19,12 @@ class GuardedDevices {
     using State = GuardedDevice::State;
     using Entry = std::pair<const std::string, GuardedDevice>;
 
-    /// Whose record it is: of a running application, or of an earlier one that is put right.
-    enum class Owner : std::uint8_t { session, restore };
+    /// Begins with what the record tells. `session` is null where an earlier process's record is
+    /// put right and left to the next start. What is passed in must outlive the object.
+    GuardedDevices(RaisedDevicesRecord& record, WriteAccess& access,
+                   const LoudnessSession* session);
 
-    /// Begins with what the record tells. What is passed in must outlive the object.
-    GuardedDevices(RaisedDevicesRecord& record, WriteAccess& access, Owner owner);
+    bool isInSession() const { return session_ != nullptr; }
 
     Entry* find(const std::string& uid);
     /// Finds it or begins with nothing known.
@@ -36,14 +38,18 @@ class GuardedDevices {
 
     /// UID of the device that the engine plays to; empty: none.
     std::string active;
+    bool isRaiseWaiting = false; ///< of the active device
 
-    /// Brings the record up to date. False when it cannot be written, or is somebody else's.
+    /// Brings the record up to date, with what it tells of the default. False when it cannot be
+    /// written, or is somebody else's.
     bool save();
 
   private:
+    bool write();
+
     RaisedDevicesRecord& record_;
     WriteAccess& access_;
-    Owner owner_;
+    const LoudnessSession* session_;
     std::map<std::string, GuardedDevice> devices_;
 };
 

@@ -18,6 +18,12 @@ float loudestChannel(const DeviceLevel& level) {
 
 } // namespace
 
+bool isUsable(const DeviceLevel& level) {
+    return !level.channelVolumes.empty() &&
+           std::ranges::all_of(level.channelVolumes,
+                               [](float volume) { return std::isfinite(volume) && volume >= 0; });
+}
+
 float loudestVolume(const DeviceLevel& level) {
     return std::clamp(loudestChannel(level), 0.0F, 1.0F);
 }

@@ -4,6 +4,9 @@
 
 namespace halvo {
 
+/// Whether it has channels, and only volumes that make sense. Any thread.
+bool isUsable(const DeviceLevel& level);
+
 /// The volume of the loudest channel, 0 without channels. More than 1 counts as 1. Any thread.
 float loudestVolume(const DeviceLevel& level);
 

@@ -29,24 +29,27 @@ std::optional<float> volumeOf(const DeviceLevel& level, VolumeElement element) {
 LoudnessGuard::LoudnessGuard(AudioServer& server, RaisedDevicesRecord record,
                              std::unique_ptr<LoudnessSession> session)
     : server_(server), record_(std::move(record)), session_(std::move(session)),
-      devices_(server_, record_, access_, session_.get()),
-      defaultSwitch_(server_, record_, devices_, session_.get()) {}
+      devices_(record_, access_, session_.get()),
+      settling_(server_, session_.get(), [this] { settled(); }),
+      restorer_(server_, devices_, settling_),
+      defaultSwitch_(server_, record_, devices_, restorer_, session_.get()) {}
 
 LoudnessGuard::LoudnessGuard(AudioServer& server, OutputGate& gate, MainQueue& mainQueue,
                              SystemLog& log, RaisedDevicesRecord record,
                              std::function<void()> onRecord)
     : LoudnessGuard(server, std::move(record),
                     std::make_unique<LoudnessSession>(gate, mainQueue, log, std::move(onRecord))) {
+    raised_.emplace(server_, access_, *session_, devices_, settling_, restorer_);
     if (session_->onRecord && !record_.isEmpty()) session_->onRecord();
     listen();
-    devices_.restoreOrphaned();
+    raised_->restoreOrphaned();
 }
 
 std::unique_ptr<LoudnessGuard> LoudnessGuard::forRestore(AudioServer& server,
                                                          RaisedDevicesRecord record) {
     std::unique_ptr<LoudnessGuard> guard(new LoudnessGuard(server, std::move(record), nullptr));
     guard->access_.beginRestore();
-    guard->devices_.restoreAll();
+    guard->restorer_.restoreAll();
     return guard;
 }
 
@@ -82,7 +85,7 @@ bool LoudnessGuard::setDefaultOutput(AudioDeviceID device) {
     const auto uid = server_.uid(device);
     if (!uid) return false;
     if (*uid != kVirtualDeviceUID) return defaultSwitch_.restoreDefault(device, *uid);
-    return access_.isRunning() && defaultSwitch_.takeDefault(device);
+    return access_.isRunning() && defaultSwitch_.takeDefault(device, *raised_);
 }
 
 bool LoudnessGuard::setDefaultSystemOutput(AudioDeviceID device) {
@@ -108,9 +111,9 @@ bool LoudnessGuard::setVolume(AudioDeviceID device, VolumeElement element, float
     if (*uid == kVirtualDeviceUID) return setVirtualVolume(device, element, volume);
     const auto lock = access_.lock();
     if (access_.phase() == Phase::stopped) return false;
-    if (volume >= 1 && access_.isRunning()) return devices_.raise(device, *uid, Sound::asFound);
+    if (volume >= 1 && access_.isRunning()) return raised_->raise(device, *uid, Sound::asFound);
     // One number for all channels would flatten the balance that was found.
-    if (devices_.isKnown(*uid)) return devices_.restore(device, *uid);
+    if (devices_.isKnown(*uid)) return restorer_.restore(device, *uid);
     return server_.setVolume(device, element, volume);
 }
 
@@ -131,8 +134,8 @@ bool LoudnessGuard::setMute(AudioDeviceID device, bool muted) {
     if (!uid || *uid == kVirtualDeviceUID) return server_.setMute(device, muted);
     const auto lock = access_.lock();
     if (access_.phase() == Phase::stopped) return false;
-    if (!muted && access_.isRunning()) return devices_.raise(device, *uid, Sound::unmuted);
-    if (!access_.isRunning() && devices_.isKnown(*uid)) return devices_.restore(device, *uid);
+    if (!muted && access_.isRunning()) return raised_->raise(device, *uid, Sound::unmuted);
+    if (!access_.isRunning() && devices_.isKnown(*uid)) return restorer_.restore(device, *uid);
     return server_.setMute(device, muted);
 }
 
@@ -159,18 +162,18 @@ void LoudnessGuard::silenceListeners() {
     const bool isOwnThread = std::this_thread::get_id() == thread_;
     if (!lock && !isOwnThread) return; // the main thread hangs: the record has to do
     // A device that becomes the default from here on is restored, not lowered to the session.
-    devices_.unprotectAll();
+    restorer_.unprotectAll();
     if (!isOwnThread) return;
     access_.beginRestore();
-    devices_.restoreAll();
+    restorer_.restoreAll();
 }
 
 void LoudnessGuard::listen() {
     // A server that is away takes these all the same; nothing could be done about a refusal.
     (void)server_.listenToDeviceList(whileRunning([this] { devicesChanged(); }));
     (void)server_.listenToDefaultOutput(whileRunning([this] { defaultChanged(); }));
-    (void)server_.listenToStreams(whileRunning([this] { devices_.streamsChanged(); }));
-    (void)server_.listenToPorts(whileRunning([this] { devices_.portsChanged(); }));
+    (void)server_.listenToStreams(whileRunning([this] { raised_->streamsChanged(); }));
+    (void)server_.listenToPorts(whileRunning([this] { raised_->portsChanged(); }));
     listenToVirtualDevice();
 }
 
@@ -183,22 +186,27 @@ AudioServer::Listener LoudnessGuard::whileRunning(std::function<void()> work) {
 }
 
 void LoudnessGuard::devicesChanged() {
-    devices_.devicesChanged();
+    raised_->devicesChanged();
     listenToVirtualDevice();
 }
 
 void LoudnessGuard::defaultChanged() {
-    devices_.lowerDefault();
+    raised_->lowerDefault();
     defaultSwitch_.silenceWhileAway();
-    devices_.defaultChanged();
+    raised_->defaultChanged();
+}
+
+void LoudnessGuard::settled() {
+    const auto lock = access_.lock();
+    if (access_.isRunning()) raised_->settled();
 }
 
 void LoudnessGuard::listenToVirtualDevice() {
     const auto id = server_.deviceForUID(kVirtualDeviceUID);
     if (!id || id == heardVirtualDevice_) return;
     heardVirtualDevice_ = id;
-    devices_.virtualDeviceReturned();
-    const auto changed = whileRunning([this] { devices_.sessionLevelChanged(); });
+    raised_->virtualDeviceReturned();
+    const auto changed = whileRunning([this] { raised_->sessionLevelChanged(); });
     (void)server_.listenToVolume(*id, VolumeElement::main, changed); // without it the last level
     (void)server_.listenToMute(*id, changed);                        // that was known protects
 }

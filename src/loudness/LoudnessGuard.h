@@ -3,9 +3,12 @@
 #include "base/Lifetime.h"
 #include "loudness/AudioServer.h"
 #include "loudness/DefaultSwitch.h"
+#include "loudness/GuardedDevices.h"
+#include "loudness/LevelRestorer.h"
 #include "loudness/LoudnessSession.h"
 #include "loudness/RaisedDevices.h"
 #include "loudness/RaisedDevicesRecord.h"
+#include "loudness/SettlingDevices.h"
 #include "loudness/WriteAccess.h"
 #include "platform/MainQueue.h"
 
@@ -23,8 +26,8 @@ class SystemLog;
 
 /// The hardware as the core sees it, made safe for ears: devices are raised to full scale only when
 /// nothing plays straight into them, and each gets its own level, balance and mute back at the end.
-/// Plain calls go on to the server; `RaisedDevices` and `DefaultSwitch` do the rest. Main thread,
-/// but for `silenceListeners`.
+/// Plain calls go on to the server; `RaisedDevices`, `LevelRestorer` and `DefaultSwitch` do the
+/// rest. Main thread, but for `silenceListeners`.
 class LoudnessGuard final : public AudioHardware {
   public:
     /// `record` is what is raised; devices that an earlier process left in it are restored as
@@ -84,13 +87,17 @@ class LoudnessGuard final : public AudioHardware {
     AudioServer::Listener whileRunning(std::function<void()> work);
     void devicesChanged();
     void defaultChanged();
+    void settled();
     void listenToVirtualDevice();
 
     AudioServer& server_;
     RaisedDevicesRecord record_;
     const std::unique_ptr<LoudnessSession> session_; ///< null in a guard that only restores
     WriteAccess access_;
-    RaisedDevices devices_;
+    GuardedDevices devices_;
+    SettlingDevices settling_;
+    LevelRestorer restorer_;
+    std::optional<RaisedDevices> raised_; ///< of the session
     DefaultSwitch defaultSwitch_;
     std::optional<AudioDeviceID> heardVirtualDevice_;
     const std::thread::id thread_ = std::this_thread::get_id();

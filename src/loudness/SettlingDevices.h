@@ -20,7 +20,8 @@ class SettlingDevices {
     static constexpr MainQueue::Duration kTime = std::chrono::milliseconds(500);
 
     /// Devices that are there now count as settled. `settled` is called on the main queue, without
-    /// a lock, each time that one has. What is passed in must outlive the object.
+    /// a lock, each time that one has. `session` is null where `update` is never called. What is
+    /// passed in must outlive the object.
     SettlingDevices(AudioServer& server, LoudnessSession* session, std::function<void()> settled);
 
     bool contains(AudioDeviceID id) const { return settling_.contains(id); }
