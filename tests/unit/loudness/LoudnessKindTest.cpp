@@ -154,6 +154,16 @@ TEST_P(LoudnessKindTest, EveryDeviceComesBackFromALogOutAtItsOwnLevel) {
     }
 }
 
+TEST_P(LoudnessKindTest, AKillLeavesTheDefaultThatReplacedAVanishedOne) {
+    World world(GetParam());
+    world.start();
+    world.unplug(kSpeakers);
+    world.restartServer({kHeadphones, kVirtualDeviceUID});
+    world.plugIn(kAmplifier, 1);
+    world.end(End::killUnderGuard);
+    world.expectGivenBack(kHeadphones);
+}
+
 TEST_P(LoudnessKindTest, ALogOutWithNothingRaisedLeavesNoVirtualDefault) {
     for (const End end : {End::quit, End::signal, End::killUnderGuard, End::kill}) {
         SCOPED_TRACE("end " + std::to_string(static_cast<int>(end)));
