@@ -8,10 +8,19 @@
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
+#include <utility>
 
 namespace halvo::test {
 
 using session::PrivateSession;
+
+session::Options rememberedSpeakers(std::vector<float> own) {
+    session::Options options;
+    options.outputs[0].volumes = std::move(own);
+    options.outputs[0].isRemembered = true;
+    options.outputs[1].volumes = {0.5F, 0.5F};
+    return options;
+}
 
 ApplicationScene::ApplicationScene(session::Options options) {
     auto created = PrivateSession::create(std::move(options));

@@ -16,6 +16,9 @@ inline constexpr const char* kVirtualSink = kVirtualDeviceUID;
 inline constexpr const char* kSpeakers = "acc.a";
 inline constexpr const char* kHeadphones = "acc.b";
 
+/// Outputs for a session whose manager keeps the speakers' level, which begins at `own`, by itself.
+session::Options rememberedSpeakers(std::vector<float> own);
+
 /// A private session with the real driver and the real application in it.
 class ApplicationScene {
   public:

@@ -26,7 +26,7 @@ const Volumes kRaised{1.0F, 0.5F};
 /// The driver runs, music plays, and the speakers have a balance.
 class SessionGuard : public testing::Test {
   protected:
-    ApplicationScene scene{quietSpeakers()};
+    ApplicationScene scene{rememberedSpeakers(kOwnLevel)};
     PrivateSession& session = scene.session();
     std::unique_ptr<halvo::session::Player> player;
 
@@ -57,15 +57,6 @@ class SessionGuard : public testing::Test {
     /// Whether guard and restore of that process number have come to their end.
     static bool ends(int pid) {
         return PrivateSession::waitFor([&] { return statusField(pid, "Name").empty(); });
-    }
-
-  private:
-    static Options quietSpeakers() {
-        Options options;
-        options.outputs[0].volumes = kOwnLevel;
-        options.outputs[0].isRemembered = true;
-        options.outputs[1].volumes = {0.5F, 0.5F};
-        return options;
     }
 };
 

@@ -8,7 +8,6 @@
 
 using namespace halvo::test;
 using namespace std::chrono_literals;
-using halvo::session::Options;
 using halvo::session::PrivateSession;
 
 namespace {
@@ -31,7 +30,7 @@ struct Order {
 /// installed: the sound server starts it, and what puts devices right after a bad end.
 class Logout : public testing::TestWithParam<Order> {
   protected:
-    ApplicationScene scene{rememberedSpeakers()};
+    ApplicationScene scene{rememberedSpeakers(kOwnLevel)};
     PrivateSession& session = scene.session();
 
     void SetUp() override {
@@ -75,15 +74,6 @@ class Logout : public testing::TestWithParam<Order> {
     }
     static void pass(std::chrono::milliseconds time) {
         (void)PrivateSession::waitFor([] { return false; }, time);
-    }
-
-  private:
-    static Options rememberedSpeakers() {
-        Options options;
-        options.outputs[0].volumes = kOwnLevel;
-        options.outputs[0].isRemembered = true;
-        options.outputs[1].volumes = {0.5F, 0.5F};
-        return options;
     }
 };
 
