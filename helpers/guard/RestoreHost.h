@@ -1,9 +1,8 @@
 #pragma once
 
-#include "loudness/RaisedDevicesRecord.h"
+#include "posix/SessionFiles.h"
 
 #include <chrono>
-#include <filesystem>
 #include <functional>
 #include <memory>
 
@@ -19,9 +18,7 @@ class RestoreHost {
     virtual ~RestoreHost() = default;
 
     virtual FileSystem& files() = 0;
-    virtual RaisedDevicesRecord::Places recordPlaces() = 0;
-    /// The lock of who may change the session's devices.
-    virtual std::filesystem::path lock() = 0;
+    virtual SessionFiles sessionFiles() = 0;
     /// The application's settings as they are on disk.
     virtual std::unique_ptr<UserDefaults> defaults() = 0;
 

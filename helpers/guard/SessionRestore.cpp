@@ -28,7 +28,7 @@ constexpr milliseconds kPause{50};
 } // namespace
 
 RaisedDevicesRecord SessionRestore::recorded() {
-    return {host_.files(), host_.recordPlaces(), nullptr};
+    return {host_.files(), host_.sessionFiles().record, nullptr};
 }
 
 bool SessionRestore::hasSavedSession() {
@@ -52,7 +52,7 @@ SessionRestore::Result SessionRestore::run(Occasion occasion, milliseconds longe
         if (!host_.waitForServer(left)) continue;
         // Released between attempts: an application that starts meanwhile takes it and restores
         // all.
-        auto lock = SessionLock::take(host_.lock(), kLongestLock);
+        auto lock = SessionLock::take(host_.sessionFiles().lock, kLongestLock);
         if (!lock) return Result::running;
         // What it found raised stands in no other place any more.
         if (isRepeated) found.saveAnew();
@@ -101,7 +101,7 @@ bool SessionRestore::isUndone() {
 }
 
 void SessionRestore::confirm() {
-    const auto lock = SessionLock::take(host_.lock(), kLongestLock);
+    const auto lock = SessionLock::take(host_.sessionFiles().lock, kLongestLock);
     if (!lock) return; // an application has its own record by now
     auto record = recorded();
     record.confirm();

@@ -42,10 +42,6 @@ std::string tagServiceOrigin() {
     return address.substr(0, address.find('/', address.find("//") + 2));
 }
 
-RaisedDevicesRecord::Places recordPlaces() {
-    return {raisedDevicesPath(), spareRaisedDevicesPath()};
-}
-
 } // namespace
 
 void LinuxPlatform::prepareProcess() {
@@ -86,12 +82,12 @@ LinuxPlatform::LinuxPlatform(std::unique_ptr<Desktop> desktop, Connection connec
       mediaHelper_(QCoreApplication::applicationDirPath().toStdString()),
       httpSession_(tagServiceOrigin(), otherTagService()), connection_(std::move(connection)),
       serverReport_(*connection_, mainQueue_, systemLog_), server_(*connection_, mainQueue_),
-      sessionLock_(SessionLock::take(sessionLockPath(), kLongestRestore)),
+      sessionLock_(SessionLock::take(sessionFiles().lock, kLongestRestore)),
       sessionGuard_(
           mainQueue_, systemLog_,
           helperProgram(QCoreApplication::applicationDirPath().toStdString(), kGuardProgram)),
       audioHardware_(server_, gate_, mainQueue_, systemLog_,
-                     RaisedDevicesRecord(fileSystem_, recordPlaces(), &systemLog_),
+                     RaisedDevicesRecord(fileSystem_, sessionFiles().record, &systemLog_),
                      [this] { sessionGuard_.watch(); }),
       outputUnits_(*connection_, gate_, [this](bool flows) { mainQueue_.setQuiet(!flows); }),
       signalConnection_(std::move(signalConnection)), signalServer_(*signalConnection_, mainQueue_),
@@ -100,7 +96,7 @@ LinuxPlatform::LinuxPlatform(std::unique_ptr<Desktop> desktop, Connection connec
           [this] {
               (void)signalConnection_->waitUntilReady(kLongestSignalWait);
               return LoudnessGuard::forRestore(
-                  signalServer_, RaisedDevicesRecord(fileSystem_, recordPlaces(), nullptr));
+                  signalServer_, RaisedDevicesRecord(fileSystem_, sessionFiles().record, nullptr));
           },
           JsonUserDefaults::standardPath(), [this] { sessionGuard_.dismiss(); }) {
     mainQueue_.setWatch([this] { return screen_ && screen_->isWatched(); });

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "posix/SessionFiles.h"
+
 #include <filesystem>
 #include <optional>
 
@@ -10,12 +12,8 @@ namespace halvo {
 /// ~/Library/Application Support; nothing when the system names no such place.
 std::optional<std::filesystem::path> applicationSupportDirectory();
 
-/// The record of raised devices: raised-devices.json beside the presets.
-std::filesystem::path raisedDevicesPath();
-/// Where it lies while that folder takes nothing: in the user's temporary directory.
-std::filesystem::path spareRaisedDevicesPath();
-
-/// The lock of who may change the devices: session.lock beside the presets.
-std::filesystem::path sessionLockPath();
+/// raised-devices.json and session.lock lie beside the presets, the spare record in the user's
+/// temporary directory.
+SessionFiles sessionFiles();
 
 } // namespace halvo

@@ -23,16 +23,10 @@ std::optional<fs::path> applicationSupportDirectory() {
     return fs::path(path.fileSystemRepresentation);
 }
 
-fs::path raisedDevicesPath() {
-    return dataDirectory() / "raised-devices.json";
-}
-
-fs::path spareRaisedDevicesPath() {
-    return fs::path(NSTemporaryDirectory().fileSystemRepresentation) / "halvo-raised-devices.json";
-}
-
-fs::path sessionLockPath() {
-    return dataDirectory() / "session.lock";
+SessionFiles sessionFiles() {
+    const fs::path temporary(NSTemporaryDirectory().fileSystemRepresentation);
+    return {{dataDirectory() / "raised-devices.json", temporary / "halvo-raised-devices.json"},
+            dataDirectory() / "session.lock"};
 }
 
 } // namespace halvo

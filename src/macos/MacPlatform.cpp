@@ -20,14 +20,10 @@ std::filesystem::path besideProgram(const char* name) {
     return std::filesystem::path(QCoreApplication::applicationDirPath().toStdString()) / name;
 }
 
-RaisedDevicesRecord::Places recordPlaces() {
-    return {raisedDevicesPath(), spareRaisedDevicesPath()};
-}
-
 } // namespace
 
 std::expected<std::unique_ptr<PlatformHost>, PlatformRefusal> MacPlatform::create() {
-    auto sessionLock = SessionLock::take(sessionLockPath(), kLongestRestore);
+    auto sessionLock = SessionLock::take(sessionFiles().lock, kLongestRestore);
     if (!sessionLock) return std::unexpected(PlatformRefusal::alreadyRunning);
     return std::unique_ptr<PlatformHost>(new MacPlatform(std::move(*sessionLock)));
 }
@@ -36,13 +32,13 @@ MacPlatform::MacPlatform(SessionLock sessionLock)
     : sessionLock_(std::move(sessionLock)),
       sessionGuard_(mainQueue_, systemLog_, besideProgram("halvo-session-guard")),
       audioHardware_(server_, gate_, mainQueue_, systemLog_,
-                     RaisedDevicesRecord(fileSystem_, recordPlaces(), &systemLog_),
+                     RaisedDevicesRecord(fileSystem_, sessionFiles().record, &systemLog_),
                      [this] { sessionGuard_.watch(); }),
       terminationSignal_(
           audioHardware_,
           [this] {
               return LoudnessGuard::forRestore(
-                  signalServer_, RaisedDevicesRecord(fileSystem_, recordPlaces(), nullptr));
+                  signalServer_, RaisedDevicesRecord(fileSystem_, sessionFiles().record, nullptr));
           },
           [this] { sessionGuard_.dismiss(); }) {}
 

@@ -29,10 +29,7 @@ class NoQueue final : public MainQueue {
 class LinuxRestoreHost final : public RestoreHost {
   public:
     FileSystem& files() override { return files_; }
-    RaisedDevicesRecord::Places recordPlaces() override {
-        return {raisedDevicesPath(), spareRaisedDevicesPath()};
-    }
-    std::filesystem::path lock() override { return sessionLockPath(); }
+    SessionFiles sessionFiles() override { return halvo::sessionFiles(); }
     std::unique_ptr<UserDefaults> defaults() override {
         return std::make_unique<JsonUserDefaults>(
             JsonUserDefaults::readOnly(JsonUserDefaults::standardPath()));

@@ -19,10 +19,7 @@ constexpr milliseconds kServersDelay{2000};
 class MacRestoreHost final : public RestoreHost {
   public:
     FileSystem& files() override { return files_; }
-    RaisedDevicesRecord::Places recordPlaces() override {
-        return {raisedDevicesPath(), spareRaisedDevicesPath()};
-    }
-    std::filesystem::path lock() override { return sessionLockPath(); }
+    SessionFiles sessionFiles() override { return halvo::sessionFiles(); }
     std::unique_ptr<UserDefaults> defaults() override {
         return std::make_unique<MacUserDefaults>();
     }

@@ -43,17 +43,12 @@ fs::path dataDirectory() {
 fs::path runtimeDirectory() {
     return named("XDG_RUNTIME_DIR");
 }
-fs::path raisedDevicesPath() {
-    return configDirectory() / "halvo" / "raised-devices.json";
-}
-fs::path spareRaisedDevicesPath() {
+SessionFiles sessionFiles() {
+    const auto settings = configDirectory() / "halvo";
     const auto session = runtimeDirectory();
-    return session.empty() ? session : session / "halvo-raised-devices.json";
-}
-fs::path sessionLockPath() {
-    const auto session = runtimeDirectory();
-    return session.empty() ? configDirectory() / "halvo" / "session.lock"
-                           : session / "halvo-session.lock";
+    const auto record = settings / "raised-devices.json";
+    if (session.empty()) return {{record, {}}, settings / "session.lock"};
+    return {{record, session / "halvo-raised-devices.json"}, session / "halvo-session.lock"};
 }
 
 } // namespace halvo

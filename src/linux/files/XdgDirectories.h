@@ -1,5 +1,7 @@
 #pragma once
 
+#include "posix/SessionFiles.h"
+
 #include <filesystem>
 
 namespace halvo {
@@ -14,14 +16,9 @@ std::filesystem::path dataDirectory();
 /// $XDG_RUNTIME_DIR; empty where the session has none.
 std::filesystem::path runtimeDirectory();
 
-/// The record of raised devices: $XDG_CONFIG_HOME/halvo/raised-devices.json.
-std::filesystem::path raisedDevicesPath();
-/// Where it lies while that folder takes nothing: $XDG_RUNTIME_DIR/halvo-raised-devices.json; empty
-/// where the session has no such directory.
-std::filesystem::path spareRaisedDevicesPath();
-
-/// The lock of who may change the session's devices: in the runtime directory, or beside the
-/// settings where there is none.
-std::filesystem::path sessionLockPath();
+/// The record of raised devices is $XDG_CONFIG_HOME/halvo/raised-devices.json. Its spare place,
+/// $XDG_RUNTIME_DIR/halvo-raised-devices.json, is empty where the session has no such directory;
+/// the lock is there, too, or else beside the settings.
+SessionFiles sessionFiles();
 
 } // namespace halvo
