@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <iostream>
 
 using namespace std::chrono_literals;
 using halvo::NotifierPixmap;
@@ -184,7 +185,11 @@ TEST_F(OneVolume, IsThePanelsAndTheDesktops) {
     turn("set-volume", "5%-");
     EXPECT_NEAR(desktops(), chosen - 0.05, 0.005) << "one step below it";
     EXPECT_TRUE(halvo::test::settlesAt(*speakers, loudness(desktops())));
-    EXPECT_LE(halvo::test::loudestDb(speakers->recording().samples), loudness(chosen) + 1);
+    const double loudest = halvo::test::loudestDb(speakers->recording().samples);
+    EXPECT_LE(loudest, loudness(chosen) + 1);
+    std::cout << "panel at " << chosen << ": " << loudness(chosen)
+              << " dB; a step below it: " << loudness(desktops())
+              << " dB, loudest on the way: " << loudest << " dB\n";
 
     turn("set-mute", "1");
     VirtualDesktop::rest(300ms);
