@@ -88,6 +88,7 @@ TEST(DriverSoundTests, FollowsTheServersRate) {
         SCOPED_TRACE(rate);
         Options options;
         options.rate = rate;
+        options.quantum = rate > 48000 ? 2048 : 1024; // cycles last as long at each rate
         DriverScene scene(options);
         scene.startDriver();
         ASSERT_TRUE(scene.isUp());
