@@ -90,9 +90,11 @@ void PendingRaise::perform(AudioDeviceID id, GuardedDevices::Entry& entry) {
     device.written = scaledTo(device.found, 1);
     if (device.sound == GuardedDevice::Sound::unmuted) device.written.muted = false;
     if (!access_.isRunning()) return; // another thread restores by the record
-    if (!server_.setLevel(id, device.written, LevelPersistence::temporary)) {
-        device.state = State::orphaned;
-    }
+    if (server_.setLevel(id, device.written, LevelPersistence::temporary)) return;
+    // Where it is at a third level by now, a person was faster: that change is still to be
+    // followed.
+    const auto now = server_.level(id);
+    if (!now || isAlike(*now, *present)) device.state = State::orphaned;
 }
 
 void PendingRaise::takeVolumeOfPort(GuardedDevice& device, const DeviceLevel& present) {

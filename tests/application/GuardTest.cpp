@@ -203,7 +203,8 @@ TEST_F(SessionGuard, WhatAPersonSetsOnTheRaisedDeviceIsItsOwnFromThenOn) {
                 ASSERT_TRUE(session.setVolume(kSpeakers, softer));
             }
             const std::string noticed = isMuted ? "\"muted\": true" : "0.027";
-            ASSERT_TRUE(PrivateSession::waitFor([&] { return record().contains(noticed); }));
+            ASSERT_TRUE(PrivateSession::waitFor([&] { return record().contains(noticed); }))
+                << record() << session.volume(kSpeakers)[0] << session.isMuted(kSpeakers);
             if (number == 0) {
                 EXPECT_EQ(scene.quit(), 0);
             } else {
