@@ -51,10 +51,12 @@ std::vector<float> countingSamples(std::size_t frames);
 /// The counting samples that arrived.
 struct CountingResult {
     std::size_t frames = 0; ///< that are not silence
-    std::size_t wrong = 0;  ///< of these: neither the next frame nor the start of a later stretch
-    std::size_t jumps = 0;  ///< places where frames are missing
-    std::size_t first = 0;  ///< number of the first frame seen
-    std::size_t last = 0;   ///< number of the last frame seen
+    std::size_t skewed =
+        0; ///< of these: at the very start, one channel up to a cycle behind the other
+    std::size_t wrong = 0; ///< of these: neither skewed, the next frame nor a later stretch's start
+    std::size_t jumps = 0; ///< places where frames are missing
+    std::size_t first = 0; ///< number of the first frame seen
+    std::size_t last = 0;  ///< number of the last frame seen
 };
 CountingResult examineCounting(const std::vector<float>& samples);
 
