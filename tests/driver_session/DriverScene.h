@@ -51,8 +51,7 @@ std::vector<float> countingSamples(std::size_t frames);
 /// The counting samples that arrived.
 struct CountingResult {
     std::size_t frames = 0; ///< that are not silence
-    std::size_t skewed =
-        0; ///< of these: at the very start, one channel up to a cycle behind the other
+    std::size_t skewed = 0; ///< of these: the very first, one channel up to a cycle behind
     std::size_t wrong = 0; ///< of these: neither skewed, the next frame nor a later stretch's start
     std::size_t jumps = 0; ///< places where frames are missing
     std::size_t first = 0; ///< number of the first frame seen
