@@ -20,14 +20,16 @@ Options quietSpeakers() {
     return options;
 }
 
+/// The levels at once; the default by the session manager, which may take its time.
 testing::AssertionResult isGivenBack(PrivateSession& session) {
-    const auto sink = session.defaultSink();
     const auto volume = session.volume(kSpeakers);
-    if (sink == kSpeakers && volume == std::vector<float>{0.125F, 0.125F}) {
+    const bool isDefault =
+        PrivateSession::waitFor([&] { return session.defaultSink() == kSpeakers; });
+    if (isDefault && volume == std::vector<float>{0.125F, 0.125F}) {
         return testing::AssertionSuccess();
     }
     return testing::AssertionFailure()
-           << "default " << sink << ", volumes " << testing::PrintToString(volume);
+           << "default " << session.defaultSink() << ", volumes " << testing::PrintToString(volume);
 }
 
 } // namespace
